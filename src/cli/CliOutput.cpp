@@ -1,0 +1,63 @@
+#include "cli/CliOutput.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+namespace pelorin::cli {
+
+void printLine(std::FILE* stream, const QString& text)
+{
+    const QByteArray bytes = text.toLocal8Bit();
+    std::fwrite(bytes.constData(), 1, static_cast<size_t>(bytes.size()), stream);
+    std::fputc('\n', stream);
+}
+
+void printJson(std::FILE* stream, const QJsonValue& value)
+{
+    const QJsonDocument document = value.isArray() ? QJsonDocument(value.toArray())
+                                                   : QJsonDocument(value.toObject());
+    const QByteArray bytes = document.toJson(QJsonDocument::Indented);
+    std::fwrite(bytes.constData(), 1, static_cast<size_t>(bytes.size()), stream);
+}
+
+int usageError(const CliInvocation& invocation, const QString& command, const QString& message)
+{
+    printLine(invocation.err, QStringLiteral("pelorin-cli %1: %2").arg(command, message));
+    printLine(invocation.err, QStringLiteral("Try 'pelorin-cli %1 --help'.").arg(command));
+    return ExitUsage;
+}
+
+int reportResult(const CliInvocation& invocation, const CommandResult& result)
+{
+    if (invocation.json) {
+        QJsonArray skipped;
+        for (const SkippedItem& item : result.skipped)
+            skipped.append(QJsonObject{{QStringLiteral("path"), item.path},
+                                       {QStringLiteral("reason"), item.reason}});
+        QJsonObject object{{QStringLiteral("written"), QJsonArray::fromStringList(result.written)},
+                           {QStringLiteral("skipped"), skipped},
+                           {QStringLiteral("notes"), QJsonArray::fromStringList(result.notes)}};
+        if (result.alert)
+            object.insert(QStringLiteral("alert"),
+                          QJsonObject{{QStringLiteral("message"), result.alert->message},
+                                      {QStringLiteral("informativeText"),
+                                       result.alert->informativeText}});
+        printJson(invocation.out, object);
+    } else {
+        for (const QString& path : result.written)
+            printLine(invocation.out, path);
+        for (const SkippedItem& item : result.skipped)
+            printLine(invocation.err, QStringLiteral("skipped %1: %2").arg(item.path, item.reason));
+        for (const QString& note : result.notes)
+            printLine(invocation.err, QStringLiteral("note: %1").arg(note));
+        if (result.alert)
+            printLine(invocation.err, QStringLiteral("%1: %2").arg(result.alert->message,
+                                                                    result.alert->informativeText));
+    }
+    if (result.alert)
+        return ExitUsage;
+    return result.skipped.isEmpty() ? ExitSuccess : ExitItemFailed;
+}
+
+}  // namespace pelorin::cli

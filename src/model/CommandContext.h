@@ -1,0 +1,44 @@
+#pragma once
+
+#include <QString>
+
+#include <atomic>
+#include <functional>
+
+namespace pelorin {
+
+// How an engine command shows its outputs; each front end supplies its own (the editor reveals
+// the file in the file manager, the command-line tool prints the path).
+struct RevealHook {
+    std::function<void(const QString& file)> revealFile;
+    std::function<void(const QString& folder)> openFolder;
+
+    void reveal(const QString& file) const
+    {
+        if (revealFile)
+            revealFile(file);
+    }
+    void open(const QString& folder) const
+    {
+        if (openFolder)
+            openFolder(folder);
+    }
+};
+
+// What every engine command receives besides its own request: where outputs go, how to show
+// them, how to report progress and whether the user cancelled.
+struct CommandContext {
+    QString storageFolder;
+    RevealHook reveal;
+    std::function<void(int done, int total)> progress;
+    const std::atomic_bool* cancelled = nullptr;
+
+    bool isCancelled() const { return cancelled && cancelled->load(); }
+    void report(int done, int total) const
+    {
+        if (progress)
+            progress(done, total);
+    }
+};
+
+}  // namespace pelorin

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <QList>
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+
+namespace pelorin {
+
+// A mistake of the user's, shown with a single " Ok " button.
+struct Alert {
+    QString message;
+    QString informativeText;
+    friend bool operator==(const Alert&, const Alert&) = default;
+};
+
+struct SkippedItem {
+    QString path;
+    QString reason;
+    friend bool operator==(const SkippedItem&, const SkippedItem&) = default;
+};
+
+// What an engine command did: the files it wrote, the items it passed over and why, notes the
+// user should read once (say, that creation dates could not be set), and at most one alert.
+// Nothing a command leaves undone goes unreported.
+struct CommandResult {
+    QStringList written;
+    QList<SkippedItem> skipped;
+    QStringList notes;
+    std::optional<Alert> alert;
+
+    void addWritten(const QString& path) { written.append(path); }
+    void skip(const QString& path, const QString& reason) { skipped.append({path, reason}); }
+    void noteOnce(const QString& note)
+    {
+        if (!notes.contains(note))
+            notes.append(note);
+    }
+    void setAlert(const QString& message, const QString& informativeText)
+    {
+        alert = Alert{message, informativeText};
+    }
+    void merge(const CommandResult& other);
+
+    // True when nothing was skipped and no alert was raised.
+    bool succeeded() const { return skipped.isEmpty() && !alert; }
+};
+
+// The alerts of the editor, letter for letter.
+namespace Alerts {
+Alert noSelection();        // "No Item has been selected"
+Alert invalidDateFormat();  // "Invalid date format"
+}  // namespace Alerts
+
+}  // namespace pelorin

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <QString>
+
+#include <cstddef>
+#include <cstdint>
+
+namespace pelorin {
+
+// Longest size text: an eight-digit terabyte figure, two decimals, the unit and the terminator.
+constexpr std::size_t kSizeTextBufferSize = 32;
+
+// Byte count as display text in decimal units ("999 bytes", "1.54 KB", "1000.00 MB"), computed in
+// single precision so that the texts match the ones users already know. Writes into out (at
+// most capacity bytes, always terminated) and returns out.
+char* size_to_unit(std::uint64_t size, char* out, std::size_t capacity);
+QString sizeText(std::uint64_t size);
+
+// Whole seconds as display text: "59s", "1m:0s", "1h:1m:1s".
+QString getMediaDuration(std::int32_t seconds);
+
+}  // namespace pelorin

@@ -1,0 +1,28 @@
+#include "model/PropertyList.h"
+
+#include <QFile>
+
+namespace pelorin {
+
+PropertyListResult readPropertyList(const QByteArray& bytes)
+{
+    if (bytes.isEmpty())
+        return {std::nullopt, QStringLiteral("the file is empty")};
+    if (bytes.size() > plist_detail::kMaxFileSize)
+        return {std::nullopt, QStringLiteral("the file is too large to be a property list")};
+    if (bytes.startsWith("bplist"))
+        return plist_detail::readBinary(bytes);
+    return plist_detail::readXml(bytes);
+}
+
+PropertyListResult readPropertyListFile(const QString& path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return {std::nullopt, QStringLiteral("cannot open %1: %2").arg(path, file.errorString())};
+    if (file.size() > plist_detail::kMaxFileSize)
+        return {std::nullopt, QStringLiteral("the file is too large to be a property list")};
+    return readPropertyList(file.readAll());
+}
+
+}  // namespace pelorin

@@ -1,0 +1,65 @@
+#pragma once
+
+#include <QByteArrayView>
+#include <QString>
+
+#include <cstdint>
+
+namespace pelorin {
+
+// Writes one output file so that the target name only ever holds a complete file: the bytes go
+// into an unnamed (or hidden) temporary file in the target's folder, are flushed to disk, and
+// take the target's name in one atomic rename. A writer destroyed before commit() leaves nothing
+// behind, and so does a process killed before that point. The writer refuses to replace the file
+// it was told to protect (the source of a command), so a storage folder that happens to hold the
+// originals can never lose one.
+class AtomicFileWriter {
+public:
+    explicit AtomicFileWriter(QString targetPath, QString protectedSourcePath = {});
+    ~AtomicFileWriter();
+    AtomicFileWriter(const AtomicFileWriter&) = delete;
+    AtomicFileWriter& operator=(const AtomicFileWriter&) = delete;
+
+    bool open();
+    bool write(QByteArrayView bytes);
+    // Appends length bytes of an open file from offset, in the kernel where it can.
+    bool appendFrom(int sourceFd, std::int64_t offset, std::int64_t length);
+    // Makes the output a copy of the whole source file, sharing its blocks where the file
+    // system can (reflink), else copying in the kernel. Only on a freshly opened writer.
+    bool cloneFrom(const QString& sourcePath);
+    bool commit();
+    void discard();
+
+    const QString& error() const { return error_; }
+    const QString& targetPath() const { return target_; }
+    std::int64_t bytesWritten() const { return written_; }
+
+private:
+    bool fail(const QString& what, int err);
+    bool linkIntoPlace();
+
+    QString target_;
+    QString protected_;
+    QString folder_;
+    QString namedTemp_;  // set when the temporary file has a name
+    int fd_ = -1;
+    std::int64_t written_ = 0;
+    QString error_;
+};
+
+// Creates a folder with its intermediate folders; false with the reason when it cannot.
+bool ensureFolder(const QString& folder, QString* error = nullptr);
+
+// "<folder>/<prefix><name>", the name every command gives its output in the storage folder.
+QString storageOutputPath(const QString& folder, const QString& fileName,
+                          const QString& prefix = {});
+
+// One-shot helpers over AtomicFileWriter.
+bool writeFileAtomically(const QString& target, QByteArrayView bytes,
+                         const QString& protectedSource, QString* error);
+bool copyFileAtomically(const QString& source, const QString& target, QString* error);
+
+// True when both paths name the same existing file (same device and inode).
+bool isSameFile(const QString& a, const QString& b);
+
+}  // namespace pelorin

@@ -1,0 +1,113 @@
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QProcessEnvironment>
+#include <QFileInfo>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+struct CliRun {
+    int exitCode = -1;
+    QString out;
+    QString err;
+};
+
+// Runs pelorin-cli with a home of its own, so the user's preferences are never touched.
+class CliTest : public ::testing::Test {
+protected:
+    CliRun cli(const QStringList& args)
+    {
+        QProcess process;
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        env.insert(QStringLiteral("HOME"), home.path());
+        env.insert(QStringLiteral("XDG_CONFIG_HOME"), home.filePath(QStringLiteral(".config")));
+        process.setProcessEnvironment(env);
+        process.start(QStringLiteral(PELORIN_CLI_PATH), args);
+        EXPECT_TRUE(process.waitForFinished(30000));
+        return {process.exitCode(), QString::fromLocal8Bit(process.readAllStandardOutput()),
+                QString::fromLocal8Bit(process.readAllStandardError())};
+    }
+    QTemporaryDir home;
+};
+
+TEST_F(CliTest, KindsNamesEachExtensionsKindAndPositions)
+{
+    const CliRun run = cli({QStringLiteral("kinds"), QStringLiteral("jpg"), QStringLiteral("JPG"),
+                         QStringLiteral("mp4"), QStringLiteral("m4a"), QStringLiteral("heic"),
+                         QStringLiteral("hevc"), QStringLiteral("ts"), QStringLiteral("ts.bak"),
+                         QStringLiteral("CR2")});
+    ASSERT_EQ(run.exitCode, 0) << run.err.toStdString();
+    const QStringList lines = run.out.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    ASSERT_EQ(lines.size(), 9);
+    const QStringList kinds = {QStringLiteral("image"), QStringLiteral("image"), QStringLiteral("video"),
+                               QStringLiteral("audio"), QStringLiteral("image"), QStringLiteral("video"),
+                               QStringLiteral("video"), QStringLiteral("none"), QStringLiteral("image+raw")};
+    for (qsizetype i = 0; i < lines.size(); ++i)
+        EXPECT_EQ(lines[i].split(QLatin1Char('\t')).value(1), kinds[i]) << lines[i].toStdString();
+    EXPECT_EQ(lines[0], QStringLiteral("jpg\timage\timage 66"));
+    EXPECT_EQ(lines[5], QStringLiteral("hevc\tvideo\tvideo 0"));
+    EXPECT_EQ(lines[7], QStringLiteral("ts.bak\tnone"));
+    EXPECT_EQ(lines[8], QStringLiteral("CR2\timage+raw\timage 26, raw 1"));
+}
+
+TEST_F(CliTest, GlobalOptionsWorkBeforeAndAfterTheCommand)
+{
+    for (const QStringList& args :
+         {QStringList{QStringLiteral("--json"), QStringLiteral("kinds"), QStringLiteral("CR2")},
+          QStringList{QStringLiteral("kinds"), QStringLiteral("CR2"), QStringLiteral("--json")},
+          QStringList{QStringLiteral("kinds"), QStringLiteral("--output"), home.path(),
+                      QStringLiteral("--json"), QStringLiteral("CR2")}}) {
+        const CliRun run = cli(args);
+        ASSERT_EQ(run.exitCode, 0) << run.err.toStdString();
+        const QJsonArray rows = QJsonDocument::fromJson(run.out.toUtf8()).array();
+        ASSERT_EQ(rows.size(), 1) << run.out.toStdString();
+        const QJsonObject row = rows[0].toObject();
+        EXPECT_EQ(row[QStringLiteral("extension")].toString(), QStringLiteral("CR2"));
+        EXPECT_EQ(row[QStringLiteral("kinds")].toArray().size(), 2);
+        EXPECT_EQ(row[QStringLiteral("positions")].toObject()[QStringLiteral("raw")].toInt(), 1);
+    }
+}
+
+TEST_F(CliTest, UsageErrorsExitWithTwo)
+{
+    EXPECT_EQ(cli({}).exitCode, 2);
+    EXPECT_EQ(cli({QStringLiteral("frobnicate")}).exitCode, 2);
+    EXPECT_EQ(cli({QStringLiteral("kinds")}).exitCode, 2);
+    EXPECT_EQ(cli({QStringLiteral("kinds"), QStringLiteral("jpg"), QStringLiteral("--output")}).exitCode, 2);
+    EXPECT_EQ(cli({QStringLiteral("prefs"), QStringLiteral("set"), QStringLiteral("fontsize")}).exitCode, 2);
+    const CliRun help = cli({QStringLiteral("--help")});
+    EXPECT_EQ(help.exitCode, 0);
+    EXPECT_TRUE(help.out.contains(QStringLiteral("kinds")));
+    EXPECT_TRUE(cli({QStringLiteral("prefs"), QStringLiteral("--help")}).out.contains(QStringLiteral("Postion")));
+    EXPECT_TRUE(cli({QStringLiteral("--version")}).out.startsWith(QStringLiteral("pelorin-cli ")));
+}
+
+TEST_F(CliTest, PrefsShowsDefaultsAndStoresCheckedValues)
+{
+    CliRun run = cli({QStringLiteral("--json"), QStringLiteral("prefs")});
+    ASSERT_EQ(run.exitCode, 0);
+    QJsonObject prefs = QJsonDocument::fromJson(run.out.toUtf8()).object();
+    EXPECT_TRUE(prefs[QStringLiteral("storagePath")].toString().endsWith(
+        QStringLiteral("/com.Quorvane.mediametadata")));
+    EXPECT_EQ(prefs[QStringLiteral("fontsize")].toInt(), 14);
+
+    const QString store = home.filePath(QStringLiteral("my store/out"));
+    ASSERT_EQ(cli({QStringLiteral("prefs"), QStringLiteral("set"), QStringLiteral("storagePath"), store}).exitCode, 0);
+    EXPECT_TRUE(QFileInfo(store).isDir());
+    ASSERT_EQ(cli({QStringLiteral("prefs"), QStringLiteral("set"), QStringLiteral("Postion"),
+                   QStringLiteral("upper right CORNER")}).exitCode, 0);
+    run = cli({QStringLiteral("prefs"), QStringLiteral("set"), QStringLiteral("Dateformat"), QStringLiteral("someday")});
+    EXPECT_EQ(run.exitCode, 2);
+    EXPECT_TRUE(run.err.contains(QStringLiteral("MM/DD/YYYY HH:MM")));
+
+    prefs = QJsonDocument::fromJson(cli({QStringLiteral("prefs"), QStringLiteral("--json")}).out.toUtf8()).object();
+    EXPECT_EQ(prefs[QStringLiteral("storagePath")].toString(), store);
+    EXPECT_EQ(prefs[QStringLiteral("Postion")].toString(), QStringLiteral("Upper right corner"));
+    EXPECT_EQ(prefs[QStringLiteral("Dateformat")].toString(), QStringLiteral("MM/DD/YYYY HH:MM"));
+}
+
+}  // namespace

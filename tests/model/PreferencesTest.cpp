@@ -1,0 +1,99 @@
+#include "model/Preferences.h"
+
+#include <QSettings>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+namespace pelorin {
+namespace {
+
+class PreferencesTest : public ::testing::Test {
+protected:
+    std::unique_ptr<QSettings> store() const
+    {
+        return std::make_unique<QSettings>(dir.filePath(QStringLiteral("prefs.ini")),
+                                           QSettings::IniFormat);
+    }
+    QTemporaryDir dir;
+};
+
+TEST_F(PreferencesTest, FirstStartWritesTheDefaultsExceptTheFontSize)
+{
+    Preferences prefs(store());
+    const PreferenceValues v = prefs.loadAtStartup();
+    EXPECT_EQ(v.fontName, QStringLiteral("Lucida Grande"));
+    EXPECT_EQ(v.fontSize, 14);
+    EXPECT_EQ(v.cornerIndex, 2);  // "Lower left corner"
+    EXPECT_EQ(v.dateFormatIndex, 0);
+
+    const auto written = store();
+    EXPECT_EQ(written->value(QStringLiteral("storagePath")).toString(), Preferences::defaultStoragePath());
+    EXPECT_EQ(written->value(QStringLiteral("fontName")).toString(), QStringLiteral("Lucida Grande"));
+    EXPECT_EQ(written->value(QStringLiteral("Postion")).toString(), QStringLiteral("lower left corner"));
+    EXPECT_EQ(written->value(QStringLiteral("Dateformat")).toString(), QStringLiteral("MM/DD/YYYY HH:MM"));
+    EXPECT_FALSE(written->contains(QStringLiteral("fontsize")));
+}
+
+TEST_F(PreferencesTest, SecondStartSelectsTheStoredCornerWhateverItsCase)
+{
+    Preferences(store()).loadAtStartup();
+    const PreferenceValues v = Preferences(store()).loadAtStartup();
+    EXPECT_EQ(v.cornerTitle, QStringLiteral("lower left corner"));
+    EXPECT_EQ(stampCornerTitles().at(v.cornerIndex), QStringLiteral("Lower left corner"));
+    // A font name without a size gives size 0, as stored stores have it.
+    EXPECT_EQ(v.fontSize, 0);
+}
+
+TEST_F(PreferencesTest, UnknownTitlesSelectTheFirstItem)
+{
+    auto s = store();
+    s->setValue(QStringLiteral("Postion"), QStringLiteral("middle"));
+    s->setValue(QStringLiteral("Dateformat"), QStringLiteral("DD/MM/YYYY HH:MM"));
+    s->sync();
+    const PreferenceValues v = Preferences(store()).loadAtStartup();
+    EXPECT_EQ(v.cornerIndex, 0);
+    EXPECT_EQ(v.dateFormatIndex, 1);
+    EXPECT_EQ(store()->value(QStringLiteral("Postion")).toString(), QStringLiteral("middle"));
+}
+
+TEST_F(PreferencesTest, SaveWritesAllFiveKeys)
+{
+    Preferences prefs(store());
+    PreferenceValues v = prefs.loadAtStartup();
+    v.fontSize = 22;
+    v.cornerTitle = stampCornerTitles().at(3);
+    v.storagePath = dir.filePath(QStringLiteral("out"));
+    prefs.save(v);
+    const auto written = store();
+    EXPECT_EQ(written->value(QStringLiteral("fontsize")).toInt(), 22);
+    EXPECT_EQ(written->value(QStringLiteral("Postion")).toString(), QStringLiteral("Lower right corner"));
+    EXPECT_EQ(written->value(QStringLiteral("storagePath")).toString(), v.storagePath);
+    EXPECT_EQ(Preferences(store()).peek().fontSize, 22);
+}
+
+TEST_F(PreferencesTest, SetFromTextChecksValuesAndStoresCanonicalTitles)
+{
+    Preferences prefs(store());
+    QString error;
+    EXPECT_TRUE(prefs.setFromText(QStringLiteral("Postion"), QStringLiteral("upper RIGHT corner"), &error));
+    EXPECT_EQ(store()->value(QStringLiteral("Postion")).toString(), QStringLiteral("Upper right corner"));
+    EXPECT_TRUE(prefs.setFromText(QStringLiteral("fontsize"), QStringLiteral("18"), &error));
+    EXPECT_EQ(store()->value(QStringLiteral("fontsize")).toInt(), 18);
+    EXPECT_FALSE(prefs.setFromText(QStringLiteral("fontsize"), QStringLiteral("big"), &error));
+    EXPECT_FALSE(prefs.setFromText(QStringLiteral("Position"), QStringLiteral("Upper left corner"), &error));
+    EXPECT_FALSE(prefs.setFromText(QStringLiteral("Dateformat"), QStringLiteral("YYYY"), &error));
+    EXPECT_FALSE(prefs.setFromText(QStringLiteral("storagePath"), QStringLiteral("  "), &error));
+    EXPECT_FALSE(error.isEmpty());
+    EXPECT_EQ(store()->value(QStringLiteral("fontsize")).toInt(), 18);
+}
+
+TEST(PreferencesDefaults, StorageFolderLivesInTheVideosFolder)
+{
+    const QString movies = QStandardPaths::writableLocation(QStandardPaths::MoviesLocation);
+    EXPECT_EQ(Preferences::defaultStoragePath(), movies + QStringLiteral("/com.Quorvane.mediametadata"));
+}
+
+}  // namespace
+}  // namespace pelorin

@@ -28,9 +28,21 @@ int usageError(const CliInvocation& invocation, const QString& command, const QS
     return ExitUsage;
 }
 
-int reportResult(const CliInvocation& invocation, const CommandResult& result)
+RevealHook CliReporter::revealHook()
 {
-    if (invocation.json) {
+    RevealHook hook;
+    hook.revealFile = [this](const QString& file) {
+        if (invocation_.json || shown_.contains(file))
+            return;
+        shown_.insert(file);
+        printLine(invocation_.out, file);
+    };
+    return hook;
+}
+
+int CliReporter::report(const CommandResult& result)
+{
+    if (invocation_.json) {
         QJsonArray skipped;
         for (const SkippedItem& item : result.skipped)
             skipped.append(QJsonObject{{QStringLiteral("path"), item.path},
@@ -43,20 +55,22 @@ int reportResult(const CliInvocation& invocation, const CommandResult& result)
                           QJsonObject{{QStringLiteral("message"), result.alert->message},
                                       {QStringLiteral("informativeText"),
                                        result.alert->informativeText}});
-        printJson(invocation.out, object);
+        printJson(invocation_.out, object);
     } else {
-        for (const QString& path : result.written)
-            printLine(invocation.out, path);
+        for (const QString& path : result.written) {
+            if (!shown_.contains(path))
+                printLine(invocation_.out, path);
+        }
         for (const SkippedItem& item : result.skipped)
-            printLine(invocation.err, QStringLiteral("skipped %1: %2").arg(item.path, item.reason));
+            printLine(invocation_.err, QStringLiteral("skipped %1: %2").arg(item.path, item.reason));
         for (const QString& note : result.notes)
-            printLine(invocation.err, QStringLiteral("note: %1").arg(note));
+            printLine(invocation_.err, QStringLiteral("note: %1").arg(note));
         if (result.alert)
-            printLine(invocation.err, QStringLiteral("%1: %2").arg(result.alert->message,
-                                                                    result.alert->informativeText));
+            printLine(invocation_.err, QStringLiteral("%1: %2").arg(result.alert->message,
+                                                                     result.alert->informativeText));
     }
     if (result.alert)
-        return ExitUsage;
+        return ExitUsage;  // the user's mistake, like a wrong command line
     return result.skipped.isEmpty() ? ExitSuccess : ExitItemFailed;
 }
 

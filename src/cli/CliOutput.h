@@ -1,9 +1,11 @@
 #pragma once
 
 #include "cli/CliCommand.h"
+#include "model/CommandContext.h"
 #include "model/CommandResult.h"
 
 #include <QJsonValue>
+#include <QSet>
 #include <QString>
 
 namespace pelorin::cli {
@@ -15,7 +17,21 @@ void printJson(std::FILE* stream, const QJsonValue& value);
 // Reports a usage error with a pointer to the command's help, and answers ExitUsage.
 int usageError(const CliInvocation& invocation, const QString& command, const QString& message);
 
-// Prints an engine command's result (text or JSON) and answers the exit status it stands for.
-int reportResult(const CliInvocation& invocation, const CommandResult& result);
+// How a command's outputs reach the shell. As text, each output an engine command reveals is
+// printed the moment it is finished (a long batch shows its progress), and the closing report
+// adds the outputs not revealed, the skipped items with their reasons and the notes, on
+// stderr. As JSON, one object at the end holds everything.
+class CliReporter {
+public:
+    explicit CliReporter(const CliInvocation& invocation) : invocation_(invocation) {}
+
+    RevealHook revealHook();
+    // Prints the result and answers the exit status it stands for.
+    int report(const CommandResult& result);
+
+private:
+    const CliInvocation& invocation_;
+    QSet<QString> shown_;
+};
 
 }  // namespace pelorin::cli

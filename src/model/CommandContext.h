@@ -30,6 +30,7 @@ struct RevealHook {
 struct CommandContext {
     QString storageFolder;
     RevealHook reveal;
+    // Called as items finish, possibly from several worker threads at once.
     std::function<void(int done, int total)> progress;
     const std::atomic_bool* cancelled = nullptr;
 

@@ -45,10 +45,12 @@ bool writeAll(int fd, const char* data, std::int64_t size, int* err)
 
 }  // namespace
 
-AtomicFileWriter::AtomicFileWriter(QString targetPath, QString protectedSourcePath)
+AtomicFileWriter::AtomicFileWriter(QString targetPath, QString protectedSourcePath,
+                                   Durability durability)
     : target_(QDir::cleanPath(QFileInfo(targetPath).absoluteFilePath())),
       protected_(std::move(protectedSourcePath)),
-      folder_(QFileInfo(target_).absolutePath())
+      folder_(QFileInfo(target_).absolutePath()),
+      durability_(durability)
 {
 }
 
@@ -201,7 +203,7 @@ bool AtomicFileWriter::commit()
         discard();
         return fail(QStringLiteral("%1 is the original file; an output never replaces it").arg(target_), 0);
     }
-    if (::fsync(fd_) != 0) {
+    if (durability_ == Durability::FlushEach && ::fsync(fd_) != 0) {
         const int err = errno;
         discard();
         return fail(QStringLiteral("cannot write %1").arg(target_), err);
@@ -257,21 +259,32 @@ QString storageOutputPath(const QString& folder, const QString& fileName, const 
 }
 
 bool writeFileAtomically(const QString& target, QByteArrayView bytes,
-                         const QString& protectedSource, QString* error)
+                         const QString& protectedSource, QString* error, Durability durability)
 {
-    AtomicFileWriter writer(target, protectedSource);
+    AtomicFileWriter writer(target, protectedSource, durability);
     const bool ok = writer.open() && writer.write(bytes) && writer.commit();
     if (!ok && error)
         *error = writer.error();
     return ok;
 }
 
-bool copyFileAtomically(const QString& source, const QString& target, QString* error)
+bool copyFileAtomically(const QString& source, const QString& target, QString* error,
+                        Durability durability)
 {
-    AtomicFileWriter writer(target, source);
+    AtomicFileWriter writer(target, source, durability);
     const bool ok = writer.open() && writer.cloneFrom(source) && writer.commit();
     if (!ok && error)
         *error = writer.error();
+    return ok;
+}
+
+bool flushFileSystem(const QString& folder)
+{
+    const int fd = ::open(QFile::encodeName(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (fd < 0)
+        return false;
+    const bool ok = ::syncfs(fd) == 0;
+    ::close(fd);
     return ok;
 }
 

@@ -7,6 +7,11 @@
 
 namespace pelorin {
 
+// When an output's bytes are forced to disk: before its rename (a single write), or once for a
+// whole batch by flushFileSystem() after the last file, which costs one flush instead of one per
+// file. Either way a crash of the program never leaves a partial file under an output's name.
+enum class Durability { FlushEach, Deferred };
+
 // Writes one output file so that the target name only ever holds a complete file: the bytes go
 // into an unnamed (or hidden) temporary file in the target's folder, are flushed to disk, and
 // take the target's name in one atomic rename. A writer destroyed before commit() leaves nothing
@@ -15,7 +20,8 @@ namespace pelorin {
 // originals can never lose one.
 class AtomicFileWriter {
 public:
-    explicit AtomicFileWriter(QString targetPath, QString protectedSourcePath = {});
+    explicit AtomicFileWriter(QString targetPath, QString protectedSourcePath = {},
+                              Durability durability = Durability::FlushEach);
     ~AtomicFileWriter();
     AtomicFileWriter(const AtomicFileWriter&) = delete;
     AtomicFileWriter& operator=(const AtomicFileWriter&) = delete;
@@ -43,6 +49,7 @@ private:
     QString folder_;
     QString namedTemp_;  // set when the temporary file has a name
     int fd_ = -1;
+    Durability durability_ = Durability::FlushEach;
     std::int64_t written_ = 0;
     QString error_;
 };
@@ -56,8 +63,14 @@ QString storageOutputPath(const QString& folder, const QString& fileName,
 
 // One-shot helpers over AtomicFileWriter.
 bool writeFileAtomically(const QString& target, QByteArrayView bytes,
-                         const QString& protectedSource, QString* error);
-bool copyFileAtomically(const QString& source, const QString& target, QString* error);
+                         const QString& protectedSource, QString* error,
+                         Durability durability = Durability::FlushEach);
+bool copyFileAtomically(const QString& source, const QString& target, QString* error,
+                        Durability durability = Durability::FlushEach);
+
+// Forces everything written to the file system that holds the folder to disk (after a batch
+// of Deferred writes).
+bool flushFileSystem(const QString& folder);
 
 // True when both paths name the same existing file (same device and inode).
 bool isSameFile(const QString& a, const QString& b);

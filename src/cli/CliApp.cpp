@@ -1,8 +1,12 @@
 #include "cli/CliApp.h"
 
 #include "cli/CliOutput.h"
+#include "cli/ExifSegmentsCommand.h"
+#include "cli/InfoCommand.h"
 #include "cli/KindsCommand.h"
 #include "cli/PrefsCommand.h"
+#include "cli/StripCommand.h"
+#include "cli/ThumbnailCommand.h"
 #include "model/Preferences.h"
 
 #include <QDir>
@@ -39,7 +43,7 @@ QString CliApp::help() const
         "\n"
         "Commands:\n");
     for (const auto& command : commands_)
-        text += QStringLiteral("  %1%2\n").arg(command->name(), -12).arg(command->summary());
+        text += QStringLiteral("  %1%2\n").arg(command->name(), -15).arg(command->summary());
     text += QStringLiteral(
         "\n"
         "Exit status: 0 on success, 1 when some item could not be processed, 2 for a usage error.");
@@ -120,8 +124,12 @@ int CliApp::run(const QStringList& args, std::FILE* out, std::FILE* err)
 std::unique_ptr<CliApp> makeCliApp()
 {
     auto app = std::make_unique<CliApp>();
+    app->add(std::make_unique<ExifSegmentsCommand>());
+    app->add(std::make_unique<InfoCommand>());
     app->add(std::make_unique<KindsCommand>());
     app->add(std::make_unique<PrefsCommand>());
+    app->add(std::make_unique<StripCommand>());
+    app->add(std::make_unique<ThumbnailCommand>());
     return app;
 }
 

@@ -1,13 +1,29 @@
 #include "cli/CliApp.h"
 
-#include <QCoreApplication>
+#include <QDir>
+#include <QGuiApplication>
+#include <QLoggingCategory>
+
+#include <sys/stat.h>
+#include <unistd.h>
 
 int main(int argc, char** argv)
 {
-    QCoreApplication app(argc, argv);
-    QCoreApplication::setOrganizationName(QStringLiteral("Quorvane"));
-    QCoreApplication::setApplicationName(QStringLiteral("Pelorin"));
-    QStringList args = QCoreApplication::arguments();
+    // The tool opens no window; the offscreen platform gives it fonts and painting anywhere,
+    // with or without a display.
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    if (qEnvironmentVariableIsEmpty("XDG_RUNTIME_DIR")) {
+        const QByteArray runtime = QDir::tempPath().toLocal8Bit() + "/pelorin-runtime-" + QByteArray::number(getuid());
+        ::mkdir(runtime.constData(), 0700);
+        qputenv("XDG_RUNTIME_DIR", runtime);
+    }
+    // Decoders' complaints about damaged files would bury the tool's own, clearer reasons.
+    QLoggingCategory::setFilterRules(QStringLiteral("qt.gui.imageio*=false"));
+    QGuiApplication app(argc, argv);
+    QGuiApplication::setOrganizationName(QStringLiteral("Quorvane"));
+    QGuiApplication::setApplicationName(QStringLiteral("Pelorin"));
+    QStringList args = QGuiApplication::arguments();
     args.removeFirst();
     return pelorin::cli::makeCliApp()->run(args);
 }

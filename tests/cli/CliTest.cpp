@@ -110,4 +110,32 @@ TEST_F(CliTest, PrefsShowsDefaultsAndStoresCheckedValues)
     EXPECT_EQ(prefs[QStringLiteral("Dateformat")].toString(), QStringLiteral("MM/DD/YYYY HH:MM"));
 }
 
+TEST_F(CliTest, InfoAndStripWorkOnRealPhotos)
+{
+    const QString photo = QStringLiteral(PELORIN_TEST_DATA_DIR "/et-GPS.jpg");
+    CliRun run = cli({QStringLiteral("info"), QStringLiteral("--json"), photo, home.filePath(QStringLiteral("missing.jpg"))});
+    EXPECT_EQ(run.exitCode, 1);  // one file could not be read
+    const QJsonArray rows = QJsonDocument::fromJson(run.out.toUtf8()).array();
+    ASSERT_EQ(rows.size(), 2);
+    const QJsonObject gps = rows[0].toObject()[QStringLiteral("properties")].toObject()[QStringLiteral("{GPS}")].toObject();
+    EXPECT_EQ(gps[QStringLiteral("LatitudeRef")].toString(), QStringLiteral("N"));
+    EXPECT_EQ(rows[0].toObject()[QStringLiteral("editorFields")].toObject()[QStringLiteral("GPS longitude")].toString().left(6),
+              QStringLiteral("-1.914"));
+    EXPECT_FALSE(rows[1].toObject()[QStringLiteral("error")].toString().isEmpty());
+
+    run = cli({QStringLiteral("info"), QStringLiteral("--plist"), photo});
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_TRUE(run.out.contains(QStringLiteral("<key>{GPS}</key>")));
+
+    const QString out = home.filePath(QStringLiteral("out"));
+    run = cli({QStringLiteral("strip"), QStringLiteral("gps"), photo, QStringLiteral("--output"), out});
+    ASSERT_EQ(run.exitCode, 0) << run.err.toStdString();
+    EXPECT_EQ(run.out.trimmed(), out + QStringLiteral("/et-GPS.jpg"));
+    run = cli({QStringLiteral("info"), QStringLiteral("--json"), out + QStringLiteral("/et-GPS.jpg")});
+    const QJsonObject props = QJsonDocument::fromJson(run.out.toUtf8()).array()[0].toObject()[QStringLiteral("properties")].toObject();
+    EXPECT_FALSE(props.contains(QStringLiteral("{GPS}")));
+    EXPECT_TRUE(props.contains(QStringLiteral("{IPTC}")));
+    EXPECT_EQ(cli({QStringLiteral("strip"), QStringLiteral("everything"), photo}).exitCode, 2);
+}
+
 }  // namespace

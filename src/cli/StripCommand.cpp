@@ -1,0 +1,74 @@
+#include "cli/StripCommand.h"
+
+#include "cli/CliOutput.h"
+#include "photo/PhotoRemoval.h"
+
+#include <QFileInfo>
+
+namespace pelorin::cli {
+
+QString StripCommand::summary() const
+{
+    return QStringLiteral("write copies of photos without EXIF, GPS, IPTC or any metadata");
+}
+
+QString StripCommand::help() const
+{
+    return QStringLiteral(
+        "Usage: pelorin-cli strip exif|gps|iptc|exif-gps|all [--camera] FILE...\n"
+        "\n"
+        "Writes a copy of each photo into the output folder with the chosen metadata removed;\n"
+        "the originals are never changed.\n"
+        "  exif      the Exif directory with its maker notes, and the XMP copies of its values\n"
+        "  gps       the location, from EXIF and from XMP\n"
+        "  iptc      the IPTC record\n"
+        "  exif-gps  both exif and gps\n"
+        "  all       everything but the colour profile and the orientation, so the photo\n"
+        "            still looks the same\n"
+        "Copies keep the photo's name. With --camera, each FILE names a camera photo already\n"
+        "downloaded into the output folder; its copy is named NoExif_, NoGPS_, NoIPTC_ or\n"
+        "NoExifAndGPS_ plus its name. Files whose kind cannot be rewritten (some RAW kinds,\n"
+        "HEIC) are skipped with the reason.");
+}
+
+int StripCommand::run(CliInvocation& invocation)
+{
+    if (invocation.args.isEmpty())
+        return usageError(invocation, name(), QStringLiteral("say what to strip"));
+    const QString what = invocation.args.first();
+    MetadataRemoval removal;
+    if (what == QLatin1String("exif"))
+        removal = MetadataRemoval::Exif;
+    else if (what == QLatin1String("gps"))
+        removal = MetadataRemoval::Gps;
+    else if (what == QLatin1String("iptc"))
+        removal = MetadataRemoval::Iptc;
+    else if (what == QLatin1String("exif-gps"))
+        removal = MetadataRemoval::ExifAndGps;
+    else if (what == QLatin1String("all"))
+        removal = MetadataRemoval::All;
+    else
+        return usageError(invocation, name(), QStringLiteral("unknown metadata '%1'").arg(what));
+
+    PhotoSelection selection;
+    for (const QString& arg : invocation.args.mid(1)) {
+        if (arg == QLatin1String("--camera")) {
+            selection.source = PhotoSource::Camera;
+            continue;
+        }
+        IKImageItem item;
+        item.filePath = QFileInfo(arg).absoluteFilePath();
+        item.fileName = QFileInfo(arg).fileName();
+        selection.items << item;
+    }
+    if (selection.items.isEmpty())
+        return usageError(invocation, name(), QStringLiteral("give at least one file"));
+
+    CliReporter reporter(invocation);
+    CommandContext context;
+    context.storageFolder = invocation.outputFolder;
+    context.reveal = reporter.revealHook();
+    return reporter.report(removePhotoMetadata(removal, selection, context));
+}
+
+}  // namespace pelorin::cli

@@ -1,0 +1,59 @@
+#include "photo/JpegSegments.h"
+
+namespace pelorin {
+namespace {
+
+bool startsWith(const QByteArray& jpeg, qsizetype payload, qsizetype length, const char* signature, qsizetype n)
+{
+    return length >= n && jpeg.mid(payload, n) == QByteArray(signature, n);
+}
+
+bool keep(const QByteArray& jpeg, quint8 marker, qsizetype payload, qsizetype length)
+{
+    switch (marker) {
+    case 0xE0:  // JFIF / JFXX
+        return startsWith(jpeg, payload, length, "JFIF\0", 5) || startsWith(jpeg, payload, length, "JFXX\0", 5);
+    case 0xE1:  // Exif stays (it holds the orientation); XMP was emptied by the metadata writer
+        return startsWith(jpeg, payload, length, "Exif\0", 5);
+    case 0xE2:
+        return startsWith(jpeg, payload, length, "ICC_PROFILE\0", 12) || startsWith(jpeg, payload, length, "MPF\0", 4);
+    case 0xEE:  // Adobe: colour transform of CMYK/YCCK data
+        return startsWith(jpeg, payload, length, "Adobe", 5);
+    default:
+        // Other application segments and comments carry metadata; tables and frames are kept.
+        return !((marker >= 0xE0 && marker <= 0xEF) || marker == 0xFE);
+    }
+}
+
+}  // namespace
+
+QByteArray dropMetadataSegments(const QByteArray& jpeg)
+{
+    if (jpeg.size() < 4 || quint8(jpeg[0]) != 0xFF || quint8(jpeg[1]) != 0xD8)
+        return jpeg;
+    QByteArray out;
+    out.reserve(jpeg.size());
+    out.append(jpeg.left(2));
+    qsizetype pos = 2;
+    while (pos + 4 <= jpeg.size()) {
+        if (quint8(jpeg[pos]) != 0xFF)
+            break;
+        const quint8 marker = quint8(jpeg[pos + 1]);
+        if (marker == 0xFF) {
+            ++pos;
+            continue;
+        }
+        if (marker == 0xDA)
+            break;  // the scan and everything after it are copied as they are
+        const qsizetype length = (quint8(jpeg[pos + 2]) << 8) | quint8(jpeg[pos + 3]);
+        if (length < 2 || pos + 2 + length > jpeg.size())
+            break;
+        if (keep(jpeg, marker, pos + 4, length - 2))
+            out.append(jpeg.mid(pos, 2 + length));
+        pos += 2 + length;
+    }
+    out.append(jpeg.mid(pos));
+    return out;
+}
+
+}  // namespace pelorin

@@ -1,0 +1,132 @@
+#include "photo/PhotoRemoval.h"
+
+#include "model/ParallelFor.h"
+#include "model/SafeOutput.h"
+#include "photo/PhotoRewrite.h"
+
+#include <QFileInfo>
+
+#include <atomic>
+#include <vector>
+
+namespace pelorin {
+namespace {
+
+PhotoChanges changesFor(MetadataRemoval what)
+{
+    PhotoChanges changes;
+    const QVariant remove;  // a null value removes its group
+    switch (what) {
+    case MetadataRemoval::Exif:
+        changes.groups.insert(QStringLiteral("{Exif}"), remove);
+        break;
+    case MetadataRemoval::Gps:
+        changes.groups.insert(QStringLiteral("{GPS}"), remove);
+        break;
+    case MetadataRemoval::Iptc:
+        changes.groups.insert(QStringLiteral("{IPTC}"), remove);
+        break;
+    case MetadataRemoval::ExifAndGps:
+        changes.groups.insert(QStringLiteral("{Exif}"), remove);
+        changes.groups.insert(QStringLiteral("{GPS}"), remove);
+        break;
+    case MetadataRemoval::All:
+        changes.removeAllMetadata = true;
+        break;
+    }
+    return changes;
+}
+
+enum class Reveal { EachFile, FolderOnce };
+
+Reveal revealFor(MetadataRemoval what, PhotoSource source)
+{
+    if (what == MetadataRemoval::Exif)
+        return Reveal::EachFile;
+    if (what == MetadataRemoval::Gps || what == MetadataRemoval::Iptc)
+        return source == PhotoSource::Computer ? Reveal::EachFile : Reveal::FolderOnce;
+    return Reveal::FolderOnce;
+}
+
+}  // namespace
+
+QString cameraOutputPrefix(MetadataRemoval what)
+{
+    switch (what) {
+    case MetadataRemoval::Exif: return QStringLiteral("NoExif_");
+    case MetadataRemoval::Gps: return QStringLiteral("NoGPS_");
+    case MetadataRemoval::Iptc: return QStringLiteral("NoIPTC_");
+    case MetadataRemoval::ExifAndGps:
+    case MetadataRemoval::All: return QStringLiteral("NoExifAndGPS_");
+    }
+    return {};
+}
+
+CommandResult removePhotoMetadata(MetadataRemoval what, const PhotoSelection& selection,
+                                  const CommandContext& context)
+{
+    CommandResult result;
+    if (selection.items.isEmpty()) {
+        result.alert = Alerts::noSelection();
+        return result;
+    }
+    QString error;
+    if (!ensureFolder(context.storageFolder, &error)) {
+        for (const IKImageItem& item : selection.items)
+            result.skip(item.filePath, error);
+        return result;
+    }
+    const PhotoChanges changes = changesFor(what);
+    const Reveal reveal = revealFor(what, selection.source);
+    const bool camera = selection.source == PhotoSource::Camera;
+    const int total = int(selection.items.size());
+
+    struct Outcome {
+        QString input;
+        QString output;
+        PhotoWriteResult written;
+        bool missing = false;
+        bool done = false;
+    };
+    std::vector<Outcome> outcomes(static_cast<size_t>(total));
+    std::atomic_int finished{0};
+    PhotoWriteOptions options;
+    options.durability = Durability::Deferred;  // one flush for the batch, below
+    parallelFor(total, [&](int i) {
+        if (context.isCancelled())
+            return;
+        const IKImageItem& item = selection.items[i];
+        Outcome& o = outcomes[size_t(i)];
+        o.input = camera ? storageOutputPath(context.storageFolder, item.fileName) : item.filePath;
+        o.output = storageOutputPath(context.storageFolder, item.fileName,
+                                     camera ? cameraOutputPrefix(what) : QString());
+        o.missing = camera && !QFileInfo::exists(o.input);
+        if (!o.missing)
+            o.written = CopyPhotoWithProperties(o.input, changes, o.output, options);
+        o.done = true;
+        context.report(++finished, total);
+    });
+    flushFileSystem(context.storageFolder);
+
+    for (const Outcome& o : outcomes) {
+        if (!o.done)
+            continue;  // cancelled before it started
+        if (o.missing) {
+            result.skip(o.input, QStringLiteral("the camera photo has not been downloaded to the storage folder"));
+        } else if (o.written.ok()) {
+            for (const QString& path : o.written.written)
+                result.addWritten(path);
+            for (const QString& warning : o.written.warnings)
+                result.noteOnce(warning);
+            if (reveal == Reveal::EachFile)
+                context.reveal.reveal(o.output);
+        } else {
+            result.skip(o.input, o.written.reason);
+        }
+    }
+    if (reveal == Reveal::FolderOnce)
+        context.reveal.open(context.storageFolder);
+    return result;
+}
+
+}  // namespace pelorin

@@ -1,0 +1,249 @@
+#include "photo/PhotoRewrite.h"
+
+#include "model/SafeOutput.h"
+#include "photo/Exiv2Model.h"
+#include "photo/JpegSegments.h"
+#include "photo/PhotoFormats.h"
+#include "photo/PhotoLibraries.h"
+#include "photo/PhotoProperties.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+namespace pelorin {
+namespace {
+
+using Outcome = PhotoWriteResult::Outcome;
+
+PhotoWriteResult failed(const QString& reason)
+{
+    PhotoWriteResult r;
+    r.outcome = Outcome::Failed;
+    r.reason = reason;
+    return r;
+}
+
+QString exiv2Message(const std::exception& e) { return QString::fromLocal8Bit(e.what()); }
+
+QByteArray ioBytes(Exiv2::BasicIo& io)
+{
+    io.open();
+    const long size = long(io.size());
+    QByteArray bytes(size, Qt::Uninitialized);
+    io.seek(0, Exiv2::BasicIo::beg);
+    const long got = io.read(reinterpret_cast<Exiv2::byte*>(bytes.data()), size);
+    io.close();
+    if (got != size)
+        return {};
+    return bytes;
+}
+
+void applyAll(exiv2_model::Metadata metadata, const PhotoChanges& changes, QStringList* warnings)
+{
+    if (changes.removeAllMetadata)
+        exiv2_model::removeAll(metadata);
+    QVariantMap before;
+    exiv2_model::readExif(metadata.exif, &before);
+    for (auto it = changes.groups.cbegin(); it != changes.groups.cend(); ++it)
+        exiv2_model::applyChange(metadata, it.key(), it.value(), warnings);
+    // Dates the caller set in XMP itself are the caller's; otherwise XMP follows EXIF.
+    if (!changes.groups.contains(QStringLiteral("{XMP}")))
+        exiv2_model::syncXmpDateMirrors(metadata, before);
+}
+
+// The changed values of the request only, against what the photo holds now: a sidecar records
+// what the user changed, not a copy of everything.
+QVariantMap changedValues(const QVariantMap& current, const QVariantMap& groups)
+{
+    QVariantMap changed;
+    for (auto it = groups.cbegin(); it != groups.cend(); ++it) {
+        if (it.value().typeId() != QMetaType::QVariantMap) {
+            if (!exiv2_model::sameValue(current.value(it.key()), it.value()))
+                changed.insert(it.key(), it.value());
+            continue;
+        }
+        const QVariantMap before = current.value(it.key()).toMap();
+        const QVariantMap after = it.value().toMap();
+        QVariantMap diff;
+        for (auto v = after.cbegin(); v != after.cend(); ++v) {
+            if (!before.contains(v.key()) || !exiv2_model::sameValue(before.value(v.key()), v.value()))
+                diff.insert(v.key(), v.value());
+        }
+        if (!diff.isEmpty())
+            changed.insert(it.key(), diff);
+    }
+    return changed;
+}
+
+// The sidecar next to the output: an existing one (an earlier edit of the same copy) is kept
+// and the new values are laid over it.
+bool writeSidecar(const QString& sidecarPath, const QVariantMap& changed, QStringList* warnings,
+                  Durability durability, QString* error)
+{
+    Exiv2::ExifData exif;
+    Exiv2::IptcData iptc;
+    Exiv2::XmpData xmp;
+    QFile existing(sidecarPath);
+    if (existing.exists() && existing.open(QIODevice::ReadOnly)) {
+        if (Exiv2::XmpParser::decode(xmp, existing.readAll().toStdString()) != 0)
+            xmp.clear();
+    }
+    for (auto it = changed.cbegin(); it != changed.cend(); ++it)
+        exiv2_model::applyChange({exif, iptc, xmp}, it.key(), it.value(), warnings);
+    Exiv2::copyExifToXmp(exif, xmp);
+    Exiv2::copyIptcToXmp(iptc, xmp);
+    // exiv2 files the capture date under photoshop:DateCreated only; photo managers read the
+    // EXIF schema's own property from sidecars too.
+    const auto original = exif.findKey(Exiv2::ExifKey("Exif.Photo.DateTimeOriginal"));
+    if (original != exif.end()) {
+        std::string iso = original->toString();
+        if (iso.size() >= 19) {
+            iso[4] = '-';
+            iso[7] = '-';
+            iso[10] = 'T';
+            xmp["Xmp.exif.DateTimeOriginal"] = iso.substr(0, 19);
+        }
+    }
+    std::string packet;
+    if (Exiv2::XmpParser::encode(packet, xmp, Exiv2::XmpParser::omitPacketWrapper | Exiv2::XmpParser::useCompactFormat) != 0) {
+        *error = QStringLiteral("the XMP sidecar could not be made");
+        return false;
+    }
+    return writeFileAtomically(sidecarPath, QByteArray::fromStdString(packet), {}, error, durability);
+}
+
+PhotoWriteResult copyWithSidecar(const QString& sourcePath, const PhotoFormat& format,
+                                 const PhotoChanges& changes, const QString& outputPath,
+                                 Durability durability)
+{
+    const PhotoProperties current = readPhotoProperties(sourcePath);
+    PhotoWriteResult result;
+    const QVariantMap changed = changedValues(current.properties, changes.groups);
+    QString error;
+    if (!isSameFile(sourcePath, outputPath) && !copyFileAtomically(sourcePath, outputPath, &error, durability))
+        return failed(error);
+    result.written << outputPath;
+    const QString sidecar = outputPath + QStringLiteral(".xmp");
+    if (!writeSidecar(sidecar, changed, &result.warnings, durability, &error))
+        return failed(error);
+    result.written << sidecar;
+    result.outcome = Outcome::CopiedWithSidecar;
+    result.reason = QStringLiteral("%1 files cannot be rewritten; the changes are in the sidecar %2")
+                        .arg(format.kind, QFileInfo(sidecar).fileName());
+    return result;
+}
+
+}  // namespace
+
+bool PhotoChanges::removesSomething() const
+{
+    if (removeAllMetadata)
+        return true;
+    for (const QVariant& v : groups) {
+        if (v.isNull())
+            return true;
+    }
+    return false;
+}
+
+PhotoWriteResult CopyPhotoWithProperties(const QString& sourcePath, const PhotoChanges& changes,
+                                         const QString& outputPath, const PhotoWriteOptions& options)
+{
+    const SourceReplacement replacement = options.replacement;
+    initializePhotoLibraries();
+    QFile file(sourcePath);
+    if (!file.open(QIODevice::ReadOnly))
+        return failed(QStringLiteral("cannot open the photo: %1").arg(file.errorString()));
+    if (file.size() > kMaxPhotoFileSize)
+        return failed(QStringLiteral("the file is too large to be rewritten"));
+    const QByteArray source = file.readAll();
+    file.close();
+    const PhotoFormat format = detectPhotoFormat(source.left(64), QFileInfo(sourcePath).suffix());
+    if (!format.isKnown())
+        return failed(QStringLiteral("not a photo of a known kind"));
+    const QString protectedSource = replacement == SourceReplacement::Refuse ? sourcePath : QString();
+
+    if (!format.metadataWritable) {
+        if (changes.removesSomething()) {
+            PhotoWriteResult skipped;
+            skipped.outcome = Outcome::Skipped;
+            skipped.reason = QStringLiteral("cannot remove metadata from %1 files").arg(format.kind);
+            return skipped;
+        }
+        if (replacement == SourceReplacement::Refuse && isSameFile(sourcePath, outputPath))
+            return failed(QStringLiteral("%1 is the original file; an output never replaces it").arg(outputPath));
+        try {
+            return copyWithSidecar(sourcePath, format, changes, outputPath, options.durability);
+        } catch (const std::exception& e) {
+            return failed(QStringLiteral("cannot write the sidecar: %1").arg(exiv2Message(e)));
+        }
+    }
+
+    PhotoWriteResult result;
+    QByteArray rewritten;
+    if (changes.isEmpty()) {
+        rewritten = source;
+    } else {
+        try {
+            auto image = Exiv2::ImageFactory::open(reinterpret_cast<const Exiv2::byte*>(source.constData()),
+                                                   long(source.size()));
+            image->readMetadata();
+            const bool hadIptc = !image->iptcData().empty();
+            applyAll({image->exifData(), image->iptcData(), image->xmpData()}, changes, &result.warnings);
+            if (changes.removeAllMetadata)
+                image->clearComment();
+            if (!format.iptcWritable && !image->iptcData().empty() && !hadIptc)
+                result.warnings << QStringLiteral("%1 files hold no IPTC data; the IPTC values were not written").arg(format.kind);
+            image->writeMetadata();
+            rewritten = ioBytes(image->io());
+        } catch (const std::exception& e) {
+            return failed(QStringLiteral("cannot rewrite the %1 metadata: %2").arg(format.kind, exiv2Message(e)));
+        }
+        if (changes.removeAllMetadata && format.container == PhotoContainer::Jpeg)
+            rewritten = dropMetadataSegments(rewritten);
+    }
+    // Never a file of another kind, or an empty one, under the photo's name.
+    if (rewritten.isEmpty() || detectPhotoFormat(rewritten.left(64), QFileInfo(sourcePath).suffix()).container != format.container)
+        return failed(QStringLiteral("the rewritten %1 file did not come out as %1").arg(format.kind));
+    QString error;
+    if (!writeFileAtomically(outputPath, rewritten, protectedSource, &error, options.durability))
+        return failed(error);
+    result.outcome = Outcome::Rewritten;
+    result.written << outputPath;
+    return result;
+}
+
+std::optional<QByteArray> carryMetadataOver(const QByteArray& sourcePhoto, const QByteArray& newJpeg,
+                                            const PhotoChanges& adjustments, QString* error)
+{
+    initializePhotoLibraries();
+    try {
+        auto from = Exiv2::ImageFactory::open(reinterpret_cast<const Exiv2::byte*>(sourcePhoto.constData()),
+                                              long(sourcePhoto.size()));
+        from->readMetadata();
+        auto to = Exiv2::ImageFactory::open(reinterpret_cast<const Exiv2::byte*>(newJpeg.constData()),
+                                            long(newJpeg.size()));
+        to->readMetadata();
+        Exiv2::ExifData exif = from->exifData();
+        Exiv2::ExifThumb(exif).erase();
+        to->setExifData(exif);
+        to->setIptcData(from->iptcData());
+        to->setXmpData(from->xmpData());
+        QStringList warnings;
+        applyAll({to->exifData(), to->iptcData(), to->xmpData()}, adjustments, &warnings);
+        to->writeMetadata();
+        QByteArray out = ioBytes(to->io());
+        if (out.isEmpty()) {
+            if (error)
+                *error = QStringLiteral("the metadata could not be written");
+            return std::nullopt;
+        }
+        return out;
+    } catch (const std::exception& e) {
+        if (error)
+            *error = QStringLiteral("cannot carry the metadata over: %1").arg(exiv2Message(e));
+        return std::nullopt;
+    }
+}
+
+}  // namespace pelorin

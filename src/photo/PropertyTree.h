@@ -1,0 +1,29 @@
+#pragma once
+
+#include <QList>
+#include <QString>
+#include <QVariant>
+#include <QVariantMap>
+
+namespace pelorin {
+
+// One row of the inspector's property tree: a group (with children and an empty value) or a
+// property with its value as the model holds it (text, number, array, ...).
+struct PropertyTreeNode {
+    QString key;  // display name
+    QVariant val;
+    QList<PropertyTreeNode> children;
+    bool isGroup = false;
+};
+
+// The tree of a property dictionary, each level sorted by raw key.
+QList<PropertyTreeNode> propTree(const QVariantMap& properties);
+
+// "DateTimeOriginal" -> "Date Time Original", "{Exif}" -> "Exif"; the raw key for keys the
+// model does not name (maker tags, XMP properties).
+QString propertyDisplayName(const QString& key);
+
+// A value as one line of text for trees, tables and the command line.
+QString propertyValueText(const QVariant& value);
+
+}  // namespace pelorin

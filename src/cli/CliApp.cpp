@@ -38,6 +38,8 @@ QString CliApp::help() const
         "Options (also accepted after the command's name):\n"
         "  -o, --output DIR  folder for the outputs (default: the storage folder preference)\n"
         "      --json        print results as JSON\n"
+        "      --dry-run     writing commands print each value before and after, and write\n"
+        "                    nothing\n"
         "  -h, --help        show this help, or a command's help after its name\n"
         "      --version     show the version\n"
         "\n"
@@ -76,6 +78,8 @@ int CliApp::run(const QStringList& args, std::FILE* out, std::FILE* err)
             invocation.outputGiven = true;
         } else if (!optionsEnded && arg == QLatin1String("--json")) {
             invocation.json = true;
+        } else if (!optionsEnded && arg == QLatin1String("--dry-run")) {
+            invocation.dryRun = true;
         } else if (!optionsEnded && (arg == QLatin1String("--help") || arg == QLatin1String("-h"))) {
             wantHelp = true;
         } else if (!optionsEnded && arg == QLatin1String("--version")) {

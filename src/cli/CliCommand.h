@@ -21,6 +21,7 @@ struct CliInvocation {
     QString outputFolder;  // --output, else the storage folder of the preferences
     bool outputGiven = false;
     bool json = false;
+    bool dryRun = false;   // --dry-run: writing commands only say what they would change
     std::FILE* out = stdout;
     std::FILE* err = stderr;
 };

@@ -40,6 +40,15 @@ RevealHook CliReporter::revealHook()
     return hook;
 }
 
+CommandContext CliReporter::context()
+{
+    CommandContext c;
+    c.storageFolder = invocation_.outputFolder;
+    c.reveal = revealHook();
+    c.dryRun = invocation_.dryRun;
+    return c;
+}
+
 int CliReporter::report(const CommandResult& result)
 {
     if (invocation_.json) {
@@ -50,6 +59,15 @@ int CliReporter::report(const CommandResult& result)
         QJsonObject object{{QStringLiteral("written"), QJsonArray::fromStringList(result.written)},
                            {QStringLiteral("skipped"), skipped},
                            {QStringLiteral("notes"), QJsonArray::fromStringList(result.notes)}};
+        if (invocation_.dryRun) {
+            QJsonArray planned;
+            for (const PlannedChange& change : result.planned)
+                planned.append(QJsonObject{{QStringLiteral("file"), change.file},
+                                           {QStringLiteral("property"), change.property},
+                                           {QStringLiteral("before"), change.before},
+                                           {QStringLiteral("after"), change.after}});
+            object.insert(QStringLiteral("planned"), planned);
+        }
         if (result.alert)
             object.insert(QStringLiteral("alert"),
                           QJsonObject{{QStringLiteral("message"), result.alert->message},
@@ -57,6 +75,16 @@ int CliReporter::report(const CommandResult& result)
                                        result.alert->informativeText}});
         printJson(invocation_.out, object);
     } else {
+        QString lastFile;
+        for (const PlannedChange& change : result.planned) {
+            if (change.file != lastFile)
+                printLine(invocation_.out, change.file + QStringLiteral(" (dry run, not written)"));
+            lastFile = change.file;
+            printLine(invocation_.out, QStringLiteral("  %1: %2 -> %3")
+                                           .arg(change.property,
+                                                change.before.isEmpty() ? QStringLiteral("(none)") : change.before,
+                                                change.after.isEmpty() ? QStringLiteral("(removed)") : change.after));
+        }
         for (const QString& path : result.written) {
             if (!shown_.contains(path))
                 printLine(invocation_.out, path);

@@ -26,6 +26,8 @@ public:
     explicit CliReporter(const CliInvocation& invocation) : invocation_(invocation) {}
 
     RevealHook revealHook();
+    // The context every engine command of this invocation runs with.
+    CommandContext context();
     // Prints the result and answers the exit status it stands for.
     int report(const CommandResult& result);
 

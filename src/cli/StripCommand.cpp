@@ -65,10 +65,7 @@ int StripCommand::run(CliInvocation& invocation)
         return usageError(invocation, name(), QStringLiteral("give at least one file"));
 
     CliReporter reporter(invocation);
-    CommandContext context;
-    context.storageFolder = invocation.outputFolder;
-    context.reveal = reporter.revealHook();
-    return reporter.report(removePhotoMetadata(removal, selection, context));
+    return reporter.report(removePhotoMetadata(removal, selection, reporter.context()));
 }
 
 }  // namespace pelorin::cli

@@ -33,6 +33,8 @@ struct CommandContext {
     // Called as items finish, possibly from several worker threads at once.
     std::function<void(int done, int total)> progress;
     const std::atomic_bool* cancelled = nullptr;
+    // Plan only: report in the result what each file would get, and write nothing.
+    bool dryRun = false;
 
     bool isCancelled() const { return cancelled && cancelled->load(); }
     void report(int done, int total) const

@@ -6,6 +6,7 @@ void CommandResult::merge(const CommandResult& other)
 {
     written += other.written;
     skipped += other.skipped;
+    planned += other.planned;
     for (const QString& note : other.notes)
         noteOnce(note);
     if (!alert && other.alert)

@@ -8,6 +8,15 @@
 
 namespace pelorin {
 
+// One value a command changes (or, in a dry run, would change) in one file.
+struct PlannedChange {
+    QString file;
+    QString property;  // "{Exif}/DateTimeOriginal", "file modification date", ...
+    QString before;    // empty when the value did not exist
+    QString after;     // empty when the value is removed
+    friend bool operator==(const PlannedChange&, const PlannedChange&) = default;
+};
+
 // A mistake of the user's, shown with a single " Ok " button.
 struct Alert {
     QString message;
@@ -29,8 +38,13 @@ struct CommandResult {
     QList<SkippedItem> skipped;
     QStringList notes;
     std::optional<Alert> alert;
+    QList<PlannedChange> planned;  // filled in dry runs: what each file would get
 
     void addWritten(const QString& path) { written.append(path); }
+    void plan(const QString& file, const QString& property, const QString& before, const QString& after)
+    {
+        planned.append({file, property, before, after});
+    }
     void skip(const QString& path, const QString& reason) { skipped.append({path, reason}); }
     void noteOnce(const QString& note)
     {

@@ -71,7 +71,7 @@ CommandResult removePhotoMetadata(MetadataRemoval what, const PhotoSelection& se
         return result;
     }
     QString error;
-    if (!ensureFolder(context.storageFolder, &error)) {
+    if (!context.dryRun && !ensureFolder(context.storageFolder, &error)) {
         for (const IKImageItem& item : selection.items)
             result.skip(item.filePath, error);
         return result;
@@ -92,6 +92,7 @@ CommandResult removePhotoMetadata(MetadataRemoval what, const PhotoSelection& se
     std::atomic_int finished{0};
     PhotoWriteOptions options;
     options.durability = Durability::Deferred;  // one flush for the batch, below
+    options.dryRun = context.dryRun;
     parallelFor(total, [&](int i) {
         if (context.isCancelled())
             return;
@@ -106,7 +107,8 @@ CommandResult removePhotoMetadata(MetadataRemoval what, const PhotoSelection& se
         o.done = true;
         context.report(++finished, total);
     });
-    flushFileSystem(context.storageFolder);
+    if (!context.dryRun)
+        flushFileSystem(context.storageFolder);
 
     for (const Outcome& o : outcomes) {
         if (!o.done)
@@ -114,17 +116,18 @@ CommandResult removePhotoMetadata(MetadataRemoval what, const PhotoSelection& se
         if (o.missing) {
             result.skip(o.input, QStringLiteral("the camera photo has not been downloaded to the storage folder"));
         } else if (o.written.ok()) {
+            result.planned += o.written.planned;
             for (const QString& path : o.written.written)
                 result.addWritten(path);
             for (const QString& warning : o.written.warnings)
                 result.noteOnce(warning);
-            if (reveal == Reveal::EachFile)
+            if (reveal == Reveal::EachFile && !context.dryRun)
                 context.reveal.reveal(o.output);
         } else {
             result.skip(o.input, o.written.reason);
         }
     }
-    if (reveal == Reveal::FolderOnce)
+    if (reveal == Reveal::FolderOnce && !context.dryRun)
         context.reveal.open(context.storageFolder);
     return result;
 }

@@ -133,6 +133,55 @@ PhotoWriteResult copyWithSidecar(const QString& sourcePath, const PhotoFormat& f
     return result;
 }
 
+QString valueText(const QVariant& v)
+{
+    if (!v.isValid())
+        return {};
+    if (v.typeId() == QMetaType::QVariantList) {
+        QStringList parts;
+        for (const QVariant& item : v.toList())
+            parts << valueText(item);
+        return parts.join(QStringLiteral(", "));
+    }
+    if (v.typeId() == QMetaType::Double)
+        return QString::number(v.toDouble(), 'g', QLocale::FloatingPointShortest);
+    if (v.typeId() == QMetaType::QByteArray)
+        return QStringLiteral("<%1 bytes>").arg(v.toByteArray().size());
+    return v.toString();
+}
+
+// Each value the changes would alter, as the photo holds it now and as it would be.
+QList<PlannedChange> planChanges(const QString& output, const QVariantMap& current, const PhotoChanges& changes)
+{
+    QList<PlannedChange> planned;
+    if (changes.removeAllMetadata)
+        planned.append({output, QStringLiteral("all metadata"), QStringLiteral("present"), QString()});
+    for (auto it = changes.groups.cbegin(); it != changes.groups.cend(); ++it) {
+        const QVariant before = current.value(it.key());
+        if (it.value().isNull()) {
+            if (before.isValid())
+                planned.append({output, it.key(), QStringLiteral("%1 values").arg(before.toMap().size()), QString()});
+            continue;
+        }
+        if (it.value().typeId() != QMetaType::QVariantMap) {
+            if (!exiv2_model::sameValue(before, it.value()))
+                planned.append({output, it.key(), valueText(before), valueText(it.value())});
+            continue;
+        }
+        const QVariantMap was = before.toMap();
+        const QVariantMap now = it.value().toMap();
+        for (auto v = was.cbegin(); v != was.cend(); ++v) {
+            if (!now.contains(v.key()))
+                planned.append({output, it.key() + QLatin1Char('/') + v.key(), valueText(v.value()), QString()});
+        }
+        for (auto v = now.cbegin(); v != now.cend(); ++v) {
+            if (!was.contains(v.key()) || !exiv2_model::sameValue(was.value(v.key()), v.value()))
+                planned.append({output, it.key() + QLatin1Char('/') + v.key(), valueText(was.value(v.key())), valueText(v.value())});
+        }
+    }
+    return planned;
+}
+
 }  // namespace
 
 bool PhotoChanges::removesSomething() const
@@ -172,6 +221,12 @@ PhotoWriteResult CopyPhotoWithProperties(const QString& sourcePath, const PhotoC
         }
         if (replacement == SourceReplacement::Refuse && isSameFile(sourcePath, outputPath))
             return failed(QStringLiteral("%1 is the original file; an output never replaces it").arg(outputPath));
+        if (options.dryRun) {
+            PhotoWriteResult planned;
+            planned.outcome = Outcome::Planned;
+            planned.planned = planChanges(outputPath + QStringLiteral(".xmp"), readPhotoProperties(sourcePath).properties, changes);
+            return planned;
+        }
         try {
             return copyWithSidecar(sourcePath, format, changes, outputPath, options.durability);
         } catch (const std::exception& e) {
@@ -180,6 +235,11 @@ PhotoWriteResult CopyPhotoWithProperties(const QString& sourcePath, const PhotoC
     }
 
     PhotoWriteResult result;
+    if (options.dryRun) {
+        result.outcome = Outcome::Planned;
+        result.planned = planChanges(outputPath, readPhotoProperties(source, QFileInfo(sourcePath).suffix()).properties, changes);
+        return result;
+    }
     QByteArray rewritten;
     if (changes.isEmpty()) {
         rewritten = source;

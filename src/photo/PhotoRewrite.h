@@ -1,5 +1,6 @@
 #pragma once
 
+#include "model/CommandResult.h"
 #include "model/SafeOutput.h"
 
 #include <QByteArray>
@@ -30,16 +31,22 @@ enum class SourceReplacement {
 struct PhotoWriteOptions {
     SourceReplacement replacement = SourceReplacement::Refuse;
     Durability durability = Durability::FlushEach;  // Deferred in batches that flush once
+    bool dryRun = false;  // plan only: list each value before and after, write nothing
 };
 
 struct PhotoWriteResult {
-    enum class Outcome { Rewritten, CopiedWithSidecar, Skipped, Failed };
+    enum class Outcome { Rewritten, CopiedWithSidecar, Planned, Skipped, Failed };
     Outcome outcome = Outcome::Failed;
     QStringList written;   // the photo, and the sidecar when one was written
     QString reason;        // why the photo was skipped or failed, or what the sidecar stands for
     QStringList warnings;  // values that could not be written
+    QList<PlannedChange> planned;  // dry runs: each value before and after
 
-    bool ok() const { return outcome == Outcome::Rewritten || outcome == Outcome::CopiedWithSidecar; }
+    bool ok() const
+    {
+        return outcome == Outcome::Rewritten || outcome == Outcome::CopiedWithSidecar
+               || outcome == Outcome::Planned;
+    }
 };
 
 // Writes the source photo with its metadata changed to outputPath, through a temporary file and

@@ -136,6 +136,13 @@ TEST_F(CliTest, InfoAndStripWorkOnRealPhotos)
     EXPECT_FALSE(props.contains(QStringLiteral("{GPS}")));
     EXPECT_TRUE(props.contains(QStringLiteral("{IPTC}")));
     EXPECT_EQ(cli({QStringLiteral("strip"), QStringLiteral("everything"), photo}).exitCode, 2);
+
+    // A dry run says what would change and leaves the disk as it was.
+    const QString dry = home.filePath(QStringLiteral("dry"));
+    run = cli({QStringLiteral("--dry-run"), QStringLiteral("strip"), QStringLiteral("gps"), photo, QStringLiteral("-o"), dry});
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_TRUE(run.out.contains(QStringLiteral("{GPS}"))) << run.out.toStdString();
+    EXPECT_FALSE(QFileInfo::exists(dry));
 }
 
 }  // namespace

@@ -27,5 +27,10 @@ Alert invalidDateFormat()
             QStringLiteral("Input the valid date format: YYYY:MM:DD HH:MM:SS or YYYY-MM-DD HH:MM:SS")};
 }
 
+Alert valueError()
+{
+    return {QStringLiteral("Vaule Error"), QStringLiteral("Each value cannot be empty.")};
+}
+
 }  // namespace Alerts
 }  // namespace pelorin

@@ -65,6 +65,7 @@ struct CommandResult {
 namespace Alerts {
 Alert noSelection();        // "No Item has been selected"
 Alert invalidDateFormat();  // "Invalid date format"
+Alert valueError();         // "Vaule Error" / "Each value cannot be empty."
 }  // namespace Alerts
 
 }  // namespace pelorin

@@ -425,7 +425,48 @@ void applyChange(Metadata metadata, const QString& key, const QVariant& content,
     }
 }
 
-void syncXmpDateMirrors(Metadata metadata, const QVariantMap& propertiesBefore)
+namespace {
+
+void syncXmpGps(Metadata metadata, const QVariantMap& before, const QVariantMap& after)
+{
+    const QString gps = QStringLiteral("{GPS}");
+    if (sameValue(before.value(gps), after.value(gps)))
+        return;
+    bool hasXmpGps = false;
+    for (const Exiv2::Xmpdatum& d : metadata.xmp)
+        hasXmpGps = hasXmpGps || isGpsInXmp(QString::fromStdString(d.key()));
+    if (!hasXmpGps)
+        return;
+    deleteXmpWhere(metadata.xmp, isGpsInXmp);
+    // exiv2's own EXIF-to-XMP conversion, fed with the GPS values alone.
+    Exiv2::ExifData gpsOnly;
+    for (const Exiv2::Exifdatum& d : metadata.exif) {
+        if (d.groupName() == "GPSInfo")
+            gpsOnly.add(d);
+    }
+    Exiv2::XmpData converted;
+    Exiv2::copyExifToXmp(gpsOnly, converted);
+    for (const Exiv2::Xmpdatum& d : converted) {
+        if (isGpsInXmp(QString::fromStdString(d.key())))
+            metadata.xmp.add(d);
+    }
+}
+
+void syncXmpDates(Metadata metadata, const QVariantMap& propertiesBefore, const QVariantMap& after);
+
+}  // namespace
+
+void syncXmpMirrors(Metadata metadata, const QVariantMap& propertiesBefore)
+{
+    QVariantMap after;
+    readExif(metadata.exif, &after);
+    syncXmpDates(metadata, propertiesBefore, after);
+    syncXmpGps(metadata, propertiesBefore, after);
+}
+
+namespace {
+
+void syncXmpDates(Metadata metadata, const QVariantMap& propertiesBefore, const QVariantMap& after)
 {
     struct Mirror {
         const char* group;
@@ -437,8 +478,6 @@ void syncXmpDateMirrors(Metadata metadata, const QVariantMap& propertiesBefore)
         {"{Exif}", "DateTimeDigitized", {"Xmp.xmp.CreateDate", "Xmp.exif.DateTimeDigitized"}},
         {"{TIFF}", "DateTime", {"Xmp.xmp.ModifyDate", "Xmp.tiff.DateTime"}},
     };
-    QVariantMap after;
-    readExif(metadata.exif, &after);
     for (const Mirror& m : mirrors) {
         const QString group = QString::fromLatin1(m.group);
         const QString key = QString::fromLatin1(m.key);
@@ -468,6 +507,8 @@ void syncXmpDateMirrors(Metadata metadata, const QVariantMap& propertiesBefore)
         }
     }
 }
+
+}  // namespace
 
 void removeAll(Metadata metadata)
 {

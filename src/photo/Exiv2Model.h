@@ -33,9 +33,10 @@ bool isModelGroup(const QString& key);
 void applyChange(Metadata metadata, const QString& key, const QVariant& content,
                  QStringList* warnings);
 
-// After EXIF dates changed, sets the XMP properties that mirror them (where the photo has
-// them) to the same clock reading, keeping each one's time-zone suffix.
-void syncXmpDateMirrors(Metadata metadata, const QVariantMap& propertiesBefore);
+// After EXIF dates or GPS changed, sets the XMP properties that mirror them, where the photo
+// has them: the dates to the same clock reading (each keeping its time-zone suffix), the
+// exif:GPS* properties to the new GPS group.
+void syncXmpMirrors(Metadata metadata, const QVariantMap& propertiesBefore);
 
 // Removes every piece of metadata but the orientation.
 void removeAll(Metadata metadata);

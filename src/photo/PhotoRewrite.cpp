@@ -46,9 +46,9 @@ void applyAll(exiv2_model::Metadata metadata, const PhotoChanges& changes, QStri
     exiv2_model::readExif(metadata.exif, &before);
     for (auto it = changes.groups.cbegin(); it != changes.groups.cend(); ++it)
         exiv2_model::applyChange(metadata, it.key(), it.value(), warnings);
-    // Dates the caller set in XMP itself are the caller's; otherwise XMP follows EXIF.
+    // Values the caller set in XMP itself are the caller's; otherwise XMP follows EXIF.
     if (!changes.groups.contains(QStringLiteral("{XMP}")))
-        exiv2_model::syncXmpDateMirrors(metadata, before);
+        exiv2_model::syncXmpMirrors(metadata, before);
 }
 
 // The changed values of the request only, against what the photo holds now: a sidecar records

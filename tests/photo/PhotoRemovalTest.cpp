@@ -208,6 +208,7 @@ TEST_F(PhotoRemovalTest, ChangesToKindsThatCannotBeRewrittenGoToASidecar)
 TEST_F(PhotoRemovalTest, ReplacingAGroupChangesOnlyWhatDiffersAndKeepsMakerNotes)
 {
     const QString source = copyOf(QStringLiteral("et-Canon_1DmkIII.jpg"));
+    ASSERT_TRUE(test::exiftoolWrite(source, {QStringLiteral("-XMP-exif:GPSLatitude=1.5"), QStringLiteral("-XMP-exif:GPSLongitude=2.5")}));
     const QJsonObject before = exiftool(source);
     ASSERT_FALSE(tagsOf(before, {QStringLiteral("Canon:")}).isEmpty());
     PhotoChanges changes;
@@ -228,6 +229,9 @@ TEST_F(PhotoRemovalTest, ReplacingAGroupChangesOnlyWhatDiffersAndKeepsMakerNotes
     EXPECT_EQ(after.value(QStringLiteral("GPS:GPSAltitudeRef")).toInt(), 1);
     EXPECT_EQ(after.value(QStringLiteral("GPS:GPSVersionID")).toString(), QStringLiteral("2 2 0 0"));
     EXPECT_EQ(after.value(QStringLiteral("GPS:GPSTimeStamp")).toString(), QStringLiteral("10:20:30"));
+    // The XMP copy of the location follows the new GPS group.
+    EXPECT_NEAR(after.value(QStringLiteral("XMP-exif:GPSLatitude")).toDouble(), -33.45, 1e-6);
+    EXPECT_NEAR(after.value(QStringLiteral("XMP-exif:GPSLongitude")).toDouble(), -70.66, 1e-6);
     for (const QString& group : {QStringLiteral("Canon:"), QStringLiteral("ExifIFD:"), QStringLiteral("IFD0:")}) {
         const QJsonObject wanted = tagsOf(before, {group});
         EXPECT_EQ(tagsOf(after, {group}), wanted) << group.toStdString();

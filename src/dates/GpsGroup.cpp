@@ -1,0 +1,48 @@
+#include "dates/GpsGroup.h"
+
+#include <cmath>
+
+namespace pelorin {
+namespace {
+
+std::optional<double> number(const QString& text)
+{
+    bool ok = false;
+    const double value = text.trimmed().toDouble(&ok);
+    if (!ok || !std::isfinite(value))
+        return std::nullopt;
+    return value;
+}
+
+}  // namespace
+
+GpsGroupResult buildGpsGroup(const GpsInput& input)
+{
+    GpsGroupResult result;
+    const auto latitude = number(input.latitude);
+    const auto longitude = number(input.longitude);
+    const auto altitude = number(input.altitude);
+    if (!latitude || !longitude || !altitude || std::fabs(*latitude) > 90.0 || std::fabs(*longitude) > 180.0) {
+        result.alert = Alerts::valueError();
+        return result;
+    }
+    QVariantMap& g = result.group;
+    g.insert(QStringLiteral("Latitude"), std::fabs(*latitude));
+    g.insert(QStringLiteral("LatitudeRef"), *latitude < 0 ? QStringLiteral("S") : QStringLiteral("N"));
+    g.insert(QStringLiteral("Longitude"), std::fabs(*longitude));
+    g.insert(QStringLiteral("LongitudeRef"), *longitude < 0 ? QStringLiteral("W") : QStringLiteral("E"));
+    g.insert(QStringLiteral("Altitude"), std::fabs(*altitude));
+    g.insert(QStringLiteral("AltitudeRef"), qlonglong(*altitude < 0 ? 1 : 0));
+    g.insert(QStringLiteral("GPSVersion"), QVariantList{2, 2, 0, 0});
+    g.insert(QStringLiteral("SpeedRef"), QStringLiteral("K"));
+    g.insert(QStringLiteral("Speed"), 0.0);
+    g.insert(QStringLiteral("TrackRef"), QStringLiteral("T"));
+    g.insert(QStringLiteral("Track"), 0.0);
+    if (!input.dateStamp.trimmed().isEmpty())
+        g.insert(QStringLiteral("DateStamp"), input.dateStamp.trimmed());
+    if (!input.timeStamp.trimmed().isEmpty())
+        g.insert(QStringLiteral("TimeStamp"), input.timeStamp.trimmed());
+    return result;
+}
+
+}  // namespace pelorin

@@ -1,10 +1,17 @@
 #include "cli/CliApp.h"
 
+#include "cli/ApplyCommand.h"
 #include "cli/CliOutput.h"
+#include "cli/CopyDateCommand.h"
 #include "cli/ExifSegmentsCommand.h"
+#include "cli/ExportPlistCommand.h"
+#include "cli/GpsCommand.h"
+#include "cli/ImportPlistCommand.h"
 #include "cli/InfoCommand.h"
 #include "cli/KindsCommand.h"
 #include "cli/PrefsCommand.h"
+#include "cli/SetDateCommand.h"
+#include "cli/ShiftDatesCommand.h"
 #include "cli/StripCommand.h"
 #include "cli/ThumbnailCommand.h"
 #include "model/Preferences.h"
@@ -128,10 +135,17 @@ int CliApp::run(const QStringList& args, std::FILE* out, std::FILE* err)
 std::unique_ptr<CliApp> makeCliApp()
 {
     auto app = std::make_unique<CliApp>();
+    app->add(std::make_unique<ApplyCommand>());
+    app->add(std::make_unique<CopyDateCommand>());
     app->add(std::make_unique<ExifSegmentsCommand>());
+    app->add(std::make_unique<ExportPlistCommand>());
+    app->add(std::make_unique<GpsCommand>());
+    app->add(std::make_unique<ImportPlistCommand>());
     app->add(std::make_unique<InfoCommand>());
     app->add(std::make_unique<KindsCommand>());
     app->add(std::make_unique<PrefsCommand>());
+    app->add(std::make_unique<SetDateCommand>());
+    app->add(std::make_unique<ShiftDatesCommand>());
     app->add(std::make_unique<StripCommand>());
     app->add(std::make_unique<ThumbnailCommand>());
     return app;

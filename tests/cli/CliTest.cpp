@@ -3,6 +3,7 @@
 #include <QJsonObject>
 #include <QProcess>
 #include <QProcessEnvironment>
+#include <QFile>
 #include <QFileInfo>
 #include <QTemporaryDir>
 
@@ -143,6 +144,45 @@ TEST_F(CliTest, InfoAndStripWorkOnRealPhotos)
     EXPECT_EQ(run.exitCode, 0);
     EXPECT_TRUE(run.out.contains(QStringLiteral("{GPS}"))) << run.out.toStdString();
     EXPECT_FALSE(QFileInfo::exists(dry));
+}
+
+TEST_F(CliTest, DateGpsAndPropertyListCommandsWriteIntoTheOutputFolder)
+{
+    const QString photo = QStringLiteral(PELORIN_TEST_DATA_DIR "/et-GPS.jpg");
+    const QString out = home.filePath(QStringLiteral("out"));
+    auto json = [&](const QString& file) {
+        return QJsonDocument::fromJson(cli({QStringLiteral("info"), QStringLiteral("--json"), file}).out.toUtf8())
+            .array()[0].toObject()[QStringLiteral("properties")].toObject();
+    };
+
+    CliRun run = cli({QStringLiteral("shift-dates"), QStringLiteral("--by"), QStringLiteral("1d 2h"), photo, QStringLiteral("-o"), out});
+    ASSERT_EQ(run.exitCode, 0) << run.err.toStdString();
+    EXPECT_EQ(json(out + QStringLiteral("/et-GPS.jpg"))[QStringLiteral("{Exif}")].toObject()[QStringLiteral("DateTimeOriginal")].toString(),
+              QStringLiteral("2002:07:14 17:58:28"));
+    EXPECT_EQ(cli({QStringLiteral("shift-dates"), QStringLiteral("--by"), QStringLiteral("3 fortnights"), photo}).exitCode, 2);
+
+    run = cli({QStringLiteral("gps"), QStringLiteral("set"), QStringLiteral("--lat"), QStringLiteral("-33.45"), QStringLiteral("--lon"),
+               QStringLiteral("-70.66"), QStringLiteral("--alt"), QStringLiteral("-5"), photo, QStringLiteral("-o"), out});
+    ASSERT_EQ(run.exitCode, 0) << run.err.toStdString();
+    const QJsonObject gps = json(out + QStringLiteral("/et-GPS.jpg"))[QStringLiteral("{GPS}")].toObject();
+    EXPECT_EQ(gps[QStringLiteral("LatitudeRef")].toString(), QStringLiteral("S"));
+    EXPECT_EQ(gps[QStringLiteral("AltitudeRef")].toInt(), 1);
+    EXPECT_EQ(cli({QStringLiteral("gps"), QStringLiteral("set"), QStringLiteral("--lat"), QStringLiteral("95"), QStringLiteral("--lon"),
+                   QStringLiteral("1"), QStringLiteral("--alt"), QStringLiteral("1"), photo, QStringLiteral("-o"), out}).exitCode, 2);
+
+    ASSERT_EQ(cli({QStringLiteral("export-plist"), QStringLiteral("tiff"), photo, QStringLiteral("-o"), out}).exitCode, 0);
+    const QString plist = out + QStringLiteral("/ExportTiffInfo.plist");
+    EXPECT_TRUE(QFileInfo::exists(plist));
+    const QString other = home.filePath(QStringLiteral("other.jpg"));
+    QFile::copy(QStringLiteral(PELORIN_TEST_DATA_DIR "/exiv2-FurnaceCreekInn_gps.jpg"), other);
+    run = cli({QStringLiteral("--dry-run"), QStringLiteral("import-plist"), QStringLiteral("tiff"), plist, other,
+               QStringLiteral("-o"), home.filePath(QStringLiteral("dry"))});
+    EXPECT_EQ(run.exitCode, 0) << run.err.toStdString();
+    EXPECT_TRUE(run.out.contains(QStringLiteral("{TIFF}/Make"))) << run.out.toStdString();
+    EXPECT_FALSE(QFileInfo::exists(home.filePath(QStringLiteral("dry"))));
+    ASSERT_EQ(cli({QStringLiteral("import-plist"), QStringLiteral("tiff"), plist, other, QStringLiteral("-o"), out}).exitCode, 0);
+    EXPECT_EQ(json(out + QStringLiteral("/other.jpg"))[QStringLiteral("{TIFF}")].toObject()[QStringLiteral("Make")].toString(),
+              QStringLiteral("FUJIFILM"));
 }
 
 }  // namespace

@@ -1,0 +1,115 @@
+// Shifting every date of a batch of real JPEGs by one hour, against exiftool's batch mode and a
+// plain cp of the same files, in one run. Prints the ratios.
+//
+//   build/bench/date_shift_bench [COPIES] [SAMPLE_FOLDER...]
+// COPIES (default 300) files are made from the JPEGs of the sample folders (default tests/data
+// and, when present, ../shared/fixtures/photo) that carry an EXIF date.
+#include "dates/PhotoDateShift.h"
+#include "photo/PhotoProperties.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QGuiApplication>
+#include <QProcess>
+#include <QTemporaryDir>
+
+#include <cstdio>
+
+using namespace pelorin;
+
+namespace {
+
+double seconds(QElapsedTimer& t) { return t.nsecsElapsed() / 1e9; }
+
+void syncDisks() { QProcess::execute(QStringLiteral("sync"), {}); }
+
+bool hasExifDate(const QString& path)
+{
+    const PhotoProperties read = readPhotoProperties(path);
+    return read.ok() && read.properties.value(QStringLiteral("{Exif}")).toMap().contains(QStringLiteral("DateTimeOriginal"));
+}
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    QGuiApplication app(argc, argv);
+    const int copies = argc > 1 ? std::atoi(argv[1]) : 300;
+    QStringList folders;
+    for (int i = 2; i < argc; ++i)
+        folders << QString::fromLocal8Bit(argv[i]);
+    if (folders.isEmpty())
+        folders << QStringLiteral(PELORIN_SOURCE_DIR "/tests/data") << QStringLiteral(PELORIN_SOURCE_DIR "/../shared/fixtures/photo");
+
+    QStringList samples;
+    for (const QString& folder : folders) {
+        for (const QString& name : QDir(folder).entryList({QStringLiteral("*.jpg")}, QDir::Files)) {
+            const QString path = QDir(folder).filePath(name);
+            if (hasExifDate(path))
+                samples << path;
+        }
+    }
+    if (samples.isEmpty() || copies <= 0) {
+        std::fprintf(stderr, "no sample JPEGs with EXIF dates found\n");
+        return 1;
+    }
+    QTemporaryDir root;
+    QDir dir(root.path());
+    for (const char* sub : {"src", "ours", "exiftool", "cp"})
+        dir.mkdir(QString::fromLatin1(sub));
+    QStringList files;
+    qint64 bytes = 0;
+    PhotoSelection selection;
+    for (int i = 0; i < copies; ++i) {
+        const QString sample = samples[i % samples.size()];
+        const QString path = dir.filePath(QStringLiteral("src/%1_%2").arg(i).arg(QFileInfo(sample).fileName()));
+        QFile::copy(sample, path);
+        files << path;
+        bytes += QFileInfo(path).size();
+        IKImageItem item;
+        item.filePath = path;
+        item.fileName = QFileInfo(path).fileName();
+        selection.items << item;
+    }
+    syncDisks();
+    std::printf("%d JPEG files (%.1f MB) made from %lld samples with EXIF dates\n\n", copies, bytes / 1e6,
+                qlonglong(samples.size()));
+
+    CommandContext context;
+    context.storageFolder = dir.filePath(QStringLiteral("ours"));
+    BatchDateRequest request;
+    request.span.hours = 1;
+    request.add = true;
+    QElapsedTimer t;
+    t.start();
+    const CommandResult result = shiftPhotoDates(selection, request, context);
+    syncDisks();
+    const double ours = seconds(t);
+
+    t.restart();
+    QProcess exiftool;
+    exiftool.setStandardOutputFile(QProcess::nullDevice());
+    exiftool.start(QStringLiteral("exiftool"),
+                   QStringList{QStringLiteral("-q"), QStringLiteral("-m"), QStringLiteral("-AllDates+=1"), QStringLiteral("-o"),
+                               dir.filePath(QStringLiteral("exiftool")) + QLatin1Char('/')}
+                       + files);
+    exiftool.waitForFinished(-1);
+    syncDisks();
+    const double peer = seconds(t);
+
+    t.restart();
+    QProcess::execute(QStringLiteral("cp"), files + QStringList{dir.filePath(QStringLiteral("cp"))});
+    const double cp = seconds(t);
+    syncDisks();
+    const double cpSync = seconds(t);
+
+    std::printf("Date shift by one hour (%lld written, %lld skipped)\n", qlonglong(result.written.size()),
+                qlonglong(result.skipped.size()));
+    std::printf("  ours (engine batch, flushed once)  %8.3f s\n", ours);
+    std::printf("  exiftool -AllDates+=1 -o (one run) %8.3f s   ratio exiftool/ours %6.2f\n", peer, peer / ours);
+    std::printf("  cp                                 %8.3f s   ratio ours/cp       %6.2f\n", cp, ours / cp);
+    std::printf("  cp + sync                          %8.3f s   ratio ours/cp+sync  %6.2f\n", cpSync, ours / cpSync);
+    return result.skipped.isEmpty() ? 0 : 1;
+}

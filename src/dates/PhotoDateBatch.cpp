@@ -1,0 +1,142 @@
+#include "dates/PhotoDateBatch.h"
+
+#include "model/ParallelFor.h"
+#include "model/SafeOutput.h"
+#include "photo/PhotoProperties.h"
+
+#include <QFileInfo>
+
+#include <atomic>
+#include <vector>
+
+namespace pelorin {
+
+CommandResult runDateBatch(const PhotoSelection& selection, const CommandContext& context,
+                           const DatePhotoWork& work)
+{
+    CommandResult result;
+    if (selection.items.isEmpty()) {
+        result.alert = Alerts::noSelection();
+        return result;
+    }
+    QString error;
+    if (!context.dryRun && !ensureFolder(context.storageFolder, &error)) {
+        for (const IKImageItem& item : selection.items)
+            result.skip(item.filePath, error);
+        return result;
+    }
+    const bool camera = selection.source == PhotoSource::Camera;
+    const int total = int(selection.items.size());
+    struct Outcome {
+        DatePhoto photo;
+        CommandResult result;
+        bool done = false;
+    };
+    std::vector<Outcome> outcomes(static_cast<size_t>(total));
+    std::atomic_int finished{0};
+    parallelFor(total, [&](int i) {
+        if (context.isCancelled())
+            return;
+        const IKImageItem& item = selection.items[i];
+        Outcome& o = outcomes[size_t(i)];
+        o.photo.item = &item;
+        o.photo.output = storageOutputPath(context.storageFolder, item.fileName);
+        o.photo.input = camera ? o.photo.output : item.filePath;
+        o.photo.inPlace = camera;
+        if (camera && !QFileInfo::exists(o.photo.input))
+            o.result.skip(o.photo.input, QStringLiteral("the camera photo has not been downloaded to the storage folder"));
+        else
+            work(o.photo, o.result);
+        o.done = true;
+        context.report(++finished, total);
+    });
+    if (!context.dryRun)
+        flushFileSystem(context.storageFolder);
+
+    for (const Outcome& o : outcomes) {
+        if (!o.done)
+            continue;  // cancelled before it started
+        result.merge(o.result);
+        if (!camera && !context.dryRun && o.result.written.contains(o.photo.output))
+            context.reveal.reveal(o.photo.output);
+    }
+    if (camera && !context.dryRun && !result.written.isEmpty())
+        context.reveal.open(context.storageFolder);
+    return result;
+}
+
+PhotoChanges dateChanges(const QVariantMap& properties, const PhotoDateValues& values)
+{
+    PhotoChanges changes;
+    const QString exifKey = QStringLiteral("{Exif}");
+    const QString tiffKey = QStringLiteral("{TIFF}");
+    if (values.original || values.digitized) {
+        QVariantMap exif = properties.value(exifKey).toMap();
+        if (values.original)
+            exif.insert(QStringLiteral("DateTimeOriginal"), *values.original);
+        if (values.digitized)
+            exif.insert(QStringLiteral("DateTimeDigitized"), *values.digitized);
+        changes.groups.insert(exifKey, exif);
+    }
+    if (values.modified && (values.createTiffGroup || properties.contains(tiffKey))) {
+        QVariantMap tiff = properties.value(tiffKey).toMap();
+        tiff.insert(QStringLiteral("DateTime"), *values.modified);
+        changes.groups.insert(tiffKey, tiff);
+    }
+    return changes;
+}
+
+bool writePhotoChanges(const DatePhoto& photo, const PhotoChanges& changes,
+                       const CommandContext& context, CommandResult& result)
+{
+    PhotoWriteOptions options;
+    options.replacement = photo.inPlace ? SourceReplacement::Allow : SourceReplacement::Refuse;
+    options.durability = Durability::Deferred;  // the batch flushes once
+    options.dryRun = context.dryRun;
+    const PhotoWriteResult written = CopyPhotoWithProperties(photo.input, changes, photo.output, options);
+    if (!written.ok()) {
+        result.skip(photo.input, written.reason);
+        return false;
+    }
+    result.planned += written.planned;
+    for (const QString& path : written.written)
+        result.addWritten(path);
+    for (const QString& warning : written.warnings)
+        result.noteOnce(warning);
+    if (written.outcome == PhotoWriteResult::Outcome::CopiedWithSidecar)
+        result.noteOnce(written.reason);
+    return true;
+}
+
+bool copyPhotoUnchanged(const DatePhoto& photo, const CommandContext& context, CommandResult& result)
+{
+    if (context.dryRun) {
+        if (QFileInfo::exists(photo.input))
+            return true;
+        result.skip(photo.input, QStringLiteral("the file does not exist"));
+        return false;
+    }
+    if (photo.inPlace) {
+        result.addWritten(photo.output);  // the copy is the file itself; its dates still change
+        return true;
+    }
+    QString error;
+    if (!copyFileAtomically(photo.input, photo.output, &error, Durability::Deferred)) {
+        result.skip(photo.input, error);
+        return false;
+    }
+    result.addWritten(photo.output);
+    return true;
+}
+
+std::optional<QVariantMap> readDatePhoto(const DatePhoto& photo, CommandResult& result)
+{
+    PhotoProperties read = readPhotoProperties(photo.input);
+    if (!read.ok()) {
+        result.skip(photo.input, read.error);
+        return std::nullopt;
+    }
+    return std::move(read.properties);
+}
+
+}  // namespace pelorin

@@ -77,8 +77,9 @@ void addImageFacts(const QByteArray& bytes, PhotoProperties* info)
             p.insert(QStringLiteral("PixelHeight"), qlonglong(size.height()));
         }
     }
-    const QImage::Format format = reader.imageFormat();
-    if (format != QImage::Format_Invalid) {
+    // A damaged header can leave the decoder's answer unset: only a real format is used.
+    const QImage::Format format = reader.canRead() ? reader.imageFormat() : QImage::Format_Invalid;
+    if (format > QImage::Format_Invalid && format < QImage::NImageFormats) {
         const QPixelFormat pixel = QImage::toPixelFormat(format);
         p.insert(QStringLiteral("HasAlpha"), pixel.alphaUsage() == QPixelFormat::UsesAlpha);
         const bool gray = format == QImage::Format_Grayscale8 || format == QImage::Format_Grayscale16

@@ -1,5 +1,6 @@
 #include "dates/ApplyToSelection.h"
 
+#include "model/PhotoBatch.h"
 #include "model/OutputDates.h"
 #include "model/ParallelFor.h"
 #include "model/SafeOutput.h"
@@ -15,16 +16,8 @@ CommandResult applyToSelection(const PhotoSelection& selection, const PhotoChang
                                const CommandContext& context, const QDateTime& outputDate)
 {
     CommandResult result;
-    if (selection.items.isEmpty()) {
-        result.alert = Alerts::noSelection();
+    if (!startPhotoBatch(selection, context, result))
         return result;
-    }
-    QString error;
-    if (!context.dryRun && !ensureFolder(context.storageFolder, &error)) {
-        for (const IKImageItem& item : selection.items)
-            result.skip(item.filePath, error);
-        return result;
-    }
     const bool camera = selection.source == PhotoSource::Camera;
     const int total = int(selection.items.size());
 

@@ -1,5 +1,6 @@
 #include "dates/PhotoDateBatch.h"
 
+#include "model/PhotoBatch.h"
 #include "model/ParallelFor.h"
 #include "model/SafeOutput.h"
 #include "photo/PhotoProperties.h"
@@ -15,16 +16,8 @@ CommandResult runDateBatch(const PhotoSelection& selection, const CommandContext
                            const DatePhotoWork& work)
 {
     CommandResult result;
-    if (selection.items.isEmpty()) {
-        result.alert = Alerts::noSelection();
+    if (!startPhotoBatch(selection, context, result))
         return result;
-    }
-    QString error;
-    if (!context.dryRun && !ensureFolder(context.storageFolder, &error)) {
-        for (const IKImageItem& item : selection.items)
-            result.skip(item.filePath, error);
-        return result;
-    }
     const bool camera = selection.source == PhotoSource::Camera;
     const int total = int(selection.items.size());
     struct Outcome {

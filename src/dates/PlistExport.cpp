@@ -1,5 +1,6 @@
 #include "dates/PlistExport.h"
 
+#include "model/PhotoBatch.h"
 #include "dates/PlistExportFile.h"
 #include "model/ParallelFor.h"
 #include "model/PropertyList.h"
@@ -60,13 +61,12 @@ CommandResult exportPhotoPlist(PlistExport what, const PhotoSelection& selection
         result.alert = Alerts::noSelection();
         return result;
     }
-    const bool camera = selection.source == PhotoSource::Camera;
     const int total = int(selection.items.size());
     std::vector<PhotoProperties> read(static_cast<size_t>(total));
     std::vector<QString> paths(static_cast<size_t>(total));
     parallelFor(total, [&](int i) {
         const IKImageItem& item = selection.items[i];
-        paths[size_t(i)] = camera ? storageOutputPath(context.storageFolder, item.fileName) : item.filePath;
+        paths[size_t(i)] = photoInputPath(item, selection.source, context.storageFolder);
         read[size_t(i)] = readPhotoProperties(paths[size_t(i)]);
     });
 

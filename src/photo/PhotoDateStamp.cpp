@@ -1,5 +1,6 @@
 #include "photo/PhotoDateStamp.h"
 
+#include "model/PhotoBatch.h"
 #include "model/DateText.h"
 #include "model/FileDates.h"
 #include "model/LocalTime.h"
@@ -70,22 +71,14 @@ CommandResult stampPhotoDates(const PhotoSelection& selection, const DateStampSt
                               const CommandContext& context)
 {
     CommandResult result;
-    if (selection.items.isEmpty()) {
-        result.alert = Alerts::noSelection();
+    if (!startPhotoBatch(selection, context, result))
         return result;
-    }
-    QString error;
-    if (!context.dryRun && !ensureFolder(context.storageFolder, &error)) {
-        for (const IKImageItem& item : selection.items)
-            result.skip(item.filePath, error);
-        return result;
-    }
-    const bool camera = selection.source == PhotoSource::Camera;
     for (qsizetype i = 0; i < selection.items.size(); ++i) {
         if (context.isCancelled())
             break;
         const IKImageItem& item = selection.items[i];
-        const QString input = camera ? storageOutputPath(context.storageFolder, item.fileName) : item.filePath;
+        const QString input = photoInputPath(item, selection.source, context.storageFolder);
+        QString error;
         const QImage upright = decodeUprightPhoto(input, &error);
         const auto date = upright.isNull() ? std::nullopt : captureDate(input);
         if (upright.isNull() || !date) {

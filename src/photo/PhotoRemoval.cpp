@@ -1,5 +1,6 @@
 #include "photo/PhotoRemoval.h"
 
+#include "model/PhotoBatch.h"
 #include "model/ParallelFor.h"
 #include "model/SafeOutput.h"
 #include "photo/PhotoRewrite.h"
@@ -66,16 +67,8 @@ CommandResult removePhotoMetadata(MetadataRemoval what, const PhotoSelection& se
                                   const CommandContext& context)
 {
     CommandResult result;
-    if (selection.items.isEmpty()) {
-        result.alert = Alerts::noSelection();
+    if (!startPhotoBatch(selection, context, result))
         return result;
-    }
-    QString error;
-    if (!context.dryRun && !ensureFolder(context.storageFolder, &error)) {
-        for (const IKImageItem& item : selection.items)
-            result.skip(item.filePath, error);
-        return result;
-    }
     const PhotoChanges changes = changesFor(what);
     const Reveal reveal = revealFor(what, selection.source);
     const bool camera = selection.source == PhotoSource::Camera;
@@ -98,7 +91,7 @@ CommandResult removePhotoMetadata(MetadataRemoval what, const PhotoSelection& se
             return;
         const IKImageItem& item = selection.items[i];
         Outcome& o = outcomes[size_t(i)];
-        o.input = camera ? storageOutputPath(context.storageFolder, item.fileName) : item.filePath;
+        o.input = photoInputPath(item, selection.source, context.storageFolder);
         o.output = storageOutputPath(context.storageFolder, item.fileName,
                                      camera ? cameraOutputPrefix(what) : QString());
         o.missing = camera && !QFileInfo::exists(o.input);

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "model/CommandContext.h"
+#include "model/CommandResult.h"
+#include "model/PhotoSelection.h"
+
+namespace pelorin {
+
+// The start every photo command shares: an empty selection raises the "No Item has been
+// selected" alert, and a storage folder that cannot be made skips every photo with the reason
+// (a dry run makes no folder). False when there is nothing to do.
+bool startPhotoBatch(const PhotoSelection& selection, const CommandContext& context, CommandResult& result);
+
+// Where a selected photo is read from: its own file, or for a camera photo the copy that was
+// downloaded into the storage folder under its name.
+QString photoInputPath(const IKImageItem& item, PhotoSource source, const QString& storageFolder);
+
+}  // namespace pelorin

@@ -1,6 +1,7 @@
 #include "cli/ApplyCommand.h"
 
 #include "cli/CliOutput.h"
+#include "model/PhotoBatch.h"
 #include "dates/EditorApply.h"
 #include "model/FileDates.h"
 #include "model/SafeOutput.h"
@@ -132,12 +133,9 @@ int ApplyCommand::run(CliInvocation& invocation)
     for (const QString& file : files) {
         PhotoSelection one;
         one.source = source;
-        IKImageItem item;
-        item.filePath = QFileInfo(file).absoluteFilePath();
-        item.fileName = QFileInfo(file).fileName();
+        const IKImageItem item = itemFromArgument(file);
         one.items << item;
-        const QString input = source == PhotoSource::Camera ? storageOutputPath(context.storageFolder, item.fileName)
-                                                            : item.filePath;
+        const QString input = photoInputPath(item, source, context.storageFolder);
         const PhotoProperties photo = readPhotoProperties(input);
         if (!photo.ok()) {
             result.skip(input, photo.error);

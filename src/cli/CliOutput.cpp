@@ -1,5 +1,6 @@
 #include "cli/CliOutput.h"
 
+#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -19,6 +20,14 @@ void printJson(std::FILE* stream, const QJsonValue& value)
                                                    : QJsonDocument(value.toObject());
     const QByteArray bytes = document.toJson(QJsonDocument::Indented);
     std::fwrite(bytes.constData(), 1, static_cast<size_t>(bytes.size()), stream);
+}
+
+IKImageItem itemFromArgument(const QString& path)
+{
+    IKImageItem item;
+    item.filePath = QFileInfo(path).absoluteFilePath();
+    item.fileName = QFileInfo(path).fileName();
+    return item;
 }
 
 int usageError(const CliInvocation& invocation, const QString& command, const QString& message)

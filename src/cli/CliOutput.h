@@ -3,6 +3,7 @@
 #include "cli/CliCommand.h"
 #include "model/CommandContext.h"
 #include "model/CommandResult.h"
+#include "model/IKImageItem.h"
 
 #include <QJsonValue>
 #include <QSet>
@@ -13,6 +14,9 @@ namespace pelorin::cli {
 void printLine(std::FILE* stream, const QString& text);
 // Prints a JSON object or array (scripts read this output).
 void printJson(std::FILE* stream, const QJsonValue& value);
+
+// The record of a file named on the command line (absolute path, and its name).
+IKImageItem itemFromArgument(const QString& path);
 
 // Reports a usage error with a pointer to the command's help, and answers ExitUsage.
 int usageError(const CliInvocation& invocation, const QString& command, const QString& message);

@@ -95,10 +95,7 @@ int ExportPlistCommand::run(CliInvocation& invocation)
         }
         if (arg.startsWith(QLatin1String("--")))
             return usageError(invocation, name(), QStringLiteral("unknown option '%1'").arg(arg));
-        IKImageItem item;
-        item.filePath = QFileInfo(arg).absoluteFilePath();
-        item.fileName = QFileInfo(arg).fileName();
-        selection.items << item;
+        selection.items << itemFromArgument(arg);
     }
     if (selection.items.isEmpty())
         return usageError(invocation, name(), QStringLiteral("give at least one file"));

@@ -44,10 +44,7 @@ PhotoSelection dateCommandSelection(const DateCommandArgs& args)
     if (args.flags.contains(QStringLiteral("--camera")))
         selection.source = PhotoSource::Camera;
     for (const QString& file : args.files) {
-        IKImageItem item;
-        item.filePath = QFileInfo(file).absoluteFilePath();
-        item.fileName = QFileInfo(file).fileName();
-        selection.items << item;
+        selection.items << itemFromArgument(file);
     }
     return selection;
 }

@@ -85,10 +85,7 @@ int StampDatesCommand::run(CliInvocation& invocation)
         } else if (arg.startsWith(QLatin1String("--"))) {
             return usageError(invocation, name(), QStringLiteral("unknown option '%1'").arg(arg));
         } else {
-            IKImageItem item;
-            item.filePath = QFileInfo(arg).absoluteFilePath();
-            item.fileName = QFileInfo(arg).fileName();
-            selection.items << item;
+            selection.items << itemFromArgument(arg);
         }
     }
     if (selection.items.isEmpty())

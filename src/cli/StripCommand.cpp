@@ -56,10 +56,7 @@ int StripCommand::run(CliInvocation& invocation)
             selection.source = PhotoSource::Camera;
             continue;
         }
-        IKImageItem item;
-        item.filePath = QFileInfo(arg).absoluteFilePath();
-        item.fileName = QFileInfo(arg).fileName();
-        selection.items << item;
+        selection.items << itemFromArgument(arg);
     }
     if (selection.items.isEmpty())
         return usageError(invocation, name(), QStringLiteral("give at least one file"));

@@ -1,6 +1,7 @@
 #include "cli/CliApp.h"
 
 #include "cli/ApplyCommand.h"
+#include "cli/ArtworkCommand.h"
 #include "cli/CliOutput.h"
 #include "cli/CopyDateCommand.h"
 #include "cli/ExifSegmentsCommand.h"
@@ -9,13 +10,16 @@
 #include "cli/ImportPlistCommand.h"
 #include "cli/InfoCommand.h"
 #include "cli/KindsCommand.h"
+#include "cli/MediaMetadataCommand.h"
 #include "cli/PrefsCommand.h"
 #include "cli/RecompressPhotosCommand.h"
 #include "cli/SetDateCommand.h"
 #include "cli/StampDatesCommand.h"
 #include "cli/ShiftDatesCommand.h"
 #include "cli/StripCommand.h"
+#include "cli/TagsCommand.h"
 #include "cli/ThumbnailCommand.h"
+#include "cli/VideoCommand.h"
 #include "model/Preferences.h"
 
 #include <QDir>
@@ -138,6 +142,7 @@ std::unique_ptr<CliApp> makeCliApp()
 {
     auto app = std::make_unique<CliApp>();
     app->add(std::make_unique<ApplyCommand>());
+    app->add(std::make_unique<ArtworkCommand>());
     app->add(std::make_unique<CopyDateCommand>());
     app->add(std::make_unique<ExifSegmentsCommand>());
     app->add(std::make_unique<ExportPlistCommand>());
@@ -145,13 +150,16 @@ std::unique_ptr<CliApp> makeCliApp()
     app->add(std::make_unique<ImportPlistCommand>());
     app->add(std::make_unique<InfoCommand>());
     app->add(std::make_unique<KindsCommand>());
+    app->add(std::make_unique<MediaMetadataCommand>());
     app->add(std::make_unique<PrefsCommand>());
     app->add(std::make_unique<RecompressPhotosCommand>());
     app->add(std::make_unique<SetDateCommand>());
     app->add(std::make_unique<StampDatesCommand>());
     app->add(std::make_unique<ShiftDatesCommand>());
     app->add(std::make_unique<StripCommand>());
+    app->add(std::make_unique<TagsCommand>());
     app->add(std::make_unique<ThumbnailCommand>());
+    app->add(std::make_unique<VideoCommand>());
     return app;
 }
 

@@ -185,4 +185,28 @@ TEST_F(CliTest, DateGpsAndPropertyListCommandsWriteIntoTheOutputFolder)
               QStringLiteral("FUJIFILM"));
 }
 
+TEST_F(CliTest, AudioAndMovieCommandsReadAndWrite)
+{
+    const QString out = home.filePath(QStringLiteral("out"));
+    const QString mp3 = QStringLiteral(PELORIN_TEST_DATA_DIR "/atl-id3v23_utf16_apic.mp3");
+    CliRun run = cli({QStringLiteral("tags"), QStringLiteral("set"), QStringLiteral("--title"), QStringLiteral("New Title"),
+                      mp3, QStringLiteral("-o"), out});
+    ASSERT_EQ(run.exitCode, 0) << run.err.toStdString();
+    run = cli({QStringLiteral("tags"), QStringLiteral("show"), QStringLiteral("--json"), out + QStringLiteral("/atl-id3v23_utf16_apic.mp3")});
+    const QJsonObject tags = QJsonDocument::fromJson(run.out.toUtf8()).array()[0].toObject();
+    EXPECT_EQ(tags[QStringLiteral("fields")].toObject()[QStringLiteral("title")].toString(), QStringLiteral("New Title"));
+    EXPECT_EQ(tags[QStringLiteral("fields")].toObject()[QStringLiteral("album")].toString(), QStringLiteral("Papa\u058Drules"));
+    EXPECT_TRUE(tags[QStringLiteral("hasArtwork")].toBool());
+
+    const QString mov = QStringLiteral(PELORIN_TEST_DATA_DIR "/ft-MacBook_keys.mov");
+    run = cli({QStringLiteral("video"), QStringLiteral("set"), QStringLiteral("--title"), QStringLiteral("Holiday"), mov,
+               QStringLiteral("-o"), out});
+    ASSERT_EQ(run.exitCode, 0) << run.err.toStdString();
+    run = cli({QStringLiteral("video"), QStringLiteral("show"), QStringLiteral("--json"), out + QStringLiteral("/ft-MacBook_keys.mov")});
+    const QJsonObject fields = QJsonDocument::fromJson(run.out.toUtf8()).array()[0].toObject()[QStringLiteral("fields")].toObject();
+    EXPECT_EQ(fields[QStringLiteral("fileTitle")].toString(), QStringLiteral("Holiday"));
+    EXPECT_EQ(fields[QStringLiteral("fileMake")].toString(), QStringLiteral("Apple"));  // the other items stay
+    EXPECT_EQ(cli({QStringLiteral("video"), QStringLiteral("show"), home.filePath(QStringLiteral("none.mov"))}).exitCode, 1);
+}
+
 }  // namespace

@@ -1,0 +1,124 @@
+#include "audio/AudioExports.h"
+
+#include "audio/AudioRecord.h"
+#include "model/PropertyList.h"
+#include "model/SafeOutput.h"
+
+#include <QBuffer>
+#include <QFileInfo>
+#include <QImage>
+#include <QPainter>
+
+namespace pelorin {
+namespace {
+
+bool isJpeg(const QByteArray& bytes) { return bytes.startsWith("\xFF\xD8\xFF"); }
+
+QByteArray jpegOf(const QByteArray& picture)
+{
+    if (isJpeg(picture))
+        return picture;
+    const QImage image = QImage::fromData(picture);
+    if (image.isNull())
+        return {};
+    QByteArray jpeg;
+    QBuffer buffer(&jpeg);
+    buffer.open(QIODevice::WriteOnly);
+    // JPEG has no alpha; flatten onto white rather than black.
+    QImage flat(image.size(), QImage::Format_RGB32);
+    flat.fill(Qt::white);
+    QPainter(&flat).drawImage(0, 0, image);
+    flat.save(&buffer, "JPEG", 95);
+    return jpeg;
+}
+
+}  // namespace
+
+CommandResult exportAudioArtwork(const QStringList& paths, const CommandContext& context)
+{
+    CommandResult result;
+    for (const QString& path : paths) {
+        AudioReading reading;
+        QString problem;
+        readAudioRecord(path, &problem, &reading);
+        const QByteArray picture = audioArtworkBytes(reading.items, audioReaderRoute(QFileInfo(path).suffix()));
+        if (picture.isEmpty()) {
+            result.skip(path, problem.isEmpty() ? QStringLiteral("the file has no artwork") : problem);
+            continue;
+        }
+        const QByteArray jpeg = jpegOf(picture);
+        if (jpeg.isEmpty()) {
+            result.skip(path, QStringLiteral("the artwork is not a picture this program can decode"));
+            continue;
+        }
+        const QString target = QStringLiteral("%1/%2.jpg").arg(context.storageFolder, QFileInfo(path).fileName());
+        if (context.dryRun) {
+            result.plan(path, QStringLiteral("artwork"), {}, target);
+            continue;
+        }
+        QString error;
+        if (!ensureFolder(context.storageFolder, &error)
+            || !writeFileAtomically(target, jpeg, path, &error)) {
+            result.skip(path, error);
+            continue;
+        }
+        result.addWritten(target);
+        context.reveal.reveal(target);
+    }
+    return result;
+}
+
+QVariantMap audioMetadataEntries(const IKImageItem& r)
+{
+    const std::pair<const char*, const QString*> entries[] = {
+        {"Created Date", &r.fileCreateDateStr}, {"Record Date", &r.shootDateStr},
+        {"Title", &r.fileTitle}, {"Subtitle", &r.fileSubTitle}, {"Artist", &r.fileArist},
+        {"Album", &r.fileAblumName}, {"Release Year", &r.fileReleasedYear},
+        {"Copyright", &r.fileCopyright}, {"Keywords", &r.fileKeyWords},
+        {"Publisher", &r.filePublisher}, {"Track Number", &r.fileAlbumArist},
+        {"Composer", &r.fileComposer}, {"Band", &r.fileBand}, {"Comments", &r.fileComments},
+        {"Lyrics", &r.fileLyricist},
+    };
+    QVariantMap map;
+    for (const auto& [key, value] : entries)
+        if (!value->isEmpty())
+            map.insert(QString::fromLatin1(key), *value);
+    return map;
+}
+
+CommandResult exportAudioMetadata(const QStringList& paths, const CommandContext& context)
+{
+    CommandResult result;
+    QVariantMap all;
+    for (const QString& path : paths) {
+        QString problem;
+        const IKImageItem record = readAudioRecord(path, &problem);
+        if (!QFileInfo(path).isFile()) {
+            result.skip(path, QStringLiteral("no such file"));
+            continue;
+        }
+        const QVariantMap entries = audioMetadataEntries(record);
+        if (!entries.isEmpty())
+            all.insert(record.fileName, entries);
+    }
+    const QString target = context.storageFolder + QStringLiteral("/metadata.plist");
+    if (context.dryRun) {
+        for (auto it = all.begin(); it != all.end(); ++it)
+            result.plan(target, it.key(), {}, QStringList(it.value().toMap().keys()).join(QStringLiteral(", ")));
+        return result;
+    }
+    const PropertyListXml xml = writePropertyListXml(all);
+    QString error;
+    if (!xml.xml) {
+        result.skip(target, xml.error);
+    } else if (!ensureFolder(context.storageFolder, &error)
+               || !writeFileAtomically(target, *xml.xml, {}, &error)) {
+        result.skip(target, error);
+    } else {
+        result.addWritten(target);
+        context.reveal.reveal(target);
+    }
+    return result;
+}
+
+}  // namespace pelorin

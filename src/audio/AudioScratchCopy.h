@@ -1,0 +1,28 @@
+#pragma once
+#include <QString>
+
+namespace pelorin {
+
+// TagLib saves in place, so a writer works on a copy: the source is copied into a hidden file in
+// the storage folder, TagLib edits that copy, and commit() moves it onto the output name in one
+// rename. A copy not committed is deleted; the source is only ever opened for reading.
+class AudioScratchCopy {
+public:
+    AudioScratchCopy(QString sourcePath, QString targetPath);
+    ~AudioScratchCopy();
+    AudioScratchCopy(const AudioScratchCopy&) = delete;
+    AudioScratchCopy& operator=(const AudioScratchCopy&) = delete;
+
+    bool create();
+    const QString& path() const { return scratch_; }
+    bool commit();
+    const QString& error() const { return error_; }
+
+private:
+    QString source_;
+    QString target_;
+    QString scratch_;
+    QString error_;
+};
+
+}  // namespace pelorin

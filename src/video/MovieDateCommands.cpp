@@ -1,0 +1,135 @@
+#include "video/MovieDateCommands.h"
+
+#include "model/DateText.h"
+#include "model/FileDates.h"
+#include "model/OutputDates.h"
+#include "model/SafeOutput.h"
+#include "video/MovieDateWrite.h"
+#include "video/MovieNameDates.h"
+#include "video/MovieReader.h"
+
+#include <QFileInfo>
+
+namespace pelorin {
+
+namespace {
+
+// Writes the recording date into a copy and gives the copy that date as its file dates.
+void writeDated(const QString& file, const QDateTime& local, const CommandContext& context, CommandResult& result)
+{
+    const QString target = storageOutputPath(context.storageFolder, QFileInfo(file).fileName());
+    if (context.dryRun) {
+        for (const ItemChange& change : recordingDateChanges(local)) {
+            if (change.value)
+                result.plan(target, change.identifier, {}, change.value->toString());
+        }
+        result.plan(target, QStringLiteral("movie header creation time"), {}, local.toUTC().toString(Qt::ISODate));
+        setOutputFileDates(target, local, local, context, result);
+        return;
+    }
+    const RewriteReport report = writeMovieRecordingDate(file, local, target);
+    if (!report.written) {
+        result.skip(file, report.error);
+        return;
+    }
+    result.addWritten(target);
+    setOutputFileDates(target, local, local, context, result);
+    context.reveal.reveal(target);
+}
+
+bool prepareFolder(const QStringList& files, const CommandContext& context, CommandResult& result)
+{
+    QString error;
+    if (context.dryRun || ensureFolder(context.storageFolder, &error))
+        return true;
+    for (const QString& file : files)
+        result.skip(file, error);
+    return false;
+}
+
+}  // namespace
+
+CommandResult movieShootDatesToFileDates(const QStringList& files, const CommandContext& context)
+{
+    CommandResult result;
+    if (!prepareFolder(files, context, result))
+        return result;
+    int done = 0;
+    for (const QString& file : files) {
+        if (context.isCancelled())
+            break;
+        const IKImageItem item = readMovieFile(file).item;
+        QDateTime when = item.shootDate;
+        if (!when.isValid()) {
+            QString text = item.shootDateStr;
+            text.remove(QLatin1Char('Z'));
+            const std::optional<QString> detected = detectDateText(text);
+            const std::optional<WallClock> clock = detected ? parseDateText(*detected) : std::nullopt;
+            if (clock)
+                when = QDateTime(clock->date(), clock->time(), Qt::LocalTime);
+        }
+        if (!when.isValid()) {
+            result.skip(file, QStringLiteral("the movie has no recording date"));
+            continue;
+        }
+        const QString target = storageOutputPath(context.storageFolder, QFileInfo(file).fileName());
+        if (!context.dryRun) {
+            QString error;
+            if (!copyFileAtomically(file, target, &error)) {
+                result.skip(file, error);
+                continue;
+            }
+            result.addWritten(target);
+        }
+        setOutputFileDates(target, when, when, context, result);
+        if (!context.dryRun)
+            context.reveal.reveal(target);
+        context.report(++done, int(files.size()));
+    }
+    return result;
+}
+
+CommandResult movieCreationDatesToRecordingDates(const QStringList& files, const CommandContext& context)
+{
+    CommandResult result;
+    if (!prepareFolder(files, context, result))
+        return result;
+    int done = 0;
+    for (const QString& file : files) {
+        if (context.isCancelled())
+            break;
+        const QDateTime created = readFileDates(file).created;
+        if (!created.isValid()) {
+            result.skip(file, QStringLiteral("the file system keeps no creation date for the file"));
+            continue;
+        }
+        // Whole seconds, as the date texts carry them.
+        const QDateTime local = QDateTime::fromSecsSinceEpoch(created.toSecsSinceEpoch()).toLocalTime();
+        writeDated(file, local, context, result);
+        context.report(++done, int(files.size()));
+    }
+    return result;
+}
+
+CommandResult movieDatesFromFileNames(const QStringList& files, const CommandContext& context)
+{
+    CommandResult result;
+    if (!prepareFolder(files, context, result))
+        return result;
+    int done = 0;
+    for (const QString& file : files) {
+        if (context.isCancelled())
+            break;
+        const std::optional<QString> text = dateTextFromFileName(QFileInfo(file).completeBaseName());
+        const std::optional<WallClock> clock = text ? parseDateText(*text) : std::nullopt;
+        if (!clock) {
+            result.skip(file, QStringLiteral("the file name holds no date"));
+            continue;
+        }
+        writeDated(file, QDateTime(clock->date(), clock->time(), Qt::LocalTime), context, result);
+        context.report(++done, int(files.size()));
+    }
+    return result;
+}
+
+}  // namespace pelorin

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "isobmff/BoxNode.h"
+#include "isobmff/BoxRewrite.h"
+
+#include <QList>
+#include <QString>
+#include <QVariant>
+
+#include <functional>
+#include <optional>
+
+namespace pelorin {
+
+// One change to the items of a movie: a new value for an identifier ("itsk/%A9nam",
+// "mdta/com.apple.quicktime.director", "udta/%A9nam", "uiso/loci", ...), or its removal.
+struct ItemChange {
+    QString identifier;
+    std::optional<QVariant> value;  // nullopt removes every item of the identifier
+    QString dataType;               // "JPEG", "PNG" for pictures; empty for text and numbers
+
+    static ItemChange set(const QString& identifier, const QVariant& value, const QString& dataType = {})
+    {
+        return {identifier, value, dataType};
+    }
+    static ItemChange remove(const QString& identifier) { return {identifier, std::nullopt, {}}; }
+};
+
+// Applies the changes to a movie box in memory: items of other identifiers and every other box
+// stay as they are. False with the reason for an identifier that cannot be written.
+bool applyItemChanges(BoxNode& moov, const QList<ItemChange>& changes, QString* error);
+
+// True when the file is of the MP4 family (MP4, MOV, M4V, 3GP, ...), which the box writer handles.
+bool isIsoMediaFile(const QString& path);
+
+// A further edit of the movie box beyond its items (header times, say); false with the reason.
+using MovieBoxEdit = std::function<bool(BoxNode& moov, QString* error)>;
+
+// Writes target as the source movie with the changes applied; every media byte is kept.
+RewriteReport writeMovieChanges(const QString& sourcePath, const QList<ItemChange>& changes,
+                                const QString& targetPath, Durability durability = Durability::FlushEach,
+                                const MovieBoxEdit& extra = {});
+
+}  // namespace pelorin

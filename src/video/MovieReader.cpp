@@ -1,0 +1,124 @@
+#include "video/MovieReader.h"
+
+#include "isobmff/BoxTree.h"
+#include "model/DisplayTexts.h"
+#include "model/FileDates.h"
+#include "video/MovieFields.h"
+#include "video/MovieItems.h"
+#include "video/MovieProbe.h"
+
+#include <QFileInfo>
+#include <QLocale>
+
+namespace pelorin {
+
+namespace {
+
+// Tags of containers outside the MP4 family, as FFmpeg names them.
+void applyContainerTags(IKImageItem& item, const MediaMetadataItems& tags)
+{
+    for (const MediaMetadataItem& tag : tags) {
+        const QString key = tag.key.toLower();
+        const QString text = tag.value.toString();
+        if (key == QLatin1String("title"))
+            item.fileTitle = text;
+        else if (key == QLatin1String("artist"))
+            item.fileArist = text;
+        else if (key == QLatin1String("album"))
+            item.fileAblumName = text;
+        else if (key == QLatin1String("copyright"))
+            item.fileCopyright = text;
+        else if (key == QLatin1String("comment") || key == QLatin1String("description"))
+            item.fileDescription = text;
+        else if (key == QLatin1String("publisher"))
+            item.filePublisher = text;
+        else if (key == QLatin1String("composer"))
+            item.fileComposer = text;
+        else if (key == QLatin1String("date") || key == QLatin1String("creation_time"))
+            applyMovieDateText(item, text);
+    }
+}
+
+QString creationText(const QDateTime& date)
+{
+    const QLocale english(QLocale::English, QLocale::UnitedStates);
+    const QString text = english.toString(date.toLocalTime(), QStringLiteral("yyyy:MM:dd HH:mm:ss"));
+    return text.isEmpty() ? english.toString(date.toLocalTime(), QStringLiteral("yyyy-MM-dd HH:mm:ss")) : text;
+}
+
+}  // namespace
+
+void applyIndexAttributes(IKImageItem& item, const QVariantMap& attributes)
+{
+    const auto has = [&](const char* key) { return attributes.contains(QLatin1String(key)); };
+    const auto value = [&](const char* key) { return attributes.value(QLatin1String(key)); };
+    if (has("kMDItemDurationSeconds")) {
+        item.fileduration = value("kMDItemDurationSeconds").toDouble();
+        item.fileduratStr = getMediaDuration(std::int32_t(item.fileduration));
+    }
+    if (has("kMDItemKind"))
+        item.fileType = value("kMDItemKind").toString();
+    if (has("kMDItemAudioBitRate"))
+        item.fileBitRate = QStringLiteral("%1 bps").arg(value("kMDItemAudioBitRate").toString());
+    if (has("kMDItemAudioSampleRate"))
+        item.fileSampleRate = QStringLiteral("%1 Hz").arg(value("kMDItemAudioSampleRate").toString());
+    if (has("kMDItemAudioChannelCount"))
+        item.fileChannels = value("kMDItemAudioChannelCount").toString();
+    if (has("kMDItemPixelHeight"))
+        item.filepixHeigh = value("kMDItemPixelHeight").toInt();
+    if (has("kMDItemPixelWidth"))
+        item.filePixWidth = value("kMDItemPixelWidth").toInt();
+}
+
+MovieReading readMovieFile(const QString& path)
+{
+    MovieReading reading;
+    IKImageItem& item = reading.item;
+    item.fileType = QStringLiteral("Movie");
+    const QFileInfo info(path);
+    item.fileName = info.fileName();
+    item.filePath = path;
+    if (!info.isFile() || !info.isReadable()) {
+        reading.problems.append(QStringLiteral("the file cannot be read"));
+        return reading;
+    }
+    item.fileSize = sizeText(std::uint64_t(info.size()));
+    const FileDateReading dates = readFileDates(path);
+    if (dates.created.isValid()) {
+        item.fileCreateDate = dates.created;
+        item.fileCreateDateStr = creationText(dates.created);
+    }
+
+    const MovieProbe probe = probeMovie(path);
+    reading.attributes = probe.attributes;
+    applyIndexAttributes(item, probe.attributes);
+    if (!probe.opened)
+        reading.problems.append(probe.error);
+
+    FileByteSource source(path);
+    QString error;
+    if (!source.open(&error)) {
+        reading.problems.append(error);
+        return reading;
+    }
+    const BoxTree tree = readBoxTree(source);
+    const bool isoMedia = tree.top("ftyp") || tree.top("moov");
+    if (isoMedia) {
+        for (const QString& problem : tree.problems)
+            reading.problems.append(problem);
+        if (tree.top("moov")) {
+            item.fileMetaArray = readMovieItems(source, tree, &reading.problems);
+            applyMovieItems(item, item.fileMetaArray);
+            reading.containerRead = true;
+        } else {
+            reading.problems.append(QStringLiteral("the file has no movie box"));
+        }
+    } else if (probe.opened) {
+        item.fileMetaArray = probe.tags;
+        applyContainerTags(item, probe.tags);
+        reading.containerRead = true;
+    }
+    return reading;
+}
+
+}  // namespace pelorin

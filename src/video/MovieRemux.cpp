@@ -1,0 +1,205 @@
+#include "video/MovieRemux.h"
+
+#include "model/SafeOutput.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QTemporaryDir>
+
+extern "C" {
+#include <libavformat/avformat.h>
+#include <libavutil/dict.h>
+#include <libavutil/error.h>
+}
+
+#include <memory>
+
+namespace pelorin {
+
+namespace {
+
+QString ffmpegError(int code)
+{
+    char text[AV_ERROR_MAX_STRING_SIZE] = {};
+    av_strerror(code, text, sizeof text);
+    return QString::fromUtf8(text);
+}
+
+struct InputCloser {
+    void operator()(AVFormatContext* context) const { avformat_close_input(&context); }
+};
+
+struct OutputCloser {
+    void operator()(AVFormatContext* context) const
+    {
+        if (context->pb)
+            avio_closep(&context->pb);
+        avformat_free_context(context);
+    }
+};
+
+struct PacketFree {
+    void operator()(AVPacket* packet) const { av_packet_free(&packet); }
+};
+
+// The muxer that writes the source's own container again; null when none keeps tags.
+const char* muxerFor(const AVFormatContext* input, const QString& path)
+{
+    if (!QByteArray(input->iformat->name).contains("matroska"))
+        return nullptr;
+    return QFileInfo(path).suffix().compare(QLatin1String("webm"), Qt::CaseInsensitive) == 0 ? "webm" : "matroska";
+}
+
+// Copies the streams into a file of the same container; false with the reason.
+bool remuxInto(AVFormatContext* input, const char* muxer, AVDictionary* tags, const QString& output, QString* error)
+{
+    AVFormatContext* raw = nullptr;
+    const QByteArray outputName = QFile::encodeName(output);
+    int status = avformat_alloc_output_context2(&raw, nullptr, muxer, outputName.constData());
+    if (status < 0) {
+        *error = ffmpegError(status);
+        return false;
+    }
+    std::unique_ptr<AVFormatContext, OutputCloser> out(raw);
+    for (unsigned i = 0; i < input->nb_streams; ++i) {
+        AVStream* stream = avformat_new_stream(out.get(), nullptr);
+        if (!stream || avcodec_parameters_copy(stream->codecpar, input->streams[i]->codecpar) < 0) {
+            *error = QStringLiteral("stream %1 cannot be copied").arg(i);
+            return false;
+        }
+        stream->codecpar->codec_tag = 0;
+        stream->time_base = input->streams[i]->time_base;
+        stream->disposition = input->streams[i]->disposition;
+        stream->avg_frame_rate = input->streams[i]->avg_frame_rate;
+        stream->sample_aspect_ratio = input->streams[i]->sample_aspect_ratio;
+        av_dict_copy(&stream->metadata, input->streams[i]->metadata, 0);
+    }
+    if (input->nb_chapters > 0) {
+        out->chapters = static_cast<AVChapter**>(av_calloc(input->nb_chapters, sizeof(AVChapter*)));
+        if (!out->chapters) {
+            *error = QStringLiteral("out of memory");
+            return false;
+        }
+        for (unsigned i = 0; i < input->nb_chapters; ++i) {
+            const AVChapter* source = input->chapters[i];
+            auto* chapter = static_cast<AVChapter*>(av_mallocz(sizeof(AVChapter)));
+            if (!chapter) {
+                *error = QStringLiteral("out of memory");
+                return false;
+            }
+            chapter->id = source->id;
+            chapter->time_base = source->time_base;
+            chapter->start = source->start;
+            chapter->end = source->end;
+            av_dict_copy(&chapter->metadata, source->metadata, 0);
+            out->chapters[out->nb_chapters++] = chapter;
+        }
+    }
+    av_dict_copy(&out->metadata, tags, 0);
+    if ((status = avio_open(&out->pb, outputName.constData(), AVIO_FLAG_WRITE)) < 0
+        || (status = avformat_write_header(out.get(), nullptr)) < 0) {
+        *error = ffmpegError(status);
+        return false;
+    }
+    std::unique_ptr<AVPacket, PacketFree> packet(av_packet_alloc());
+    while ((status = av_read_frame(input, packet.get())) >= 0) {
+        const AVStream* from = input->streams[packet->stream_index];
+        const AVStream* to = out->streams[packet->stream_index];
+        av_packet_rescale_ts(packet.get(), from->time_base, to->time_base);
+        packet->pos = -1;
+        status = av_interleaved_write_frame(out.get(), packet.get());
+        if (status < 0) {
+            *error = ffmpegError(status);
+            return false;
+        }
+    }
+    if (status != AVERROR_EOF) {
+        *error = QStringLiteral("the media data cannot be read: %1").arg(ffmpegError(status));
+        return false;
+    }
+    if ((status = av_write_trailer(out.get())) < 0) {
+        *error = ffmpegError(status);
+        return false;
+    }
+    return true;
+}
+
+}  // namespace
+
+bool canRemuxWithTags(const QString& path)
+{
+    av_log_set_level(AV_LOG_QUIET);
+    AVFormatContext* raw = nullptr;
+    if (avformat_open_input(&raw, QFile::encodeName(path).constData(), nullptr, nullptr) < 0)
+        return false;
+    std::unique_ptr<AVFormatContext, InputCloser> input(raw);
+    return muxerFor(input.get(), path) != nullptr;
+}
+
+RewriteReport remuxWithTags(const QString& sourcePath, const QList<ContainerTagChange>& changes,
+                            const QString& targetPath, bool removeOthers)
+{
+    RewriteReport report;
+    if (isSameFile(sourcePath, targetPath)) {
+        report.error = QStringLiteral("the output would replace the source");
+        return report;
+    }
+    av_log_set_level(AV_LOG_QUIET);
+    AVFormatContext* raw = nullptr;
+    int status = avformat_open_input(&raw, QFile::encodeName(sourcePath).constData(), nullptr, nullptr);
+    if (status < 0) {
+        report.error = QStringLiteral("FFmpeg cannot open the file: %1").arg(ffmpegError(status));
+        return report;
+    }
+    std::unique_ptr<AVFormatContext, InputCloser> input(raw);
+    if ((status = avformat_find_stream_info(input.get(), nullptr)) < 0) {
+        report.error = QStringLiteral("FFmpeg finds no streams: %1").arg(ffmpegError(status));
+        return report;
+    }
+    const char* muxer = muxerFor(input.get(), sourcePath);
+    if (!muxer) {
+        report.error = QStringLiteral("tags of the '%1' container cannot be written").arg(QString::fromUtf8(input->iformat->name));
+        return report;
+    }
+
+    AVDictionary* tags = nullptr;
+    const AVDictionaryEntry* entry = nullptr;
+    while ((entry = av_dict_get(input->metadata, "", entry, AV_DICT_IGNORE_SUFFIX))) {
+        if (!removeOthers || QByteArray(entry->key).compare("encoder", Qt::CaseInsensitive) == 0)
+            av_dict_set(&tags, entry->key, entry->value, 0);
+    }
+    for (const auto& [key, value] : changes) {
+        // Matroska tag names differ in case between writers ("ARTIST", "artist"): drop them all.
+        QList<QByteArray> existing;
+        entry = nullptr;
+        while ((entry = av_dict_get(tags, "", entry, AV_DICT_IGNORE_SUFFIX))) {
+            if (QString::fromUtf8(entry->key).compare(key, Qt::CaseInsensitive) == 0)
+                existing.append(entry->key);
+        }
+        for (const QByteArray& name : existing)
+            av_dict_set(&tags, name.constData(), nullptr, 0);
+        if (value)
+            av_dict_set(&tags, key.toUtf8().constData(), value->toUtf8().constData(), 0);
+    }
+
+    // FFmpeg writes and seeks in a file of its own beside the target; the finished file then
+    // takes the target's name through the safe writer.
+    QTemporaryDir scratch(QFileInfo(targetPath).absolutePath() + QStringLiteral("/.pelorin-remux-XXXXXX"));
+    const QString temporary = scratch.filePath(QFileInfo(targetPath).fileName());
+    const bool remuxed = scratch.isValid() && remuxInto(input.get(), muxer, tags, temporary, &report.error);
+    av_dict_free(&tags);
+    if (!remuxed) {
+        if (report.error.isEmpty())
+            report.error = QStringLiteral("no scratch space beside the target");
+        return report;
+    }
+    QString error;
+    if (!copyFileAtomically(temporary, targetPath, &error)) {
+        report.error = error;
+        return report;
+    }
+    report.written = true;
+    return report;
+}
+
+}  // namespace pelorin

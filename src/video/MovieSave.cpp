@@ -1,0 +1,220 @@
+#include "video/MovieSave.h"
+
+#include "model/DateText.h"
+#include "model/FileDates.h"
+#include "model/OutputDates.h"
+#include "model/SafeOutput.h"
+#include "video/MovieDateWrite.h"
+#include "video/MovieItemChanges.h"
+#include "video/MovieItems.h"
+#include "video/MovieReader.h"
+#include "video/MovieRemux.h"
+
+#include <QBuffer>
+#include <QFile>
+#include <QFileInfo>
+#include <QImage>
+#include <QImageReader>
+
+#include <cmath>
+
+namespace pelorin {
+
+namespace {
+
+// The identifier each editor field is saved under.
+QList<ItemChange> changesFor(const MovieFieldEdits& edits)
+{
+    const std::pair<const std::optional<QString>*, const char*> fields[] = {
+        {&edits.title, "itsk/%A9nam"},
+        {&edits.albumArtist, "itsk/%A9alb"},
+        {&edits.artist, "itsk/%A9ART"},
+        {&edits.director, "mdta/com.apple.quicktime.director"},
+        {&edits.performer, "mdta/com.apple.quicktime.performer"},
+        {&edits.producer, "mdta/com.apple.quicktime.producer"},
+        {&edits.publisher, "itsk/%A9pub"},
+        {&edits.copyright, "itsk/cprt"},
+        {&edits.keywords, "mdta/com.apple.quicktime.keywords"},
+        {&edits.description, "itsk/%A9des"},
+    };
+    QList<ItemChange> changes;
+    for (const auto& [value, identifier] : fields) {
+        if (*value)
+            changes.append(ItemChange::set(QString::fromLatin1(identifier), **value));
+    }
+    return changes;
+}
+
+std::optional<QDateTime> localDate(const std::optional<QString>& text)
+{
+    const std::optional<WallClock> clock = text ? parseDateText(*text) : std::nullopt;
+    if (!clock)
+        return std::nullopt;
+    return QDateTime(clock->date(), clock->time(), Qt::LocalTime);
+}
+
+// The three forms of a location that players and libraries read, all from one ISO 6709 text.
+QList<ItemChange> locationChanges(const MovieFieldEdits& edits, QString* error)
+{
+    bool latOk = false;
+    bool lonOk = false;
+    bool altOk = true;
+    const double latitude = edits.latitude->trimmed().toDouble(&latOk);
+    const double longitude = edits.longitude->trimmed().toDouble(&lonOk);
+    const double altitude = edits.altitude && !edits.altitude->trimmed().isEmpty()
+                                ? edits.altitude->trimmed().toDouble(&altOk) : 0.0;
+    if (!latOk || !lonOk || !altOk || std::fabs(latitude) > 90 || std::fabs(longitude) > 180) {
+        *error = QStringLiteral("the location is no latitude and longitude in degrees");
+        return {};
+    }
+    const QString text = iso6709Text(latitude, longitude, altitude);
+    return {ItemChange::set(QStringLiteral("uiso/loci"), text),
+            ItemChange::set(QStringLiteral("mdta/com.apple.quicktime.location.ISO6709"), text),
+            ItemChange::set(QStringLiteral("udta/%A9xyz"), iso6709Text(latitude, longitude, std::nullopt))};
+}
+
+// Artwork as the picture file's own JPEG or PNG bytes; anything else is stored as PNG.
+std::optional<ItemChange> artworkChange(const QString& path, QString* error)
+{
+    QFile file(path);
+    QImageReader reader(path);
+    const QByteArray format = reader.format();
+    if (!file.open(QIODevice::ReadOnly) || format.isEmpty()) {
+        *error = QStringLiteral("the artwork '%1' is no readable picture").arg(path);
+        return std::nullopt;
+    }
+    if (format == "jpeg" || format == "png")
+        return ItemChange::set(QStringLiteral("itsk/covr"), file.readAll(), format == "png" ? "PNG" : "JPEG");
+    const QImage image = reader.read();
+    QByteArray png;
+    QBuffer buffer(&png);
+    buffer.open(QIODevice::WriteOnly);
+    if (image.isNull() || !image.save(&buffer, "PNG")) {
+        *error = QStringLiteral("the artwork '%1' is no readable picture").arg(path);
+        return std::nullopt;
+    }
+    return ItemChange::set(QStringLiteral("itsk/covr"), png, QStringLiteral("PNG"));
+}
+
+// The same fields as container tags, for Matroska and WebM.
+QList<ContainerTagChange> tagChangesFor(const MovieFieldEdits& edits)
+{
+    const std::pair<const std::optional<QString>*, const char*> fields[] = {
+        {&edits.title, "title"},         {&edits.albumArtist, "album"},    {&edits.artist, "artist"},
+        {&edits.director, "DIRECTOR"},   {&edits.performer, "PERFORMER"},  {&edits.producer, "PRODUCER"},
+        {&edits.publisher, "PUBLISHER"}, {&edits.copyright, "COPYRIGHT"}, {&edits.keywords, "KEYWORDS"},
+        {&edits.description, "DESCRIPTION"},
+    };
+    QList<ContainerTagChange> changes;
+    for (const auto& [value, key] : fields) {
+        if (*value)
+            changes.append({QString::fromLatin1(key), **value});
+    }
+    return changes;
+}
+
+QString currentText(const IKImageItem& item, const QString& identifier)
+{
+    QString text;
+    for (const MediaMetadataItem& entry : item.fileMetaArray) {
+        if (entry.identifier == identifier)
+            text = entry.value.toString();
+    }
+    return text;
+}
+
+}  // namespace
+
+bool MovieFieldEdits::isEmpty() const
+{
+    return changesFor(*this).isEmpty() && !shootDate && !createdDate && !latitude && !longitude && !artworkPath;
+}
+
+CommandResult saveMovieFields(const QStringList& files, const MovieFieldEdits& edits, const CommandContext& context)
+{
+    CommandResult result;
+    QList<ItemChange> changes = changesFor(edits);
+    const std::optional<QDateTime> shootDate = localDate(edits.shootDate);
+    const std::optional<QDateTime> createdDate = localDate(edits.createdDate);
+    if ((edits.shootDate && !shootDate) || (edits.createdDate && !createdDate)) {
+        result.alert = Alerts::invalidDateFormat();
+        return result;
+    }
+    QString error;
+    if (edits.latitude || edits.longitude) {
+        if (!edits.latitude || !edits.longitude) {
+            result.setAlert(Alerts::valueError().message, QStringLiteral("Give both latitude and longitude."));
+            return result;
+        }
+        const QList<ItemChange> location = locationChanges(edits, &error);
+        if (location.isEmpty()) {
+            result.setAlert(Alerts::valueError().message, error);
+            return result;
+        }
+        changes += location;
+    }
+    if (edits.artworkPath) {
+        const std::optional<ItemChange> artwork = artworkChange(*edits.artworkPath, &error);
+        if (!artwork) {
+            result.setAlert(Alerts::valueError().message, error);
+            return result;
+        }
+        changes.append(*artwork);
+    }
+    if (shootDate)
+        changes += recordingDateChanges(*shootDate);
+    const MovieBoxEdit headerTimes = [&](BoxNode& moov, QString* why) {
+        return !shootDate || setHeaderCreationTimes(moov, *shootDate, why);
+    };
+    if (!context.dryRun && !ensureFolder(context.storageFolder, &error)) {
+        for (const QString& file : files)
+            result.skip(file, error);
+        return result;
+    }
+    int done = 0;
+    for (const QString& file : files) {
+        if (context.isCancelled())
+            break;
+        const QString target = storageOutputPath(context.storageFolder, QFileInfo(file).fileName());
+        if (context.dryRun) {
+            const MovieReading reading = readMovieFile(file);
+            if (!reading.containerRead) {
+                result.skip(file, reading.problems.value(0, QStringLiteral("the movie cannot be read")));
+                continue;
+            }
+            for (const ItemChange& change : changes) {
+                if (change.value)
+                    result.plan(target, change.identifier, currentText(reading.item, change.identifier),
+                                change.value->typeId() == QMetaType::QByteArray
+                                    ? QStringLiteral("<%1 bytes>").arg(change.value->toByteArray().size())
+                                    : change.value->toString());
+            }
+        } else {
+            const FileDateReading dates = readFileDates(file);
+            RewriteReport report;
+            if (isIsoMediaFile(file)) {
+                report = writeMovieChanges(file, changes, target, Durability::FlushEach, headerTimes);
+            } else if (!canRemuxWithTags(file)) {
+                report.error = QStringLiteral("only MP4-family, Matroska and WebM movies can be written");
+            } else if (edits.latitude || edits.artworkPath || edits.shootDate) {
+                report.error = QStringLiteral("Matroska and WebM movies take text fields only");
+            } else {
+                report = remuxWithTags(file, tagChangesFor(edits), target);
+            }
+            if (!report.written) {
+                result.skip(file, report.error);
+                continue;
+            }
+            result.addWritten(target);
+            if (createdDate)
+                setOutputFileDates(target, *createdDate, *createdDate, context, result);
+            else
+                setOutputFileDates(target, dates.created, dates.modified, context, result);
+            context.reveal.reveal(target);
+        }
+        context.report(++done, int(files.size()));
+    }
+    return result;
+}
+
+}  // namespace pelorin

@@ -1,0 +1,45 @@
+#pragma once
+#include "TestPaths.h"
+
+#include <QCryptographicHash>
+#include <QFile>
+#include <QProcess>
+#include <QString>
+
+namespace pelorin::test {
+
+inline QByteArray fileHash(const QString& path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return {};
+    return QCryptographicHash::hash(file.readAll(), QCryptographicHash::Sha256);
+}
+
+inline QString runTool(const QString& program, const QStringList& args)
+{
+    QProcess process;
+    process.start(program, args);
+    if (!process.waitForFinished(60000))
+        return QStringLiteral("<timeout>");
+    return QString::fromUtf8(process.readAllStandardOutput()).trimmed();
+}
+
+// FFmpeg's hash of the audio packets, copied without decoding: equal hashes mean the audio
+// bytes were not touched.
+inline QString audioStreamHash(const QString& path)
+{
+    return runTool(QStringLiteral("ffmpeg"),
+                   {QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-i"), path,
+                    QStringLiteral("-map"), QStringLiteral("0:a"), QStringLiteral("-c"),
+                    QStringLiteral("copy"), QStringLiteral("-f"), QStringLiteral("streamhash"),
+                    QStringLiteral("-")});
+}
+
+// Runs a Python snippet with mutagen, the independent tag reader; sys.argv[1] is the file.
+inline QString mutagen(const QString& script, const QString& path)
+{
+    return runTool(QStringLiteral("/usr/bin/python3"), {QStringLiteral("-c"), script, path});
+}
+
+}  // namespace pelorin::test

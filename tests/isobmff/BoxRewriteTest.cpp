@@ -1,0 +1,169 @@
+#include "isobmff/BoxRewrite.h"
+
+#include "TestPaths.h"
+
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+using namespace pelorin;
+
+namespace {
+
+QByteArray run(const QString& program, const QStringList& arguments)
+{
+    QProcess process;
+    process.start(program, arguments);
+    if (!process.waitForFinished(60000) || process.exitCode() != 0)
+        return {};
+    return process.readAllStandardOutput();
+}
+
+// The packets of every stream, hashed: equal hashes mean every media byte survived.
+QByteArray streamHashes(const QString& path)
+{
+    return run("ffmpeg", {"-v", "error", "-i", path, "-map", "0", "-c", "copy", "-f", "streamhash", "-"});
+}
+
+QString probedTitle(const QString& path)
+{
+    return QString::fromUtf8(run("ffprobe", {"-v", "error", "-show_entries", "format_tags=title", "-of",
+                                             "default=noprint_wrappers=1:nokey=1", path}))
+        .trimmed();
+}
+
+BoxTree treeOfFile(const QString& path)
+{
+    FileByteSource source(path);
+    EXPECT_TRUE(source.open(nullptr));
+    return readBoxTree(source);
+}
+
+// A QuickTime user-data text: length, language, text.
+BoxNode titleAtom(const QByteArray& text)
+{
+    QByteArray payload;
+    payload.append(char(text.size() >> 8)).append(char(text.size())).append("\x55\xc4", 2).append(text);
+    return BoxNode::leaf("\xa9nam", payload);
+}
+
+struct Edited {
+    RewriteReport report;
+    QString path;
+};
+
+// Rewrites source into dir/name with the movie box changed by the edit function.
+template <typename Edit>
+Edited rewriteMovie(const QString& source, const QTemporaryDir& dir, const QString& name, Edit edit)
+{
+    FileByteSource input(source);
+    EXPECT_TRUE(input.open(nullptr));
+    const BoxTree tree = readBoxTree(input);
+    std::size_t index = 0;
+    while (index < tree.boxes.size() && !tree.boxes[index].is("moov"))
+        ++index;
+    EXPECT_LT(index, tree.boxes.size());
+    std::optional<BoxNode> moov = loadBoxNode(input, tree.boxes[index], tree.fileSize);
+    EXPECT_TRUE(moov.has_value());
+    edit(*moov);
+    const QString target = dir.filePath(name);
+    return {rewriteTopLevelBoxes(source, tree, {{index, std::move(*moov)}}, target), target};
+}
+
+void setTitle(BoxNode& moov, const QByteArray& title)
+{
+    if (!moov.child("udta"))
+        moov.children.push_back(BoxNode::parent("udta", {}));
+    moov.child("udta")->setChild(titleAtom(title));
+}
+
+std::int64_t mdatOffset(const QString& path)
+{
+    const BoxTree tree = treeOfFile(path);
+    const Box* mdat = tree.top("mdat");
+    return mdat ? mdat->offset : -1;
+}
+
+}  // namespace
+
+TEST(BoxRewrite, MovieBeforeMediaGrowsAndTheChunkOffsetsFollow)
+{
+    QTemporaryDir dir;
+    const QString source = test::dataPath("ft-imovie.mp4");
+    const Edited out = rewriteMovie(source, dir, "titled.mp4",
+                                    [](BoxNode& moov) { setTitle(moov, QByteArray(300, 'T') + " end"); });
+    ASSERT_TRUE(out.report.written) << out.report.error.toStdString();
+    EXPECT_TRUE(out.report.offsetsShifted);
+    EXPECT_GT(mdatOffset(out.path), mdatOffset(source));
+    EXPECT_TRUE(treeOfFile(out.path).clean());
+    const QByteArray hashes = streamHashes(source);
+    ASSERT_FALSE(hashes.isEmpty());
+    EXPECT_EQ(streamHashes(out.path), hashes);
+    EXPECT_TRUE(probedTitle(out.path).endsWith(" end"));
+}
+
+TEST(BoxRewrite, MovieAfterMediaLeavesTheMediaInPlace)
+{
+    QTemporaryDir dir;
+    for (const QString& name : QStringList{"ft-lavf.m4v", "ft-MacBook_keys.mov"}) {
+        SCOPED_TRACE(name.toStdString());
+        const QString source = test::dataPath(name);
+        const Edited out = rewriteMovie(source, dir, name, [](BoxNode& moov) { setTitle(moov, "Ein Titel ü"); });
+        ASSERT_TRUE(out.report.written) << out.report.error.toStdString();
+        EXPECT_FALSE(out.report.offsetsShifted);
+        EXPECT_EQ(mdatOffset(out.path), mdatOffset(source));
+        EXPECT_EQ(streamHashes(out.path), streamHashes(source));
+        EXPECT_EQ(probedTitle(out.path), QStringLiteral("Ein Titel ü"));
+    }
+}
+
+TEST(BoxRewrite, FreeSpaceAbsorbsShrinkingAndLaterGrowth)
+{
+    QTemporaryDir dir;
+    const QString source = test::dataPath("ft-imovie.mp4");
+    const Edited shrunk = rewriteMovie(source, dir, "shrunk.mp4", [](BoxNode& moov) { moov.removeChildren("udta"); });
+    ASSERT_TRUE(shrunk.report.written) << shrunk.report.error.toStdString();
+    EXPECT_TRUE(shrunk.report.paddingUsed);
+    EXPECT_FALSE(shrunk.report.offsetsShifted);
+    EXPECT_EQ(mdatOffset(shrunk.path), mdatOffset(source));
+    EXPECT_TRUE(probedTitle(shrunk.path).isEmpty());
+
+    // The 'free' box left behind takes a small title without moving the media.
+    const Edited grown = rewriteMovie(shrunk.path, dir, "grown.mp4", [](BoxNode& moov) { setTitle(moov, "Short"); });
+    ASSERT_TRUE(grown.report.written) << grown.report.error.toStdString();
+    EXPECT_TRUE(grown.report.paddingUsed);
+    EXPECT_FALSE(grown.report.offsetsShifted);
+    EXPECT_EQ(mdatOffset(grown.path), mdatOffset(source));
+    EXPECT_EQ(QFile(grown.path).size(), QFile(source).size());
+    EXPECT_EQ(probedTitle(grown.path), "Short");
+    EXPECT_EQ(streamHashes(grown.path), streamHashes(source));
+}
+
+TEST(BoxRewrite, RefusesFragmentedAndDamagedFilesWithoutWriting)
+{
+    QTemporaryDir dir;
+    const QString fragmented = dir.filePath("fragmented.mp4");
+    ASSERT_EQ(QProcess::execute("ffmpeg", {"-v", "error", "-i", test::dataPath("ft-imovie.mp4"), "-c", "copy",
+                                           "-movflags", "frag_keyframe+empty_moov", fragmented}),
+              0);
+    const Edited refused = rewriteMovie(fragmented, dir, "out.mp4", [](BoxNode& moov) { setTitle(moov, "x"); });
+    EXPECT_FALSE(refused.report.written);
+    EXPECT_TRUE(refused.report.error.contains("fragmented"));
+    EXPECT_FALSE(QFile::exists(refused.path));
+
+    const QString truncated = test::dataPath("mutagen-truncated-64bit.mp4");
+    const BoxTree tree = treeOfFile(truncated);
+    const RewriteReport damaged = rewriteTopLevelBoxes(truncated, tree, {}, dir.filePath("t.mp4"));
+    EXPECT_FALSE(damaged.written);
+    EXPECT_TRUE(damaged.error.contains("damaged"));
+    EXPECT_FALSE(QFile::exists(dir.filePath("t.mp4")));
+
+    // An edit whose type does not match the box it replaces.
+    const QString plain = test::dataPath("ft-lavf.m4v");
+    const RewriteReport mismatched =
+        rewriteTopLevelBoxes(plain, treeOfFile(plain), {{0, BoxNode::leaf("moov", {})}}, dir.filePath("m.m4v"));
+    EXPECT_FALSE(mismatched.written);
+    EXPECT_FALSE(QFile::exists(dir.filePath("m.m4v")));
+}

@@ -22,6 +22,13 @@ namespace pelorin {
 
 namespace {
 
+bool onlyCreatedDate(const MovieFieldEdits& e)
+{
+    return !e.title && !e.albumArtist && !e.artist && !e.director && !e.performer && !e.producer && !e.publisher
+           && !e.copyright && !e.keywords && !e.description && !e.shootDate && !e.latitude && !e.longitude
+           && !e.altitude && !e.artworkPath;
+}
+
 // The identifier each editor field is saved under.
 QList<ItemChange> changesFor(const MovieFieldEdits& edits)
 {
@@ -176,7 +183,12 @@ CommandResult saveMovieFields(const QStringList& files, const MovieFieldEdits& e
         if (context.isCancelled())
             break;
         const QString target = storageOutputPath(context.storageFolder, QFileInfo(file).fileName());
-        if (context.dryRun) {
+        const bool mxf = QFileInfo(file).suffix().compare(QLatin1String("mxf"), Qt::CaseInsensitive) == 0;
+        if (context.dryRun && mxf) {
+            const FileDateReading dates = readFileDates(file);
+            setOutputFileDates(target, createdDate ? *createdDate : dates.created,
+                               createdDate ? *createdDate : dates.modified, context, result);
+        } else if (context.dryRun) {
             const MovieReading reading = readMovieFile(file);
             if (!reading.containerRead) {
                 result.skip(file, reading.problems.value(0, QStringLiteral("the movie cannot be read")));
@@ -192,7 +204,13 @@ CommandResult saveMovieFields(const QStringList& files, const MovieFieldEdits& e
         } else {
             const FileDateReading dates = readFileDates(file);
             RewriteReport report;
-            if (isIsoMediaFile(file)) {
+            // MXF holds its metadata in structures we do not write: its copy takes only the
+            // created date, as the editor has always handled it.
+            if (mxf) {
+                report.written = copyFileAtomically(file, target, &report.error);
+                if (report.written && !onlyCreatedDate(edits))
+                    result.noteOnce(QStringLiteral("MXF movies take only the created date; their other fields were not written"));
+            } else if (isIsoMediaFile(file)) {
                 report = writeMovieChanges(file, changes, target, Durability::FlushEach, headerTimes);
             } else if (!canRemuxWithTags(file)) {
                 report.error = QStringLiteral("only MP4-family, Matroska and WebM movies can be written");

@@ -117,8 +117,9 @@ RewriteReport rewriteTopLevelBoxes(const QString& sourcePath, const BoxTree& tre
         return report;
     std::map<std::size_t, bool> seen;
     for (const TopLevelEdit& edit : edits) {
+        // A box keeps its type, or is blanked into padding.
         if (edit.index >= tree.boxes.size() || seen[edit.index]
-            || tree.boxes[edit.index].type != edit.replacement.type) {
+            || (tree.boxes[edit.index].type != edit.replacement.type && edit.replacement.type != "free")) {
             report.error = QStringLiteral("an edit does not match the file's boxes");
             return report;
         }

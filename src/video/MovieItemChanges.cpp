@@ -269,7 +269,8 @@ bool isIsoMediaFile(const QString& path)
 }
 
 RewriteReport writeMovieChanges(const QString& sourcePath, const QList<ItemChange>& changes,
-                                const QString& targetPath, Durability durability, const MovieBoxEdit& extra)
+                                const QString& targetPath, Durability durability, const MovieBoxEdit& extra,
+                                FileLevelXmp xmp)
 {
     RewriteReport report;
     FileByteSource source(sourcePath);
@@ -297,7 +298,23 @@ RewriteReport writeMovieChanges(const QString& sourcePath, const QList<ItemChang
     }
     if (!applyItemChanges(*moov, changes, &report.error) || (extra && !extra(*moov, &report.error)))
         return report;
-    return rewriteTopLevelBoxes(sourcePath, tree, {{index, std::move(*moov)}}, targetPath, durability);
+    std::vector<TopLevelEdit> edits;
+    edits.push_back({index, std::move(*moov)});
+    if (xmp == FileLevelXmp::Blank) {
+        // The XMP packet's registered 'uuid' type.
+        static const QByteArray xmpUuid = QByteArray::fromHex("BE7ACFCB97A942E89C71999491E3AFAC");
+        for (std::size_t i = 0; i < tree.boxes.size(); ++i) {
+            const Box& box = tree.boxes[i];
+            if (!box.is("uuid") || box.userType != xmpUuid)
+                continue;
+            if (box.size > kMaxMovieBox || box.size < 8) {
+                report.error = QStringLiteral("the file's XMP box is too large to blank");
+                return report;
+            }
+            edits.push_back({i, BoxNode::leaf("free", QByteArray(qsizetype(box.size - 8), '\0'))});
+        }
+    }
+    return rewriteTopLevelBoxes(sourcePath, tree, std::move(edits), targetPath, durability);
 }
 
 }  // namespace pelorin

@@ -36,9 +36,13 @@ bool isIsoMediaFile(const QString& path);
 // A further edit of the movie box beyond its items (header times, say); false with the reason.
 using MovieBoxEdit = std::function<bool(BoxNode& moov, QString* error)>;
 
-// Writes target as the source movie with the changes applied; every media byte is kept.
+// What becomes of XMP kept in a file-level 'uuid' box, outside the movie box.
+enum class FileLevelXmp { Keep, Blank };
+
+// Writes target as the source movie with the changes applied; every media byte is kept. A
+// blanked XMP box turns into a 'free' box of the same size, so nothing after it moves.
 RewriteReport writeMovieChanges(const QString& sourcePath, const QList<ItemChange>& changes,
                                 const QString& targetPath, Durability durability = Durability::FlushEach,
-                                const MovieBoxEdit& extra = {});
+                                const MovieBoxEdit& extra = {}, FileLevelXmp xmp = FileLevelXmp::Keep);
 
 }  // namespace pelorin

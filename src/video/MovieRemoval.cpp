@@ -79,8 +79,10 @@ CommandResult removeMovieMetadata(const QStringList& files, const CommandContext
             continue;
         }
         const FileDateReading dates = readFileDates(file);
-        const RewriteReport report = isIsoMediaFile(file) ? writeMovieChanges(file, removals, target)
-                                                          : remuxWithTags(file, {}, target, true);
+        const RewriteReport report = isIsoMediaFile(file)
+                                         ? writeMovieChanges(file, removals, target, Durability::FlushEach, {},
+                                                             FileLevelXmp::Blank)
+                                         : remuxWithTags(file, {}, target, true);
         if (!report.written) {
             result.skip(file, report.error);
             continue;

@@ -5,6 +5,9 @@
 #include "TestPaths.h"
 
 #include <QBuffer>
+#include <QFile>
+#include <QFileInfo>
+#include <QProcess>
 #include <QImage>
 #include <QTemporaryDir>
 
@@ -94,4 +97,30 @@ TEST(MovieRemoval, ClearsEveryKindOfTextItemOfARichMovie)
     const CommandResult planned = removeMovieMetadata({test::dataPath("et-QuickTime.mov")}, context);
     EXPECT_GE(planned.planned.size(), 15);
     EXPECT_TRUE(QDir(dir.path()).isEmpty());
+}
+
+TEST(MovieRemoval, XmpOutsideTheMovieBoxBecomesPaddingAndTheMediaStays)
+{
+    QTemporaryDir dir;
+    const QString source = dir.filePath("clip.mp4");
+    ASSERT_TRUE(QFile::copy(test::dataPath("ft-imovie.mp4"), source));
+    QFile::setPermissions(source, QFile::ReadOwner | QFile::WriteOwner);
+    // exiftool files an MP4's XMP in a file-level 'uuid' box.
+    ASSERT_TRUE(test::exiftoolWrite(source, {"-XMP-dc:Title=Secret", "-XMP-dc:Creator=Someone"}));
+    ASSERT_EQ(test::exiftool(source).value("XMP-dc:Title").toString(), "Secret");
+    CommandContext context;
+    context.storageFolder = dir.filePath("out");
+    ASSERT_TRUE(removeMovieMetadata({source}, context).succeeded());
+    const QString output = dir.filePath("out/clip.mp4");
+    const QJsonObject after = test::exiftool(output);
+    for (auto it = after.begin(); it != after.end(); ++it)
+        EXPECT_FALSE(it.key().startsWith("XMP")) << it.key().toStdString();
+    EXPECT_EQ(QFileInfo(output).size(), QFileInfo(source).size());
+    auto hashes = [](const QString& file) {
+        QProcess ffmpeg;
+        ffmpeg.start("ffmpeg", {"-v", "error", "-i", file, "-map", "0", "-c", "copy", "-f", "streamhash", "-"});
+        ffmpeg.waitForFinished(60000);
+        return ffmpeg.readAllStandardOutput();
+    };
+    EXPECT_EQ(hashes(output), hashes(source));
 }

@@ -1,4 +1,5 @@
 #include "audio/AudioItems.h"
+#include "audio/AudioStoredOrder.h"
 
 #include "audio/CafInfo.h"
 #include "audio/TagLibFiles.h"
@@ -22,6 +23,7 @@
 #include <taglib/xiphcomment.h>
 
 #include <QFile>
+#include <QSet>
 #include <QLoggingCategory>
 #include <QMimeDatabase>
 #include <QUrl>
@@ -216,11 +218,42 @@ QString mp4Text(const TagLib::MP4::Item& item)
     return QString::number(item.toInt());
 }
 
-void mp4Items(TagLib::MP4::Tag* tag, MediaMetadataItems& items)
+void mp4Item(const TagLib::String& name, const TagLib::MP4::Item& item, MediaMetadataItems& items);
+
+// The atoms in the order the file stores them; freeform "----" atoms where the first of them
+// stands; anything the walk did not see (a damaged list) after them.
+void mp4Items(TagLib::MP4::Tag* tag, const QString& path, MediaMetadataItems& items)
 {
     if (!tag)
         return;
-    for (const auto& [name, item] : tag->itemMap()) {
+    const TagLib::MP4::ItemMap& map = tag->itemMap();
+    QSet<QByteArray> done;
+    auto take = [&](const TagLib::String& name, const TagLib::MP4::Item& item) {
+        const QByteArray raw(name.toCString(false));
+        if (done.contains(raw))
+            return;
+        done.insert(raw);
+        mp4Item(name, item, items);
+    };
+    for (const QByteArray& type : storedIlstOrder(path)) {
+        if (type == "----") {
+            for (const auto& [name, item] : map) {
+                if (name.startsWith("----"))
+                    take(name, item);
+            }
+            continue;
+        }
+        const TagLib::String name(type.constData(), TagLib::String::Latin1);
+        if (map.contains(name))
+            take(name, map[name]);
+    }
+    for (const auto& [name, item] : map)
+        take(name, item);
+}
+
+void mp4Item(const TagLib::String& name, const TagLib::MP4::Item& item, MediaMetadataItems& items)
+{
+    {
         const QString key = percentEncodeKey(QByteArray(name.toCString(false)));
         if (name == "covr") {
             for (const TagLib::MP4::CoverArt& art : item.toCoverArtList()) {
@@ -228,24 +261,39 @@ void mp4Items(TagLib::MP4::Tag* tag, MediaMetadataItems& items)
                 add(items, QStringLiteral("itsk"), key, toBytes(art.data()),
                     png ? QStringLiteral("image/png") : QStringLiteral("image/jpeg"));
             }
-            continue;
+            return;
         }
         if (name == "trkn" || name == "disk") {
             const auto pair = item.toIntPair();
             add(items, QStringLiteral("itsk"), key,
                 pair.second ? QStringLiteral("%1/%2").arg(pair.first).arg(pair.second)
                             : QString::number(pair.first));
-            continue;
+            return;
         }
         add(items, QStringLiteral("itsk"), key, mp4Text(item));
     }
 }
 
-void riffInfoItems(TagLib::RIFF::Info::Tag* tag, MediaMetadataItems& items)
+// The INFO chunks in the order the file stores them, then any the walk did not see.
+void riffInfoItems(TagLib::RIFF::Info::Tag* tag, const QString& path, MediaMetadataItems& items)
 {
     if (!tag)
         return;
-    for (const auto& [id, value] : tag->fieldListMap()) {
+    const TagLib::RIFF::Info::FieldListMap fields = tag->fieldListMap();
+    std::vector<std::pair<TagLib::ByteVector, TagLib::String>> ordered;
+    QSet<QByteArray> seen;
+    for (const QByteArray& id : storedRiffInfoOrder(path)) {
+        const TagLib::ByteVector key(id.constData(), uint(id.size()));
+        if (fields.contains(key) && !seen.contains(id)) {
+            ordered.emplace_back(key, fields[key]);
+            seen.insert(id);
+        }
+    }
+    for (const auto& [id, value] : fields) {
+        if (!seen.contains(toBytes(id)))
+            ordered.emplace_back(id, value);
+    }
+    for (const auto& [id, value] : ordered) {
         const QByteArray chunk = toBytes(id);
         const QString key = infoKeyOfRiff(chunk);
         if (key.isEmpty())
@@ -344,7 +392,7 @@ void readWithTagLib(const QString& path, AudioReading& reading)
             add(items, QStringLiteral("info"), QStringLiteral("aart"), toBytes(picture->data()),
                 toQString(picture->mimeType()));
     } else if (auto wav = dynamic_cast<TagLib::RIFF::WAV::File*>(file.get())) {
-        riffInfoItems(wav->hasInfoTag() ? wav->InfoTag() : nullptr, items);
+        riffInfoItems(wav->hasInfoTag() ? wav->InfoTag() : nullptr, path, items);
         if (wav->hasID3v2Tag())
             reading.id3Version = static_cast<int>(wav->ID3v2Tag()->header()->majorVersion());
         id3InfoItems(wav->hasID3v2Tag() ? wav->ID3v2Tag() : nullptr, items);
@@ -353,7 +401,7 @@ void readWithTagLib(const QString& path, AudioReading& reading)
             reading.id3Version = static_cast<int>(aiff->tag()->header()->majorVersion());
         aiffItems(*aiff, items);
     } else if (auto mp4 = dynamic_cast<TagLib::MP4::File*>(file.get())) {
-        mp4Items(mp4->hasMP4Tag() ? mp4->tag() : nullptr, items);
+        mp4Items(mp4->hasMP4Tag() ? mp4->tag() : nullptr, path, items);
     } else if (auto ogg = dynamic_cast<TagLib::Ogg::File*>(file.get())) {
         xiphItems(dynamic_cast<TagLib::Ogg::XiphComment*>(ogg->tag()), items);
     } else {

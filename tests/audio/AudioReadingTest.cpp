@@ -177,3 +177,19 @@ TEST(CafInfoTest, ParsesRendersAndRefusesBadSizes)
     ASSERT_TRUE(buffer.open(QIODevice::ReadOnly));
     EXPECT_FALSE(readCafLayout(buffer).ok());
 }
+
+// TagLib hands MP4 atoms and RIFF INFO fields over sorted by name; the items keep the file's order.
+TEST(AudioRecordTest, AtomsAndInfoChunksKeepTheFilesOrder)
+{
+    QStringList m4a;
+    for (const MediaMetadataItem& item : readAudioItems(test::dataPath(QStringLiteral("beets-image.m4a"))).items)
+        m4a << item.identifier;
+    EXPECT_EQ(m4a, (QStringList{QStringLiteral("itsk/covr"), QStringLiteral("itsk/covr"), QStringLiteral("itsk/%A9cmt")}));
+    QStringList wav;
+    for (const MediaMetadataItem& item : readAudioItems(test::dataPath(QStringLiteral("atl-audacity_info_id3.wav"))).items) {
+        if (!item.identifier.startsWith(QLatin1String("id3/")))
+            wav << item.identifier;
+    }
+    // INAM comes before IART in the file, against the alphabet.
+    EXPECT_EQ(wav.mid(0, 2), (QStringList{QStringLiteral("title"), QStringLiteral("artist")}));
+}

@@ -358,7 +358,7 @@ void audioProperties(const TagLib::AudioProperties* properties, const QString& p
         return;
     attributes.insert(QStringLiteral("kMDItemDurationSeconds"), properties->lengthInMilliseconds() / 1000.0);
     if (properties->bitrate() > 0)
-        attributes.insert(QStringLiteral("kMDItemAudioBitRate"), properties->bitrate() * 1000);
+        attributes.insert(QStringLiteral("kMDItemAudioBitRate"), qlonglong(properties->bitrate()) * 1000);
     if (properties->sampleRate() > 0)
         attributes.insert(QStringLiteral("kMDItemAudioSampleRate"), properties->sampleRate());
     if (properties->channels() > 0)

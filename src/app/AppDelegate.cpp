@@ -1,0 +1,332 @@
+#include "app/AppDelegate.h"
+
+#include "app/AlertSheets.h"
+#include "app/CommandMenus.h"
+#include "app/DateActions.h"
+#include "app/ImportActions.h"
+#include "app/ImportedItemsModel.h"
+#include "app/InspectorPanel.h"
+#include "app/MainWindow.h"
+#include "app/MediaImporter.h"
+#include "app/PhotoBrowserModel.h"
+#include "app/PhotoCommandActions.h"
+#include "app/PhotoEditorPanel.h"
+#include "app/PreferencesDialog.h"
+#include "app/TaskStatusBar.h"
+#include "app/ThumbnailLoader.h"
+#include "model/FileDates.h"
+#include "model/FileKinds.h"
+#include "model/PhotoBatch.h"
+#include "model/Preferences.h"
+#include "model/SafeOutput.h"
+#include "photo/PhotoLibraries.h"
+#include "photo/PhotoProperties.h"
+#include "photo/PropertyTree.h"
+#include "ui/FileDropViews.h"
+#include "ui/HoverToolButton.h"
+
+#include <QApplication>
+#include <QFileInfo>
+#include <QHeaderView>
+#include <QItemSelectionModel>
+#include <QLabel>
+#include <QPointer>
+#include <QLocale>
+#include <QMessageBox>
+#include <QStackedWidget>
+#include <algorithm>
+
+namespace pelorin {
+
+AppDelegate* AppDelegate::shared_ = nullptr;
+
+AppDelegate::AppDelegate(std::unique_ptr<Preferences> preferences)
+    : preferences_(preferences ? std::move(preferences) : std::make_unique<Preferences>())
+{
+    shared_ = this;
+    basicInfoChange = cameraInfoChange = gpsInfoChange = false;
+    currentExifDictionary.clear();
+    currentChooseFilePath.clear();
+    blocalMode = true;
+    oldTexts = PhotoEditorTexts();
+    initializePhotoLibraries();
+}
+
+AppDelegate::~AppDelegate()
+{
+    if (importer_)
+        importer_->cancel();
+    delete window_;
+    if (shared_ == this)
+        shared_ = nullptr;
+}
+
+AppDelegate* AppDelegate::GetAppDelegater()
+{
+    return shared_;
+}
+
+void AppDelegate::awakeFromNib()
+{
+    window_ = new MainWindow;
+    items_ = new ImportedItemsModel(this);
+    thumbnails_ = new ThumbnailLoader(170, this);
+    browserModel_ = new PhotoBrowserModel(thumbnails_, this);
+    browserModel_->setSourceModel(items_);
+    runner_ = new CommandRunner(this);
+    importer_ = new MediaImporter(this);
+    preferencesSheet_ = new PreferencesDialog(window_);
+    preferencesSheet_->setWindowModality(Qt::WindowModal);
+    importActions_ = new ImportActions(*this);
+    photoCommands_ = new PhotoCommandActions(*this);
+    dateActions_ = new DateActions(*this);
+    menus_ = std::make_unique<CommandMenus>(*this);
+
+    window_->localImageBrowserView->setModel(browserModel_);
+    window_->dragtableView->setModel(items_);
+    QHeaderView* header = window_->dragtableView->horizontalHeader();
+    header->setStretchLastSection(true);
+    header->resizeSection(ImportedItemsModel::Name, 210);
+    header->resizeSection(ImportedItemsModel::Size, 74);
+    header->resizeSection(ImportedItemsModel::Duration, 66);
+    header->resizeSection(ImportedItemsModel::Kind, 92);
+    header->resizeSection(ImportedItemsModel::Artist, 100);
+    // Commands that need a selection wait for one.
+    for (QWidget* button : {static_cast<QWidget*>(window_->deletePhotoBtn), static_cast<QWidget*>(window_->downloadPhotoBtn),
+                            static_cast<QWidget*>(window_->importEditPhotoBtn), static_cast<QWidget*>(window_->opendeviceBtn)})
+        button->setEnabled(false);
+    window_->SaveMediaChangesBtn->setEnabled(false);
+    wireWindow();
+}
+
+void AppDelegate::applicationDidFinishLaunching()
+{
+    cameItemArray.clear();
+    window_->showPhotoHint();
+    const PreferenceValues values = preferences_->loadAtStartup();
+    storagelocation = values.storagePath;
+    currentFontname = values.fontName;
+    currentFontSize = values.fontSize;
+    currentFontColor = Qt::white;
+    makeStorageFolder();
+    preferencesSheet_->showValues(values, currentFontColor);
+    window_->show();
+    window_->raise();
+    window_->activateWindow();
+}
+
+void AppDelegate::makeStorageFolder() const
+{
+    // A folder that cannot be made shows up as the reason in the first command that writes.
+    ensureFolder(storagelocation);
+}
+
+void AppDelegate::wireWindow()
+{
+    MainWindow* w = window_;
+    w->confirmClose = [w] { return confirmExit(w); };
+    connect(w->localphotoBtn, &QToolButton::clicked, this, &AppDelegate::ChangeToImportComputerPhoto);
+    connect(w->cameraphotoBtn, &QToolButton::clicked, this, &AppDelegate::ChangeToImportiOSDevicePhoto);
+    connect(w->localeditexifBtn, &QToolButton::clicked, this, &AppDelegate::StartEditViewAction);
+    connect(w->starteditBtn, &QToolButton::clicked, this, &AppDelegate::StartEditViewAction);
+    connect(w->photoEditorView, &PhotoEditorPanel::backRequested, this, &AppDelegate::HideEditViewAction);
+    connect(w->localImageBrowserView->selectionModel(), &QItemSelectionModel::selectionChanged, this,
+            &AppDelegate::imageBrowserSelectionDidChange);
+    connect(w->photoEditorView, &PhotoEditorPanel::editingStarted, this, [this](const QString& group) {
+        if (group == QLatin1String("basic"))
+            basicInfoChange = true;
+        else if (group == QLatin1String("camera"))
+            cameraInfoChange = true;
+        else if (group == QLatin1String("gps"))
+            gpsInfoChange = true;
+    });
+    connect(preferencesSheet_, &PreferencesDialog::saveRequested, this, &AppDelegate::ResetPreferenceSetting);
+    connect(preferencesSheet_, &QDialog::rejected, this, &AppDelegate::CancelPreferenceSetting);
+
+    connect(items_, &QAbstractItemModel::rowsInserted, this, &AppDelegate::refreshLeftPane);
+    connect(items_, &QAbstractItemModel::rowsRemoved, this, &AppDelegate::refreshLeftPane);
+    connect(items_, &QAbstractItemModel::modelReset, this, &AppDelegate::refreshLeftPane);
+
+    connect(runner_, &CommandRunner::started, w->taskStatus, &TaskStatusBar::showTask);
+    connect(runner_, &CommandRunner::progressed, w->taskStatus, &TaskStatusBar::showProgress);
+    connect(runner_, &CommandRunner::ended, w->taskStatus, &TaskStatusBar::showResult);
+    connect(w->taskStatus, &TaskStatusBar::cancelRequested, this, [this] {
+        runner_->cancel();
+        importer_->cancel();
+    });
+}
+
+void AppDelegate::refreshLeftPane()
+{
+    const int count = items_->rowCount();
+    window_->mediaCountLabel->setText(count == 1 ? QStringLiteral("1 item") : QStringLiteral("%1 items").arg(count));
+    if (!blocalMode)
+        return;
+    if (browserModel_->rowCount() == 0)
+        window_->showPhotoHint();
+    else
+        window_->showLocalPhotos();
+}
+
+QList<int> AppDelegate::selectedPhotoRows() const
+{
+    QList<int> rows;
+    const QModelIndexList selected = window_->localImageBrowserView->selectionModel()->selectedIndexes();
+    for (const QModelIndex& index : selected) {
+        const QModelIndex source = browserModel_->mapToSource(index);
+        if (source.isValid() && !rows.contains(source.row()))
+            rows.append(source.row());
+    }
+    std::sort(rows.begin(), rows.end());
+    return rows;
+}
+
+QList<int> AppDelegate::selectedMediaRows() const
+{
+    QList<int> rows;
+    for (const QModelIndex& index : window_->dragtableView->selectionModel()->selectedRows())
+        rows.append(index.row());
+    std::sort(rows.begin(), rows.end());
+    return rows;
+}
+
+PhotoSelection AppDelegate::currentPhotoSelection() const
+{
+    PhotoSelection selection;
+    if (blocalMode) {
+        selection.source = PhotoSource::Computer;
+        for (int row : selectedPhotoRows())
+            selection.items.append(items_->item(row));
+    } else {
+        selection.source = PhotoSource::Camera;
+        const QModelIndexList selected = window_->imageBrowserView->selectionModel()
+                                             ? window_->imageBrowserView->selectionModel()->selectedIndexes()
+                                             : QModelIndexList();
+        QList<int> rows;
+        for (const QModelIndex& index : selected)
+            rows.append(index.row());
+        std::sort(rows.begin(), rows.end());
+        for (int row : rows) {
+            if (row >= 0 && row < cameItemArray.size())
+                selection.items.append(cameItemArray.at(row));
+        }
+    }
+    return selection;
+}
+
+bool AppDelegate::runCommand(const QString& title, EngineCommand command, CommandDone done, QWidget* alertOver)
+{
+    if (runner_->isBusy()) {
+        window_->taskStatus->showMessage(QStringLiteral("Please wait: another command is still running."));
+        return false;
+    }
+    QPointer<QWidget> over(alertOver);
+    return runner_->run(title, storagelocation, std::move(command), [this, done, over](const CommandResult& result) {
+        if (result.alert)
+            showAlert(*result.alert, over ? over.data() : nullptr);
+        if (done)
+            done(result);
+    });
+}
+
+void AppDelegate::showAlert(const Alert& alert, QWidget* over)
+{
+    showAlertSheet(over && over->isVisible() ? over : window_, alert);
+}
+
+void AppDelegate::waitForThumbnails()
+{
+    QApplication::processEvents();
+    thumbnails_->waitForIdle();
+    QApplication::processEvents();
+}
+
+void AppDelegate::ShowPreferenceSetting()
+{
+    preferencesSheet_->open();
+}
+
+void AppDelegate::CancelPreferenceSetting()
+{
+    preferencesSheet_->hide();
+}
+
+void AppDelegate::ResetPreferenceSetting()
+{
+    const PreferenceValues values = preferencesSheet_->values();
+    currentFontColor = preferencesSheet_->stampColor();
+    currentFontname = values.fontName;
+    currentFontSize = values.fontSize;
+    storagelocation = values.storagePath;
+    preferences_->save(values);
+    preferences_->sync();
+    makeStorageFolder();
+    preferencesSheet_->hide();
+}
+
+void AppDelegate::ChangeToImportComputerPhoto()
+{
+    blocalMode = true;
+    refreshLeftPane();
+    if (browserModel_->rowCount() == 0)
+        window_->showPhotoHint();
+}
+
+void AppDelegate::ChangeToImportiOSDevicePhoto()
+{
+    blocalMode = false;
+    window_->showCameraMode(!cameItemArray.isEmpty());
+}
+
+void AppDelegate::StartEditViewAction()
+{
+    basicInfoChange = false;
+    gpsInfoChange = false;
+    window_->slideInEditor();
+}
+
+void AppDelegate::HideEditViewAction()
+{
+    window_->hideEditor();
+}
+
+void AppDelegate::ClickAbout()
+{
+    QMessageBox::about(window_, QStringLiteral("About Quorvane Pelorin"),
+                       QStringLiteral("<b>Quorvane Pelorin %1</b><p>View and fix the metadata of photos, audio "
+                                      "and video. Your originals are never changed: every command writes a new "
+                                      "file into the output folder.</p>")
+                           .arg(QStringLiteral(PELORIN_VERSION)));
+}
+
+void AppDelegate::imageBrowserSelectionDidChange()
+{
+    const QList<int> rows = selectedPhotoRows();
+    if (rows.isEmpty())
+        return;
+    const IKImageItem& item = items_->item(rows.first());
+    if (!isImageExtension(pathExtension(item.filePath))) {
+        window_->inspector->showMessage(item.fileName, QStringLiteral("Movies are shown in the media table."));
+        return;
+    }
+    currentChooseFilePath = item.filePath;
+    const PhotoProperties photo = readPhotoProperties(item.filePath);
+    if (!photo.ok()) {
+        window_->inspector->showMessage(item.fileName, photo.error);
+        window_->photoEditorView->setPreview(QImage());
+        return;
+    }
+    currentExifDictionary = photo.properties;
+    currentFileName = item.fileName;
+    const FileDateReading dates = readFileDates(item.filePath);
+    const PhotoFileFacts facts{item.fileName, dates.created, dates.modified, QFileInfo(item.filePath).size()};
+    const PhotoEditorFill fill = fillPhotoEditorFields(photo.properties, facts);
+    oldTexts = fill.old;
+    window_->inspector->showPhoto(propTree(photo.properties),
+                                  {item.fileName, fill.fields.fileSize, fill.fields.imageSize, fill.fields.creationDate});
+    window_->photoEditorView->setTexts(fill.fields);
+    const QModelIndex first = browserModel_->mapFromSource(items_->index(rows.first(), 0));
+    window_->photoEditorView->setPreview(first.data(Qt::DecorationRole).value<QIcon>().pixmap(170).toImage());
+}
+
+}  // namespace pelorin

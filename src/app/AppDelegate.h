@@ -1,0 +1,122 @@
+#pragma once
+#include "app/CommandRunner.h"
+#include "app/FilePanels.h"
+#include "app/ImportRecords.h"
+#include "model/IKImageItem.h"
+#include "model/PhotoSelection.h"
+#include "photo/PhotoEditorFields.h"
+
+#include <QColor>
+#include <QObject>
+#include <QVariantMap>
+#include <memory>
+
+namespace pelorin {
+
+class CommandMenus;
+class DateActions;
+class ImportActions;
+class ImportedItemsModel;
+class MainWindow;
+class MediaImporter;
+class PhotoBrowserModel;
+class PhotoCommandActions;
+class PreferencesDialog;
+class Preferences;
+class ThumbnailLoader;
+
+// The editor's controller: it owns the window, the imported list, the editor state and the
+// command objects, and wires the window's buttons and menus to them. It starts in three stages,
+// always in this order: construction (state), awakeFromNib (the window is built and hooked up),
+// applicationDidFinishLaunching (preferences read, storage folder made, window shown).
+class AppDelegate : public QObject {
+    Q_OBJECT
+public:
+    // preferences: the store to use (the user's own when null).
+    explicit AppDelegate(std::unique_ptr<Preferences> preferences = nullptr);
+    ~AppDelegate() override;
+
+    // The one controller, or null before it is constructed.
+    static AppDelegate* GetAppDelegater();
+
+    void awakeFromNib();
+    void applicationDidFinishLaunching();
+
+    MainWindow* window() const { return window_; }
+    ImportedItemsModel* localPhotoItemArray() const { return items_; }
+    PhotoBrowserModel* photoBrowserModel() const { return browserModel_; }
+    CommandRunner* runner() const { return runner_; }
+    MediaImporter* importer() const { return importer_; }
+    CommandMenus* menus() const { return menus_.get(); }
+    PreferencesDialog* preferencesSheet() const { return preferencesSheet_; }
+    DateActions* dateActions() const { return dateActions_; }
+    ImportActions* importActions() const { return importActions_; }
+    PhotoCommandActions* photoCommands() const { return photoCommands_; }
+    Preferences& preferences() { return *preferences_; }
+
+    FilePanels panels = FilePanels::desktop();
+
+    // Editor state shared by the commands.
+    bool blocalMode = true;
+    QVariantMap currentExifDictionary;
+    QString currentChooseFilePath;
+    QString currentFileName;
+    QString storagelocation;
+    QString currentFontname;
+    int currentFontSize = 14;
+    QColor currentFontColor = Qt::white;
+    PhotoEditorTexts oldTexts;  // each editor field's text right after it was filled
+    bool basicInfoChange = false;
+    bool cameraInfoChange = false;
+    bool gpsInfoChange = false;
+    QList<IKImageItem> cameItemArray;
+
+    // The selected photos of the active source, in list order.
+    PhotoSelection currentPhotoSelection() const;
+    // Rows of the imported list selected in the media table, ascending.
+    QList<int> selectedMediaRows() const;
+    // Rows of the imported list selected in the photo browser, ascending.
+    QList<int> selectedPhotoRows() const;
+
+    // Runs an engine command off the GUI thread with the storage folder; shows progress, the
+    // alert it raises (over the given window, or the main window) and its summary.
+    bool runCommand(const QString& title, EngineCommand command, CommandDone done = {}, QWidget* alertOver = nullptr);
+    void showAlert(const Alert& alert, QWidget* over = nullptr);
+    // Waits until the browser's thumbnails in the making are done and shown (tests).
+    void waitForThumbnails();
+
+public slots:
+    void ShowPreferenceSetting();
+    void CancelPreferenceSetting();
+    void ResetPreferenceSetting();
+    void ChangeToImportComputerPhoto();
+    void ChangeToImportiOSDevicePhoto();
+    void StartEditViewAction();
+    void HideEditViewAction();
+    void ClickAbout();
+    // Shows the selected photo in the inspector and fills the editor.
+    void imageBrowserSelectionDidChange();
+    // Lays the left pane out for the list: its hint when empty, the browser otherwise.
+    void refreshLeftPane();
+
+private:
+    void wireWindow();
+    void makeStorageFolder() const;
+
+    static AppDelegate* shared_;
+
+    std::unique_ptr<Preferences> preferences_;
+    MainWindow* window_ = nullptr;
+    ImportedItemsModel* items_ = nullptr;
+    ThumbnailLoader* thumbnails_ = nullptr;
+    PhotoBrowserModel* browserModel_ = nullptr;
+    CommandRunner* runner_ = nullptr;
+    MediaImporter* importer_ = nullptr;
+    std::unique_ptr<CommandMenus> menus_;
+    PreferencesDialog* preferencesSheet_ = nullptr;
+    DateActions* dateActions_ = nullptr;
+    ImportActions* importActions_ = nullptr;
+    PhotoCommandActions* photoCommands_ = nullptr;
+};
+
+}  // namespace pelorin

@@ -1,0 +1,240 @@
+#include "app/DateActions.h"
+
+#include "app/AppDelegate.h"
+#include "app/BatchDateDialog.h"
+#include "app/DateDialog.h"
+#include "app/GpsDialog.h"
+#include "app/MainWindow.h"
+#include "app/PhotoEditorPanel.h"
+#include "dates/EditorApply.h"
+#include "dates/GpsSave.h"
+#include "dates/PhotoDateEdit.h"
+#include "dates/PhotoDateReading.h"
+#include "dates/PhotoDateShift.h"
+#include "dates/TemplateExport.h"
+#include "model/FileDates.h"
+#include "model/PhotoBatch.h"
+#include "photo/PhotoProperties.h"
+#include "photo/PhotoThumbnails.h"
+
+#include <QFileInfo>
+
+namespace pelorin {
+
+namespace {
+
+constexpr int kDialogPictureSide = 320;
+
+Alert noGpsData()
+{
+    return {QStringLiteral("No GPS Data"), QStringLiteral("The selected photo does not contain GPS information.")};
+}
+
+}  // namespace
+
+DateActions::DateActions(AppDelegate& app)
+    : QObject(&app),
+      app_(app),
+      dateDialog_(new DateDialog(app.window())),
+      batchDialog_(new BatchDateDialog(app.window())),
+      gpsDialog_(new GpsDialog(app.window()))
+{
+    for (QDialog* dialog : {static_cast<QDialog*>(dateDialog_), static_cast<QDialog*>(batchDialog_),
+                            static_cast<QDialog*>(gpsDialog_)})
+        dialog->setWindowModality(Qt::WindowModal);
+    connect(dateDialog_, &DateDialog::saveRequested, this, &DateActions::ClickDateChangedSaveAction);
+    connect(dateDialog_, &DateDialog::saveFileDatesRequested, this, &DateActions::ClickCreatedDateChangedSaveAction);
+    connect(batchDialog_, &BatchDateDialog::choosePhotoRequested, this, &DateActions::ChoosePhotosAction);
+    connect(batchDialog_, &BatchDateDialog::saveRequested, this, &DateActions::ClickMutiDateChangedSaveAction);
+    connect(batchDialog_, &BatchDateDialog::saveFileDatesRequested, this,
+            &DateActions::ClickMutiCreatedDateChangedSaveAction);
+    connect(gpsDialog_, &GpsDialog::previewRequested, this, &DateActions::PreviewCurrentGPSInMap);
+    connect(gpsDialog_, &GpsDialog::saveRequested, this, &DateActions::ClickSaveChangeGPSAction);
+
+    PhotoEditorPanel* editor = app.window()->photoEditorView;
+    connect(editor, &PhotoEditorPanel::applyRequested, this, &DateActions::ClickApplyChangeAction);
+    connect(editor, &PhotoEditorPanel::templateRequested, this, &DateActions::ExportTemplateDataToPlist);
+    connect(editor, &PhotoEditorPanel::gpsRequested, this, &DateActions::EditeGPSExifDataPhoto);
+}
+
+bool DateActions::haveSelection()
+{
+    if (!app_.currentPhotoSelection().items.isEmpty())
+        return true;
+    app_.showAlert(Alerts::noSelection());
+    return false;
+}
+
+void DateActions::ChangeDateExifFromPhoto()
+{
+    const PhotoSelection selection = app_.currentPhotoSelection();
+    if (selection.items.isEmpty()) {
+        app_.showAlert(Alerts::noSelection());
+        return;
+    }
+    if (selection.items.size() > 1) {
+        openBatchDateDialog();
+        return;
+    }
+    const QString path = photoInputPath(selection.items.first(), selection.source, app_.storagelocation);
+    dateDialog_->setPhoto(makePhotoThumbnail(path, kDialogPictureSide), selection.items.first().fileName);
+    dateDialog_->setDates(readPhotoDateTexts(path));
+    dateDialog_->open();
+}
+
+void DateActions::openBatchDateDialog()
+{
+    if (!haveSelection())
+        return;
+    batchDialog_->open();
+}
+
+void DateActions::ClickDateChangedSaveAction()
+{
+    const PhotoSelection selection = app_.currentPhotoSelection();
+    const PhotoDateEdit edit = dateDialog_->edit();
+    app_.runCommand(
+        QStringLiteral("Change Date"),
+        [selection, edit](const CommandContext& context) { return savePhotoDates(selection, edit, context); },
+        [this](const CommandResult& result) {
+            if (!result.alert)
+                dateDialog_->hide();
+        },
+        dateDialog_);
+}
+
+void DateActions::ClickCreatedDateChangedSaveAction()
+{
+    const PhotoSelection selection = app_.currentPhotoSelection();
+    const PhotoDateEdit edit = dateDialog_->edit();
+    app_.runCommand(
+        QStringLiteral("Change File Dates"),
+        [selection, edit](const CommandContext& context) { return savePhotoFileDates(selection, edit, context); },
+        [this](const CommandResult& result) {
+            if (!result.alert)
+                dateDialog_->hide();
+        },
+        dateDialog_);
+}
+
+void DateActions::ChoosePhotosAction()
+{
+    const QString path = app_.panels.chooseFile(batchDialog_, QStringLiteral("Please select one photo to change the date."),
+                                                photoAndMovieFilter());
+    if (path.isEmpty())
+        return;
+    app_.currentChooseFilePath = path;
+    batchDialog_->setReferencePhoto(path, makePhotoThumbnail(path, kDialogPictureSide), readPhotoDateTexts(path));
+}
+
+void DateActions::ClickMutiDateChangedSaveAction()
+{
+    const PhotoSelection selection = app_.currentPhotoSelection();
+    const BatchDateRequest request = batchDialog_->request();
+    app_.runCommand(
+        QStringLiteral("Change Dates"),
+        [selection, request](const CommandContext& context) { return shiftPhotoDates(selection, request, context); },
+        [this](const CommandResult& result) {
+            if (result.alert)
+                return;
+            batchDialog_->clearFields();
+            batchDialog_->hide();
+        },
+        batchDialog_);
+}
+
+void DateActions::ClickMutiCreatedDateChangedSaveAction()
+{
+    const PhotoSelection selection = app_.currentPhotoSelection();
+    const BatchDateRequest request = batchDialog_->request();
+    app_.runCommand(
+        QStringLiteral("Change File Dates"),
+        [selection, request](const CommandContext& context) {
+            return shiftPhotoFileDates(selection, request, context);
+        },
+        [this](const CommandResult& result) {
+            if (result.alert)
+                return;
+            batchDialog_->clearFields();
+            batchDialog_->hide();
+        },
+        batchDialog_);
+}
+
+void DateActions::EditeGPSExifDataPhoto()
+{
+    const PhotoSelection selection = app_.currentPhotoSelection();
+    if (selection.items.isEmpty()) {
+        app_.showAlert(Alerts::noSelection());
+        return;
+    }
+    const QString path = photoInputPath(selection.items.first(), selection.source, app_.storagelocation);
+    const PhotoProperties photo = readPhotoProperties(path);
+    const PhotoEditorFill fill =
+        fillPhotoEditorFields(photo.properties, PhotoFileFacts{QFileInfo(path).fileName(), {}, {}, -1});
+    if (!photo.ok() || !fill.hasGps) {
+        app_.showAlert(noGpsData());
+        return;
+    }
+    gpsDialog_->setInput({fill.fields.gpsLatitude, fill.fields.gpsLongitude, fill.fields.gpsAltitude,
+                          fill.fields.gpsDate, fill.fields.gpsTime});
+    gpsDialog_->showPreviewCoordinate(fill.latitude, fill.longitude);
+    gpsDialog_->open();
+}
+
+void DateActions::AddGPSExifDataPhoto()
+{
+    if (!haveSelection())
+        return;
+    gpsDialog_->setNewLocationPlaceholders();
+    gpsDialog_->open();
+}
+
+void DateActions::PreviewCurrentGPSInMap()
+{
+    const GpsInput input = gpsDialog_->input();
+    bool latitudeOk = false;
+    bool longitudeOk = false;
+    const double latitude = input.latitude.trimmed().toDouble(&latitudeOk);
+    const double longitude = input.longitude.trimmed().toDouble(&longitudeOk);
+    if (!latitudeOk || !longitudeOk) {
+        app_.showAlert(Alerts::valueError(), gpsDialog_);
+        return;
+    }
+    gpsDialog_->showPreviewCoordinate(latitude, longitude);
+}
+
+void DateActions::ClickSaveChangeGPSAction()
+{
+    const PhotoSelection selection = app_.currentPhotoSelection();
+    const GpsInput input = gpsDialog_->input();
+    app_.runCommand(
+        QStringLiteral("Save GPS"),
+        [selection, input](const CommandContext& context) { return savePhotoGps(selection, input, context); },
+        [this](const CommandResult& result) {
+            if (!result.alert)
+                gpsDialog_->hide();
+        },
+        gpsDialog_);
+}
+
+void DateActions::ClickApplyChangeAction()
+{
+    if (!haveSelection())
+        return;
+    const PhotoSelection selection = app_.currentPhotoSelection();
+    const PhotoEditorTexts fields = app_.window()->photoEditorView->texts();
+    const PhotoEditorTexts old = app_.oldTexts;
+    app_.runCommand(QStringLiteral("Apply Changes"), [selection, fields, old](const CommandContext& context) {
+        return applyPhotoEditorChanges(fields, old, selection, context);
+    });
+}
+
+void DateActions::ExportTemplateDataToPlist()
+{
+    const PhotoEditorTexts fields = app_.window()->photoEditorView->texts();
+    app_.runCommand(QStringLiteral("Export Template"),
+                    [fields](const CommandContext& context) { return exportTemplatePlist(fields, context); });
+}
+
+}  // namespace pelorin

@@ -1,0 +1,46 @@
+#pragma once
+#include <QObject>
+
+namespace pelorin {
+
+class AppDelegate;
+class BatchDateDialog;
+class DateDialog;
+class GpsDialog;
+
+// The photo commands that go through a dialog or the editor: the date of one photo, the dates
+// of many, the GPS location, and the editor's apply and template.
+class DateActions : public QObject {
+    Q_OBJECT
+public:
+    explicit DateActions(AppDelegate& app);
+
+    DateDialog* dateDialog() const { return dateDialog_; }
+    BatchDateDialog* batchDialog() const { return batchDialog_; }
+    GpsDialog* gpsDialog() const { return gpsDialog_; }
+
+public slots:
+    void ChangeDateExifFromPhoto();
+    void openBatchDateDialog();
+    void EditeGPSExifDataPhoto();
+    void AddGPSExifDataPhoto();
+    void ClickApplyChangeAction();
+    void ExportTemplateDataToPlist();
+
+private:
+    void ClickDateChangedSaveAction();
+    void ClickCreatedDateChangedSaveAction();
+    void ChoosePhotosAction();
+    void ClickMutiDateChangedSaveAction();
+    void ClickMutiCreatedDateChangedSaveAction();
+    void PreviewCurrentGPSInMap();
+    void ClickSaveChangeGPSAction();
+    bool haveSelection();
+
+    AppDelegate& app_;
+    DateDialog* dateDialog_;
+    BatchDateDialog* batchDialog_;
+    GpsDialog* gpsDialog_;
+};
+
+}  // namespace pelorin

@@ -1,0 +1,81 @@
+#include "app/DesktopReveal.h"
+
+#include <QDBusConnection>
+#include <QDBusConnectionInterface>
+#include <QDBusMessage>
+#include <QDesktopServices>
+#include <QFileInfo>
+#include <QMutex>
+#include <QUrl>
+
+namespace pelorin {
+
+namespace {
+
+QMutex revealMutex;
+bool revealEnabled = qEnvironmentVariableIsEmpty("PELORIN_NO_REVEAL");
+QStringList recorded;
+
+bool record(const QString& request)
+{
+    QMutexLocker lock(&revealMutex);
+    recorded.append(request);
+    return revealEnabled;
+}
+
+bool showItemsOverDBus(const QStringList& files)
+{
+    QDBusConnection bus = QDBusConnection::sessionBus();
+    const QString service = QStringLiteral("org.freedesktop.FileManager1");
+    if (!bus.isConnected() || !bus.interface())
+        return false;
+    // A file manager that is not running yet may be started by the bus on request.
+    const bool registered = bus.interface()->isServiceRegistered(service);
+    const QStringList activatable = bus.interface()->activatableServiceNames();
+    if (!registered && !activatable.contains(service))
+        return false;
+    QStringList uris;
+    for (const QString& file : files)
+        uris.append(QUrl::fromLocalFile(QFileInfo(file).absoluteFilePath()).toString());
+    QDBusMessage call = QDBusMessage::createMethodCall(service, QStringLiteral("/org/freedesktop/FileManager1"),
+                                                       service, QStringLiteral("ShowItems"));
+    call << uris << QString();
+    return bus.send(call);
+}
+
+}  // namespace
+
+void DesktopReveal::showFiles(const QStringList& files)
+{
+    if (files.isEmpty() || !record(QStringLiteral("show:") + files.join(QLatin1Char('|'))))
+        return;
+    if (!showItemsOverDBus(files))
+        QDesktopServices::openUrl(QUrl::fromLocalFile(QFileInfo(files.first()).absolutePath()));
+}
+
+void DesktopReveal::openFolder(const QString& folder)
+{
+    if (folder.isEmpty() || !record(QStringLiteral("open:") + folder))
+        return;
+    QDesktopServices::openUrl(QUrl::fromLocalFile(folder));
+}
+
+void DesktopReveal::setEnabled(bool enabled)
+{
+    QMutexLocker lock(&revealMutex);
+    revealEnabled = enabled;
+}
+
+QStringList DesktopReveal::recordedRequests()
+{
+    QMutexLocker lock(&revealMutex);
+    return recorded;
+}
+
+void DesktopReveal::clearRecorded()
+{
+    QMutexLocker lock(&revealMutex);
+    recorded.clear();
+}
+
+}  // namespace pelorin

@@ -1,0 +1,86 @@
+#include "app/ImportedItemsModel.h"
+
+#include <algorithm>
+
+namespace pelorin {
+
+int ImportedItemsModel::rowCount(const QModelIndex& parent) const
+{
+    return parent.isValid() ? 0 : int(items_.size());
+}
+
+int ImportedItemsModel::columnCount(const QModelIndex& parent) const
+{
+    return parent.isValid() ? 0 : ColumnCount;
+}
+
+QVariant ImportedItemsModel::data(const QModelIndex& index, int role) const
+{
+    if (!index.isValid() || index.row() >= items_.size())
+        return {};
+    const IKImageItem& record = items_.at(index.row());
+    if (role == PathRole)
+        return record.filePath;
+    if (role == Qt::ToolTipRole)
+        return record.filePath;
+    if (role == Qt::TextAlignmentRole && (index.column() == Size || index.column() == Duration))
+        return QVariant(Qt::AlignRight | Qt::AlignVCenter);
+    if (role != Qt::DisplayRole)
+        return {};
+    switch (index.column()) {
+    case Name: return record.fileName;
+    case Size: return record.fileSize;
+    case Duration: return record.fileduratStr;
+    case Kind: return record.fileType;
+    case Artist: return record.fileArist;
+    case Album: return record.fileAblumName;
+    default: return {};
+    }
+}
+
+QVariant ImportedItemsModel::headerData(int section, Qt::Orientation orientation, int role) const
+{
+    if (orientation != Qt::Horizontal || role != Qt::DisplayRole)
+        return {};
+    static const char* const titles[] = {"Name", "Size", "Duration", "Kind", "Artist", "Album"};
+    return section >= 0 && section < ColumnCount ? QString::fromLatin1(titles[section]) : QVariant();
+}
+
+void ImportedItemsModel::append(const QList<IKImageItem>& records)
+{
+    if (records.isEmpty())
+        return;
+    beginInsertRows({}, int(items_.size()), int(items_.size() + records.size() - 1));
+    items_.append(records);
+    endInsertRows();
+}
+
+void ImportedItemsModel::removeItemRows(QList<int> rows)
+{
+    std::sort(rows.begin(), rows.end(), std::greater<int>());
+    rows.erase(std::unique(rows.begin(), rows.end()), rows.end());
+    for (int row : rows) {
+        if (row < 0 || row >= items_.size())
+            continue;
+        beginRemoveRows({}, row, row);
+        items_.removeAt(row);
+        endRemoveRows();
+    }
+}
+
+void ImportedItemsModel::clear()
+{
+    beginResetModel();
+    items_.clear();
+    endResetModel();
+}
+
+void ImportedItemsModel::replace(int row, const IKImageItem& record)
+{
+    if (row < 0 || row >= items_.size())
+        return;
+    items_[row] = record;
+    emit dataChanged(index(row, 0), index(row, ColumnCount - 1));
+}
+
+}  // namespace pelorin

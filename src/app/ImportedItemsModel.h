@@ -1,0 +1,39 @@
+#pragma once
+#include "model/IKImageItem.h"
+
+#include <QAbstractTableModel>
+#include <QList>
+
+namespace pelorin {
+
+// The one list of imported files (photos, audio and movies, in import order) behind both the
+// photo browser and the media table. Columns are those of the media table.
+class ImportedItemsModel : public QAbstractTableModel {
+    Q_OBJECT
+public:
+    enum Column { Name, Size, Duration, Kind, Artist, Album, ColumnCount };
+    static constexpr int PathRole = Qt::UserRole + 1;
+
+    using QAbstractTableModel::QAbstractTableModel;
+
+    int rowCount(const QModelIndex& parent = {}) const override;
+    int columnCount(const QModelIndex& parent = {}) const override;
+    QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
+    QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
+
+    const QList<IKImageItem>& items() const { return items_; }
+    const IKImageItem& item(int row) const { return items_.at(row); }
+    IKImageItem& item(int row) { return items_[row]; }
+
+    void append(const QList<IKImageItem>& records);
+    // Removes the given rows (any order, duplicates allowed); the files are not touched.
+    void removeItemRows(QList<int> rows);
+    void clear();
+    // Replaces the record at row (after an editor saved it, say) and repaints its row.
+    void replace(int row, const IKImageItem& record);
+
+private:
+    QList<IKImageItem> items_;
+};
+
+}  // namespace pelorin

@@ -1,0 +1,36 @@
+#pragma once
+#include "photo/PropertyTree.h"
+
+#include <QFrame>
+
+class QLabel;
+class QTreeWidget;
+class QTreeWidgetItem;
+
+namespace pelorin {
+
+// The right-hand pane: the selected photo's file facts over the tree of every property group
+// and value.
+class InspectorPanel : public QFrame {
+    Q_OBJECT
+public:
+    explicit InspectorPanel(QWidget* parent = nullptr);
+
+    struct Facts {
+        QString fileName, fileSize, imageSize, created;
+    };
+    void showPhoto(const QList<PropertyTreeNode>& tree, const Facts& facts);
+    void showMessage(const QString& fileName, const QString& message);
+    void clear();
+
+    QTreeWidget* tree() const { return tree_; }
+
+private:
+    void addNodes(QTreeWidgetItem* parent, const QList<PropertyTreeNode>& nodes);
+
+    QLabel* name_;
+    QLabel* facts_;
+    QTreeWidget* tree_;
+};
+
+}  // namespace pelorin

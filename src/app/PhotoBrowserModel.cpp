@@ -1,0 +1,81 @@
+#include "app/PhotoBrowserModel.h"
+
+#include "app/ImportedItemsModel.h"
+#include "app/ThumbnailLoader.h"
+#include "model/FileKinds.h"
+
+#include <QPainter>
+#include <QPixmap>
+
+namespace pelorin {
+
+namespace {
+
+QIcon framedPicture(const QString& resource)
+{
+    QPixmap canvas(170, 170);
+    canvas.fill(Qt::transparent);
+    QPainter painter(&canvas);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(QColor(255, 255, 255, 22));
+    painter.drawRoundedRect(QRectF(8, 8, 154, 154), 14, 14);
+    QIcon(resource).paint(&painter, QRect(45, 45, 80, 80));
+    painter.end();
+    return QIcon(canvas);
+}
+
+}  // namespace
+
+PhotoBrowserModel::PhotoBrowserModel(ThumbnailLoader* thumbnails, QObject* parent)
+    : QSortFilterProxyModel(parent),
+      thumbnails_(thumbnails),
+      moviePicture_(framedPicture(QStringLiteral(":/icons/moviefile.svg"))),
+      loadingPicture_(framedPicture(QStringLiteral(":/icons/importphotonom.svg"))),
+      brokenPicture_(framedPicture(QStringLiteral(":/icons/clearphotosnom.svg")))
+{
+    // Thumbnails arrive one by one; repainting once per short pause keeps a big import smooth.
+    repaint_.setSingleShot(true);
+    repaint_.setInterval(60);
+    connect(&repaint_, &QTimer::timeout, this, [this] {
+        if (rowCount() > 0)
+            emit dataChanged(index(0, 0), index(rowCount() - 1, 0), {Qt::DecorationRole});
+    });
+    connect(thumbnails_, &ThumbnailLoader::thumbnailReady, this, [this] {
+        if (!repaint_.isActive())
+            repaint_.start();
+    });
+}
+
+bool PhotoBrowserModel::filterAcceptsRow(int sourceRow, const QModelIndex& sourceParent) const
+{
+    const QString path = sourceModel()->index(sourceRow, 0, sourceParent).data(ImportedItemsModel::PathRole).toString();
+    const QString extension = pathExtension(path);
+    return isImageExtension(extension) || isVideoExtension(extension);
+}
+
+bool PhotoBrowserModel::filterAcceptsColumn(int sourceColumn, const QModelIndex&) const
+{
+    return sourceColumn == ImportedItemsModel::Name;
+}
+
+QVariant PhotoBrowserModel::data(const QModelIndex& index, int role) const
+{
+    if (role != Qt::DecorationRole)
+        return QSortFilterProxyModel::data(index, role);
+    const QString path = QSortFilterProxyModel::data(index, ImportedItemsModel::PathRole).toString();
+    auto cached = icons_.constFind(path);
+    if (cached != icons_.constEnd())
+        return *cached;
+    const QImage image = thumbnails_->thumbnail(path);
+    if (!image.isNull()) {
+        if (icons_.size() > 3000)
+            icons_.clear();
+        return *icons_.insert(path, QIcon(QPixmap::fromImage(image)));
+    }
+    if (!thumbnails_->failed(path))
+        return loadingPicture_;
+    return isVideoExtension(pathExtension(path)) ? moviePicture_ : brokenPicture_;
+}
+
+}  // namespace pelorin

@@ -1,0 +1,290 @@
+#include "app/PhotoEditorPanel.h"
+
+#include "app/DateFieldParsing.h"
+#include "ui/HoverToolButton.h"
+
+#include <QFormLayout>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPixmap>
+#include <QScrollArea>
+#include <QVBoxLayout>
+
+#include <algorithm>
+
+namespace pelorin {
+namespace {
+
+constexpr QSize kPreviewSize(200, 150);
+constexpr int kPanelWidth = 420;
+
+const QString kBasic = QStringLiteral("basic");
+const QString kCamera = QStringLiteral("camera");
+const QString kGps = QStringLiteral("gps");
+
+const char* const kLook = R"(
+QFrame#photoEditorView { background-color: rgb(44, 62, 80); border-left: 1px solid #1F2D3A; }
+QWidget#photoEditorContent { background-color: rgb(44, 62, 80); }
+QScrollArea { background: transparent; border: none; }
+QFrame[role="section"] { background-color: #34495E; border: 1px solid #415A72; border-radius: 6px; }
+QLabel { color: #FFFFFF; background: transparent; border: none; }
+QLabel[role="heading"] { color: #8FD3FF; font-weight: bold; font-size: 11pt; }
+QLabel[role="caption"] { color: #C9D3DC; }
+QLabel[role="fact"] { color: #ECF0F1; }
+QLabel#localPhotoImageView { background-color: #23292F; border: 1px solid #4F6275; color: #7F8C97; }
+QLineEdit { background-color: #23292F; color: #ECF0F1; border: 1px solid #5A6B7C;
+    border-radius: 3px; padding: 3px 6px; selection-background-color: #2F80C0; }
+QLineEdit:focus { border-color: #5FC3FF; }
+QToolButton { color: #ECF0F1; background: transparent; border: none; padding: 2px 4px; }
+QToolButton:hover, QToolButton:pressed { color: #5FC3FF; }
+QScrollBar:vertical { background: rgb(44, 62, 80); width: 10px; margin: 0; }
+QScrollBar::handle:vertical { background: #5A6F84; border-radius: 4px; min-height: 30px; margin: 2px; }
+QScrollBar::add-line:vertical, QScrollBar::sub-line:vertical { height: 0; }
+QScrollBar::add-page:vertical, QScrollBar::sub-page:vertical { background: none; }
+)";
+
+// Which text of the editor each field holds, and the group an edit of it starts.
+struct FieldSlot {
+    const char* objectName;
+    const char* caption;
+    QString PhotoEditorTexts::*member;
+    const QString* group;
+};
+
+const FieldSlot kFields[] = {
+    {"titleField", "Title:", &PhotoEditorTexts::title, &kBasic},
+    {"artistField", "Artist:", &PhotoEditorTexts::artist, &kBasic},
+    {"imageDescField", "Description:", &PhotoEditorTexts::imageDescription, &kBasic},
+    {"copyrightField", "Copyright:", &PhotoEditorTexts::copyright, &kBasic},
+    {"commentField", "Comments:", &PhotoEditorTexts::comments, &kBasic},
+    {"keywordField", "Keywords:", &PhotoEditorTexts::keywords, &kBasic},
+    {"cameraMakeField", "Make:", &PhotoEditorTexts::cameraMake, &kCamera},
+    {"cameraModelField", "Model:", &PhotoEditorTexts::cameraModel, &kCamera},
+    {"cameraDateField", "Date taken:", &PhotoEditorTexts::cameraDate, &kCamera},
+    {"gpsLatitudeField", "Latitude:", &PhotoEditorTexts::gpsLatitude, &kGps},
+    {"gpsLongitudeField", "Longitude:", &PhotoEditorTexts::gpsLongitude, &kGps},
+    {"gpsAltitudeField", "Altitude:", &PhotoEditorTexts::gpsAltitude, &kGps},
+    {"gpsDateField", "GPS date:", &PhotoEditorTexts::gpsDate, &kGps},
+    {"gpsTimeField", "GPS time:", &PhotoEditorTexts::gpsTime, &kGps},
+};
+
+struct FactSlot {
+    const char* objectName;
+    const char* caption;
+    QString PhotoEditorTexts::*member;
+};
+
+const FactSlot kFacts[] = {
+    {"fileNameLabel", "Name:", &PhotoEditorTexts::fileName},
+    {"fileSizeLabel", "File size:", &PhotoEditorTexts::fileSize},
+    {"imageSizeLabel", "Image size:", &PhotoEditorTexts::imageSize},
+    {"creationDateLabel", "Created:", &PhotoEditorTexts::creationDate},
+    {"dpiLabel", "Resolution (dpi):", &PhotoEditorTexts::dpi},
+};
+
+QLabel* labelWithRole(const QString& text, const char* role, QWidget* parent)
+{
+    auto* label = new QLabel(text, parent);
+    label->setProperty("role", QString::fromLatin1(role));
+    return label;
+}
+
+QFormLayout* sectionForm(const QString& title, QWidget* parent, QVBoxLayout* into)
+{
+    auto* frame = new QFrame(parent);
+    frame->setProperty("role", QStringLiteral("section"));
+    auto* layout = new QVBoxLayout(frame);
+    layout->setContentsMargins(12, 8, 12, 10);
+    layout->setSpacing(8);
+    layout->addWidget(labelWithRole(title, "heading", frame));
+    auto* form = new QFormLayout;
+    form->setLabelAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    form->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
+    form->setHorizontalSpacing(10);
+    form->setVerticalSpacing(6);
+    layout->addLayout(form);
+    into->addWidget(frame);
+    return form;
+}
+
+}  // namespace
+
+PhotoEditorPanel::PhotoEditorPanel(QWidget* parent) : QFrame(parent)
+{
+    setObjectName(QStringLiteral("photoEditorView"));
+    setAttribute(Qt::WA_StyledBackground);
+    QFont base = font();
+    base.setPointSize(10);
+    setFont(base);
+    setStyleSheet(QString::fromLatin1(kLook));
+    setMinimumWidth(kPanelWidth);
+
+    // Picture buttons.
+    const struct {
+        const char* objectName;
+        const char* picture;
+        const char* text;
+        void (PhotoEditorPanel::*signal)();
+    } buttons[] = {
+        {"editBackBtn", "back", "Back", &PhotoEditorPanel::backRequested},
+        {"editTemplateBtn", "template", "Template", &PhotoEditorPanel::templateRequested},
+        {"editApplyBtn", "apply", "Apply", &PhotoEditorPanel::applyRequested},
+        {"changePhotoDateBtn", "savechanges", "Date", &PhotoEditorPanel::dateRequested},
+        {"changeMutiPhotoDateBtn", "dates", "Batch Dates", &PhotoEditorPanel::batchDateRequested},
+        {"editGpsBtn", "gps", "GPS", &PhotoEditorPanel::gpsRequested},
+    };
+    auto* buttonRow = new QHBoxLayout;
+    buttonRow->setContentsMargins(8, 6, 8, 6);
+    buttonRow->setSpacing(0);
+    for (const auto& b : buttons) {
+        auto* button = new HoverToolButton(QString::fromLatin1(b.objectName),
+                                           QString::fromLatin1(b.picture),
+                                           QString::fromLatin1(b.text), this);
+        connect(button, &QToolButton::clicked, this, b.signal);
+        buttonRow->addWidget(button, 1);
+    }
+
+    // Everything under the buttons scrolls when the window is short.
+    auto* content = new QWidget;
+    content->setObjectName(QStringLiteral("photoEditorContent"));
+    auto* contentLayout = new QVBoxLayout(content);
+    contentLayout->setContentsMargins(12, 4, 12, 12);
+    contentLayout->setSpacing(10);
+
+    preview_ = new QLabel(QStringLiteral("No preview"), content);
+    preview_->setObjectName(QStringLiteral("localPhotoImageView"));
+    preview_->setFixedSize(kPreviewSize);
+    preview_->setAlignment(Qt::AlignCenter);
+    contentLayout->addWidget(preview_, 0, Qt::AlignHCenter);
+
+    QList<QLabel*> captions;
+    QFormLayout* form = nullptr;
+    const QString* currentGroup = nullptr;
+    for (const FieldSlot& slot : kFields) {
+        if (slot.group != currentGroup) {
+            currentGroup = slot.group;
+            const QString title = currentGroup == &kBasic    ? QStringLiteral("Description")
+                                  : currentGroup == &kCamera ? QStringLiteral("Camera")
+                                                             : QStringLiteral("Location");
+            form = sectionForm(title, content, contentLayout);
+        }
+        auto* caption = labelWithRole(QString::fromLatin1(slot.caption), "caption", content);
+        captions << caption;
+        form->addRow(caption, addField(slot.objectName, *slot.group));
+    }
+    fields_.value(QStringLiteral("keywordField"))->setPlaceholderText(QStringLiteral("comma, separated"));
+    QLineEdit* cameraDate = fields_.value(QStringLiteral("cameraDateField"));
+    cameraDate->setMinimumWidth(dateFieldMinimumWidth(cameraDate->fontMetrics()));
+
+    form = sectionForm(QStringLiteral("File"), content, contentLayout);
+    for (const FactSlot& slot : kFacts) {
+        auto* caption = labelWithRole(QString::fromLatin1(slot.caption), "caption", content);
+        captions << caption;
+        auto* fact = labelWithRole(QString(), "fact", content);
+        fact->setObjectName(QString::fromLatin1(slot.objectName));
+        fact->setTextInteractionFlags(Qt::TextSelectableByMouse);
+        fact->setWordWrap(true);
+        // A long file name must not widen the panel past its edge; the tooltip holds it whole.
+        fact->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+
+        facts_.insert(fact->objectName(), fact);
+        form->addRow(caption, fact);
+    }
+    contentLayout->addStretch(1);
+
+    // One caption width for every group, so the fields line up down the whole panel.
+    int captionWidth = 0;
+    for (QLabel* caption : captions)
+        captionWidth = std::max(captionWidth, caption->sizeHint().width());
+    for (QLabel* caption : captions) {
+        caption->setMinimumWidth(captionWidth);
+        caption->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    }
+
+    auto* scroll = new QScrollArea(this);
+    scroll->setObjectName(QStringLiteral("photoEditorScroll"));
+    scroll->setWidgetResizable(true);
+    scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    scroll->setFrameShape(QFrame::NoFrame);
+    scroll->setWidget(content);
+
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(1, 0, 0, 0);  // keeps the left border line visible
+    layout->setSpacing(0);
+    layout->addLayout(buttonRow);
+    layout->addWidget(scroll, 1);
+
+    resize(kPanelWidth, 720);
+}
+
+QLineEdit* PhotoEditorPanel::addField(const char* objectName, const QString& group)
+{
+    auto* field = new QLineEdit;
+    field->setObjectName(QString::fromLatin1(objectName));
+    fields_.insert(field->objectName(), field);
+    // textEdited, not textChanged: filling the fields from a photo is no edit.
+    connect(field, &QLineEdit::textEdited, this, [this, group] {
+        bool& edited = groupEdited_[group];
+        if (edited)
+            return;
+        edited = true;
+        emit editingStarted(group);
+    });
+    return field;
+}
+
+void PhotoEditorPanel::setTexts(const PhotoEditorTexts& texts)
+{
+    for (const FieldSlot& slot : kFields)
+        fields_.value(QString::fromLatin1(slot.objectName))->setText(texts.*slot.member);
+    for (const FactSlot& slot : kFacts) {
+        QLabel* fact = facts_.value(QString::fromLatin1(slot.objectName));
+        fact->setText(texts.*slot.member);
+        fact->setToolTip(texts.*slot.member);
+    }
+    modificationDate_ = texts.modificationDate;
+    groupEdited_.clear();
+}
+
+PhotoEditorTexts PhotoEditorPanel::texts() const
+{
+    PhotoEditorTexts texts;
+    for (const FieldSlot& slot : kFields)
+        texts.*slot.member = fields_.value(QString::fromLatin1(slot.objectName))->text();
+    for (const FactSlot& slot : kFacts)
+        texts.*slot.member = facts_.value(QString::fromLatin1(slot.objectName))->text();
+    texts.modificationDate = modificationDate_;
+    return texts;
+}
+
+void PhotoEditorPanel::setPreview(const QImage& image)
+{
+    previewImage_ = image;
+    showPreview();
+}
+
+void PhotoEditorPanel::showPreview()
+{
+    if (previewImage_.isNull()) {
+        preview_->setPixmap(QPixmap());
+        preview_->setText(QStringLiteral("No preview"));
+        return;
+    }
+    // Inside the frame's border, so the picture never covers it.
+    preview_->setPixmap(QPixmap::fromImage(previewImage_.scaled(
+        kPreviewSize - QSize(2, 2), Qt::KeepAspectRatio, Qt::SmoothTransformation)));
+}
+
+void PhotoEditorPanel::clear()
+{
+    setTexts(PhotoEditorTexts{});
+    setPreview(QImage());
+}
+
+HoverToolButton* PhotoEditorPanel::button(const QString& objectName) const
+{
+    return findChild<HoverToolButton*>(objectName, Qt::FindDirectChildrenOnly);
+}
+
+}  // namespace pelorin

@@ -1,0 +1,464 @@
+// Drives the real main window on the offscreen platform: imports through the add command and
+// drops, photo commands through the menus and dialogs, the preferences sheet, and screenshots.
+#include "ExifTool.h"
+#include "TestPaths.h"
+#include "app/AppDelegate.h"
+#include "app/BatchDateDialog.h"
+#include "app/CommandMenus.h"
+#include "app/DateActions.h"
+#include "app/DateDialog.h"
+#include "app/DesktopReveal.h"
+#include "app/ImportActions.h"
+#include "app/ImportedItemsModel.h"
+#include "app/InspectorPanel.h"
+#include "app/MainWindow.h"
+#include "app/MediaImporter.h"
+#include "app/PhotoBrowserModel.h"
+#include "app/PreferencesDialog.h"
+#include "app/TaskStatusBar.h"
+#include "model/Preferences.h"
+#include "model/PropertyList.h"
+#include "ui/FileDropViews.h"
+#include "ui/WindowLook.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QComboBox>
+#include <QDir>
+#include <QFile>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QMimeData>
+#include <QProcess>
+#include <QPushButton>
+#include <QSettings>
+#include <QStackedWidget>
+#include <QTemporaryDir>
+#include <QTimer>
+#include <QTreeWidget>
+#include <QtTest>
+
+using namespace pelorin;
+
+namespace {
+
+const QStringList kPhotos = {QStringLiteral("et-GPS.jpg"), QStringLiteral("exiv2-nikon-d70.jpg"),
+                             QStringLiteral("exiv2-FurnaceCreekInn_gps.jpg"), QStringLiteral("et-PNG.png")};
+const QStringList kMedia = {QStringLiteral("et-MP3.mp3"), QStringLiteral("et-QuickTime.mov")};
+
+QString screenshotPath(const QString& name)
+{
+    QDir().mkpath(QStringLiteral(PELORIN_SCREENSHOT_DIR));
+    return QStringLiteral(PELORIN_SCREENSHOT_DIR "/") + name;
+}
+
+void saveScreenshot(QWidget* widget, const QString& name)
+{
+    QApplication::processEvents();
+    QTest::qWait(250);
+    QVERIFY(widget->grab().save(screenshotPath(name)));
+}
+
+QStringList dataFiles(const QStringList& names)
+{
+    QStringList paths;
+    for (const QString& name : names)
+        paths.append(test::dataPath(name));
+    return paths;
+}
+
+// Sends a drag over the view's viewport and, when it is taken, the drop; answers whether the
+// view took it.
+bool dropFiles(QWidget* view, const QStringList& paths)
+{
+    QMimeData mime;
+    QList<QUrl> urls;
+    for (const QString& path : paths)
+        urls.append(QUrl::fromLocalFile(path));
+    mime.setUrls(urls);
+    QWidget* target = view;
+    if (auto* area = qobject_cast<QAbstractScrollArea*>(view))
+        target = area->viewport();
+    const QPoint point = target->rect().center();
+    QDragEnterEvent enter(point, Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(target, &enter);
+    if (!enter.isAccepted())
+        return false;
+    QDropEvent drop(QPointF(point), Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(target, &drop);
+    return drop.isAccepted();
+}
+
+}  // namespace
+
+class MainWindowTest : public QObject {
+    Q_OBJECT
+
+private:
+    QTemporaryDir temp_;
+    QString storage_;
+    std::unique_ptr<AppDelegate> app_;
+
+    std::unique_ptr<Preferences> preferencesAt(const QString& file)
+    {
+        return std::make_unique<Preferences>(std::make_unique<QSettings>(file, QSettings::IniFormat));
+    }
+
+    void startApp(const QString& settingsFile)
+    {
+        app_ = std::make_unique<AppDelegate>(preferencesAt(settingsFile));
+        app_->awakeFromNib();
+        app_->applicationDidFinishLaunching();
+        QVERIFY(QTest::qWaitForWindowExposed(app_->window()));
+    }
+
+    void importWithAddCommand(const QStringList& paths)
+    {
+        app_->panels.chooseFiles = [paths](QWidget*, const QString& message, const QString&) {
+            return message == QLatin1String("Please select videos or auidos to import.") ? paths : QStringList();
+        };
+        app_->importActions()->AddMediaFileAction();
+        app_->importer()->waitForDone();
+    }
+
+    // Selects the photos of the browser with these file names.
+    void selectPhotos(const QStringList& names)
+    {
+        PhotoBrowserView* view = app_->window()->localImageBrowserView;
+        QItemSelection selection;
+        for (int row = 0; row < app_->photoBrowserModel()->rowCount(); ++row) {
+            const QModelIndex index = app_->photoBrowserModel()->index(row, 0);
+            if (names.contains(index.data().toString()))
+                selection.select(index, index);
+        }
+        view->selectionModel()->select(selection, QItemSelectionModel::ClearAndSelect);
+        QCOMPARE(app_->currentPhotoSelection().items.size(), names.size());
+    }
+
+    void trigger(const QString& actionName)
+    {
+        QAction* action = app_->menus()->action(actionName);
+        QVERIFY2(action, qPrintable(actionName));
+        action->trigger();
+        app_->runner()->waitForDone();
+    }
+
+    QString output(const QString& name) const { return storage_ + QLatin1Char('/') + name; }
+
+    QString runCli(const QStringList& arguments, const QString& outputFolder)
+    {
+        QProcess cli;
+        cli.start(QStringLiteral(PELORIN_CLI_PATH), QStringList{QStringLiteral("--output"), outputFolder} + arguments);
+        if (!cli.waitForFinished(60000))
+            return QStringLiteral("timeout");
+        return cli.exitCode() == 0 ? QString() : QString::fromUtf8(cli.readAllStandardError());
+    }
+
+    QMessageBox* visibleAlert() const
+    {
+        for (QWidget* widget : QApplication::topLevelWidgets()) {
+            if (auto* box = qobject_cast<QMessageBox*>(widget); box && box->isVisible() &&
+                                                               box->objectName() == QLatin1String("alertSheet"))
+                return box;
+        }
+        return nullptr;
+    }
+
+private slots:
+    void initTestCase()
+    {
+        Q_INIT_RESOURCE(pelorin);
+        QVERIFY(temp_.isValid());
+        DesktopReveal::setEnabled(false);
+        applyWindowLook(*qApp);
+    }
+
+    void init()
+    {
+        storage_ = temp_.filePath(QStringLiteral("storage-%1").arg(QTest::currentTestFunction()));
+        QDir().mkpath(storage_);
+        const QString settingsFile = temp_.filePath(QStringLiteral("%1.ini").arg(QTest::currentTestFunction()));
+        // The storage folder is set before the start, so that no test makes the user's own.
+        QSettings(settingsFile, QSettings::IniFormat).setValue(QStringLiteral("storagePath"), storage_);
+        startApp(settingsFile);
+    }
+
+    void cleanup()
+    {
+        for (QWidget* widget : QApplication::topLevelWidgets()) {
+            if (qobject_cast<QMessageBox*>(widget))
+                widget->close();
+        }
+        app_.reset();
+    }
+
+    void startsWithHintAndDefaultsWritten()
+    {
+        QCOMPARE(AppDelegate::GetAppDelegater(), app_.get());
+        QCOMPARE(app_->window()->leftStack->currentWidget(), app_->window()->hintView);
+        QSettings settings(temp_.filePath(QStringLiteral("startsWithHintAndDefaultsWritten.ini")), QSettings::IniFormat);
+        QCOMPARE(settings.value(QStringLiteral("fontName")).toString(), QStringLiteral("Lucida Grande"));
+        QCOMPARE(settings.value(QStringLiteral("Postion")).toString(), QStringLiteral("lower left corner"));
+        QVERIFY(!settings.contains(QStringLiteral("fontsize")));
+    }
+
+    void addCommandAndDropsFillBothViews()
+    {
+        importWithAddCommand(dataFiles(kPhotos + kMedia));
+        // The shared list holds everything in the order chosen; the browser shows photos and movies.
+        QCOMPARE(app_->localPhotoItemArray()->rowCount(), kPhotos.size() + kMedia.size());
+        QCOMPARE(app_->localPhotoItemArray()->item(4).fileName, QStringLiteral("et-MP3.mp3"));
+        QCOMPARE(app_->photoBrowserModel()->rowCount(), kPhotos.size() + 1);
+        QCOMPARE(app_->window()->leftStack->currentWidget(), app_->window()->localImageBrowserView);
+        QVERIFY(!app_->localPhotoItemArray()->item(5).fileduratStr.isEmpty());
+
+        // A drag whose first file is audio is refused by the browser and taken by the media table.
+        const QString mp3 = test::dataPath(QStringLiteral("mutagen-no-tags.mp3"));
+        const QString jpg = test::dataPath(QStringLiteral("pil-iptc_NokiaN70.jpg"));
+        QVERIFY(!dropFiles(app_->window()->localImageBrowserView, {mp3, jpg}));
+        QVERIFY(dropFiles(app_->window()->localImageBrowserView, {jpg, mp3}));
+        app_->importer()->waitForDone();
+        QCOMPARE(app_->localPhotoItemArray()->rowCount(), 7);  // the mp3 of the photo drop is filtered
+        QCOMPARE(app_->currentPhotoSelection().items.size(), 1);
+        QCOMPARE(app_->currentPhotoSelection().items.first().filePath, jpg);
+
+        QVERIFY(!dropFiles(app_->window()->dragtableView, {jpg}));
+        QVERIFY(dropFiles(app_->window()->dragtableView, {mp3}));
+        app_->importer()->waitForDone();
+        QCOMPARE(app_->localPhotoItemArray()->rowCount(), 8);
+        QCOMPARE(app_->localPhotoItemArray()->items().last().filePath, mp3);
+
+        // Removing from the list leaves the files alone; in camera mode nothing is removed.
+        app_->ChangeToImportiOSDevicePhoto();
+        app_->importActions()->ClearSelectedLeftPhotos();
+        QCOMPARE(app_->localPhotoItemArray()->rowCount(), 8);
+        app_->ChangeToImportComputerPhoto();
+        app_->importActions()->ClearSelectedLeftPhotos();
+        QCOMPARE(app_->localPhotoItemArray()->rowCount(), 7);
+        QVERIFY(QFile::exists(jpg));
+    }
+
+    void inspectorShowsSelectedPhoto()
+    {
+        importWithAddCommand(dataFiles(kPhotos));
+        selectPhotos({QStringLiteral("et-GPS.jpg")});
+        QTreeWidget* tree = app_->window()->inspector->tree();
+        QStringList groups;
+        for (int i = 0; i < tree->topLevelItemCount(); ++i)
+            groups.append(tree->topLevelItem(i)->text(0));
+        QVERIFY2(groups.contains(QStringLiteral("GPS")), qPrintable(groups.join(',')));
+        QVERIFY(app_->currentExifDictionary.contains(QStringLiteral("{GPS}")));
+        QCOMPARE(app_->currentFileName, QStringLiteral("et-GPS.jpg"));
+        app_->waitForThumbnails();
+        saveScreenshot(app_->window(), QStringLiteral("main-window.png"));
+        app_->StartEditViewAction();
+        QTest::qWait(400);
+        QVERIFY(app_->window()->isEditorShown());
+        saveScreenshot(app_->window(), QStringLiteral("main-window-editor.png"));
+    }
+
+    void removalFromMenuMatchesCommandLine()
+    {
+        importWithAddCommand(dataFiles(kPhotos));
+        selectPhotos({QStringLiteral("et-GPS.jpg"), QStringLiteral("exiv2-FurnaceCreekInn_gps.jpg")});
+        trigger(QStringLiteral("actionRemove1"));  // Remove GPS
+        for (const QString& name : {QStringLiteral("et-GPS.jpg"), QStringLiteral("exiv2-FurnaceCreekInn_gps.jpg")}) {
+            QVERIFY2(QFile::exists(output(name)), qPrintable(name));
+            QVERIFY(test::tagsOf(test::exiftool(output(name)), {QStringLiteral("GPS")}).isEmpty());
+            QVERIFY(!test::tagsOf(test::exiftool(output(name)), {QStringLiteral("IFD0")}).isEmpty());
+        }
+        QVERIFY(app_->window()->taskStatus->summaryText().contains(QStringLiteral("Wrote 2 files")));
+        QVERIFY(!DesktopReveal::recordedRequests().isEmpty());
+
+        // The command-line twin writes the same bytes.
+        const QString cliFolder = temp_.filePath(QStringLiteral("cli-strip"));
+        QCOMPARE(runCli({QStringLiteral("strip"), QStringLiteral("gps"), test::dataPath(QStringLiteral("et-GPS.jpg"))},
+                        cliFolder),
+                 QString());
+        QFile gui(output(QStringLiteral("et-GPS.jpg")));
+        QFile cli(cliFolder + QStringLiteral("/et-GPS.jpg"));
+        QVERIFY(gui.open(QIODevice::ReadOnly) && cli.open(QIODevice::ReadOnly));
+        QCOMPARE(gui.readAll(), cli.readAll());
+    }
+
+    void noSelectionRaisesTheAlert()
+    {
+        importWithAddCommand(dataFiles(kPhotos));
+        trigger(QStringLiteral("actionRemove4"));
+        QMessageBox* alert = visibleAlert();
+        QVERIFY(alert);
+        QCOMPARE(alert->text(), QStringLiteral("No Item has been selected"));
+        QCOMPARE(alert->informativeText(), QStringLiteral("Please select at least one item to process."));
+        QCOMPARE(alert->buttons().size(), 1);
+        QCOMPARE(alert->buttons().first()->text(), QStringLiteral(" Ok "));
+        QVERIFY(QDir(storage_).entryList(QDir::Files).isEmpty());
+    }
+
+    void dateDialogSavesOnePhoto()
+    {
+        importWithAddCommand(dataFiles(kPhotos));
+        selectPhotos({QStringLiteral("exiv2-nikon-d70.jpg")});
+        trigger(QStringLiteral("actionChangeDate"));
+        DateDialog* dialog = app_->dateActions()->dateDialog();
+        QVERIFY(dialog->isVisible());
+        auto* original = dialog->findChild<QLineEdit*>(QStringLiteral("orignalDatelab"));
+        auto* digitized = dialog->findChild<QLineEdit*>(QStringLiteral("diginalDatelab"));
+        QVERIFY(original && digitized);
+        QVERIFY(!original->text().isEmpty());
+        saveScreenshot(dialog, QStringLiteral("main-window-date-dialog.png"));
+
+        // A text that is no date: the alert over the dialog, nothing written, the dialog stays.
+        original->setText(QStringLiteral("yesterday"));
+        QTest::mouseClick(dialog->findChild<QPushButton*>(QStringLiteral("dateSaveButton")), Qt::LeftButton);
+        app_->runner()->waitForDone();
+        QVERIFY(visibleAlert());
+        QCOMPARE(visibleAlert()->text(), QStringLiteral("Invalid date format"));
+        visibleAlert()->close();
+        QVERIFY(dialog->isVisible());
+        QVERIFY(!QFile::exists(output(QStringLiteral("exiv2-nikon-d70.jpg"))));
+
+        original->setText(QStringLiteral("2015-06-01 10:00:00"));
+        digitized->setText(QStringLiteral("2015:06:01 10:00:05"));
+        QTest::mouseClick(dialog->findChild<QPushButton*>(QStringLiteral("dateSaveButton")), Qt::LeftButton);
+        app_->runner()->waitForDone();
+        QVERIFY(!dialog->isVisible());
+        const QJsonObject tags = test::exiftool(output(QStringLiteral("exiv2-nikon-d70.jpg")));
+        QCOMPARE(tags.value(QStringLiteral("ExifIFD:DateTimeOriginal")).toString(), QStringLiteral("2015:06:01 10:00:00"));
+        QCOMPARE(tags.value(QStringLiteral("ExifIFD:CreateDate")).toString(), QStringLiteral("2015:06:01 10:00:05"));
+        QCOMPARE(QFileInfo(output(QStringLiteral("exiv2-nikon-d70.jpg"))).lastModified(),
+                 QDateTime(QDate(2015, 6, 1), QTime(10, 0, 0)));
+    }
+
+    void batchDialogShiftsSeveralPhotos()
+    {
+        importWithAddCommand(dataFiles(kPhotos));
+        const QStringList names = {QStringLiteral("exiv2-nikon-d70.jpg"), QStringLiteral("et-GPS.jpg")};
+        selectPhotos(names);
+        // With several photos the date command opens the batch dialog.
+        trigger(QStringLiteral("actionChangeDate"));
+        BatchDateDialog* dialog = app_->dateActions()->batchDialog();
+        QVERIFY(dialog->isVisible());
+        dialog->findChild<QLineEdit*>(QStringLiteral("dayVaulab"))->setText(QStringLiteral("1"));
+        dialog->findChild<QLineEdit*>(QStringLiteral("hourVaulab"))->setText(QStringLiteral("2"));
+        QTest::mouseClick(dialog->findChild<QPushButton*>(QStringLiteral("AddTimeBtn")), Qt::LeftButton);
+        saveScreenshot(dialog, QStringLiteral("main-window-batch-dialog.png"));
+        QTest::mouseClick(dialog->findChild<QPushButton*>(QStringLiteral("mutiDateSaveButton")), Qt::LeftButton);
+        app_->runner()->waitForDone();
+        QVERIFY(!dialog->isVisible());
+        for (const QString& name : names) {
+            const QString before =
+                test::exiftool(test::dataPath(name)).value(QStringLiteral("ExifIFD:DateTimeOriginal")).toString();
+            const QString after = test::exiftool(output(name)).value(QStringLiteral("ExifIFD:DateTimeOriginal")).toString();
+            const QDateTime was = QDateTime::fromString(before, QStringLiteral("yyyy:MM:dd HH:mm:ss"));
+            const QDateTime now = QDateTime::fromString(after, QStringLiteral("yyyy:MM:dd HH:mm:ss"));
+            QVERIFY2(was.isValid() && now.isValid(), qPrintable(name + ": " + before + " -> " + after));
+            QCOMPARE(was.secsTo(now), 26 * 3600);
+        }
+        // The fields are cleared for the next run.
+        QVERIFY(dialog->findChild<QLineEdit*>(QStringLiteral("dayVaulab"))->text().isEmpty());
+    }
+
+    void exportFromMenuWritesThePropertyList()
+    {
+        importWithAddCommand(dataFiles(kPhotos));
+        selectPhotos({QStringLiteral("et-GPS.jpg"), QStringLiteral("exiv2-nikon-d70.jpg")});
+        trigger(QStringLiteral("actionExport3"));  // EXIF and GPS
+        const QString plist = output(QStringLiteral("ExportExifandGPSInfo.plist"));
+        QVERIFY(QFile::exists(plist));
+        QProcess check;
+        check.start(QStringLiteral("plistutil"), {QStringLiteral("-i"), plist, QStringLiteral("-f"), QStringLiteral("xml")});
+        QVERIFY(check.waitForFinished(30000));
+        const QByteArray xml = check.readAllStandardOutput();
+        QVERIFY(xml.contains("<key>et-GPS.jpg</key>"));
+        QVERIFY(xml.contains("<key>exiv2-nikon-d70.jpg</key>"));
+        QVERIFY(xml.contains("<key>{GPS}</key>"));
+    }
+
+    void preferencesRoundTrip()
+    {
+        PreferencesDialog* sheet = app_->preferencesSheet();
+        trigger(QStringLiteral("actionPreferences"));
+        QVERIFY(sheet->isVisible());
+        const QString chosen = temp_.filePath(QStringLiteral("chosen-output"));
+        sheet->chooseFolder = [chosen](QWidget*) { return chosen; };
+        QTest::mouseClick(sheet->findChild<QPushButton*>(QStringLiteral("chooseStorageButton")), Qt::LeftButton);
+        sheet->findChild<QComboBox*>(QStringLiteral("cornerPopup"))->setCurrentIndex(3);
+        sheet->findChild<QComboBox*>(QStringLiteral("dateFormatPopup"))->setCurrentIndex(2);
+        saveScreenshot(sheet, QStringLiteral("main-window-preferences.png"));
+        QTest::mouseClick(sheet->findChild<QPushButton*>(QStringLiteral("savePreferencesButton")), Qt::LeftButton);
+        QVERIFY(!sheet->isVisible());
+        QCOMPARE(app_->storagelocation, chosen);
+        QVERIFY(QFileInfo(chosen).isDir());
+
+        const QString file = temp_.filePath(QStringLiteral("preferencesRoundTrip.ini"));
+        {
+            QSettings settings(file, QSettings::IniFormat);
+            QCOMPARE(settings.value(QStringLiteral("storagePath")).toString(), chosen);
+            QCOMPARE(settings.value(QStringLiteral("Postion")).toString(), QStringLiteral("Lower right corner"));
+            QCOMPARE(settings.value(QStringLiteral("Dateformat")).toString(), QStringLiteral("YYYY/MM/DD HH:MM"));
+            QCOMPARE(settings.value(QStringLiteral("fontsize")).toInt(), 14);
+        }
+        // The next start shows what was saved.
+        app_.reset();
+        startApp(file);
+        QCOMPARE(app_->preferencesSheet()->values().storagePath, chosen);
+        QCOMPARE(app_->preferencesSheet()->values().cornerIndex, 3);
+        QCOMPARE(app_->preferencesSheet()->values().dateFormatIndex, 2);
+    }
+
+    void closingAsksFirst()
+    {
+        MainWindow* window = app_->window();
+        QTimer::singleShot(200, [] {
+            for (QWidget* widget : QApplication::topLevelWidgets()) {
+                auto* box = qobject_cast<QMessageBox*>(widget);
+                if (box && box->objectName() == QLatin1String("exitAlert")) {
+                    QCOMPARE(box->text(), QStringLiteral("Are you sure you want to Exit ?"));
+                    for (QAbstractButton* button : box->buttons()) {
+                        if (button->text() == QLatin1String("Cancel"))
+                            button->click();
+                    }
+                }
+            }
+        });
+        window->close();
+        QVERIFY(window->isVisible());
+    }
+
+    void importOfTwoHundredFilesKeepsTheWindowResponsive()
+    {
+        // 200 photos and media in nested folders.
+        const QString folder = temp_.filePath(QStringLiteral("many"));
+        const QStringList sources = dataFiles(kPhotos + kMedia);
+        for (int i = 0; i < 200; ++i) {
+            const QString sub = folder + QStringLiteral("/part%1").arg(i / 50);
+            QDir().mkpath(sub);
+            const QString source = sources.at(i % sources.size());
+            QVERIFY(QFile::copy(source, sub + QStringLiteral("/%1-%2").arg(i, 3, 10, QLatin1Char('0')).arg(QFileInfo(source).fileName())));
+        }
+        app_->panels.chooseFolder = [folder](QWidget*, const QString&) { return folder; };
+        // Measure the longest time the event loop was kept from running while the import works.
+        QElapsedTimer clock;
+        qint64 longestStall = 0;
+        qint64 last = 0;
+        QTimer tick;
+        tick.setInterval(5);
+        clock.start();
+        connect(&tick, &QTimer::timeout, [&] {
+            longestStall = std::max(longestStall, clock.elapsed() - last);
+            last = clock.elapsed();
+        });
+        tick.start();
+        trigger(QStringLiteral("actionImportFolder"));
+        app_->importer()->waitForDone();
+        QCOMPARE(app_->localPhotoItemArray()->rowCount(), 200);
+        QCOMPARE(app_->localPhotoItemArray()->item(0).fileName, QStringLiteral("000-et-GPS.jpg"));
+        app_->waitForThumbnails();
+        tick.stop();
+        qInfo("longest event-loop stall during the import of 200 files: %lld ms", longestStall);
+        saveScreenshot(app_->window(), QStringLiteral("main-window-200-files.png"));
+    }
+};
+
+QTEST_MAIN(MainWindowTest)
+#include "MainWindowTest.moc"

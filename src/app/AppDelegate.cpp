@@ -86,11 +86,11 @@ void AppDelegate::awakeFromNib()
     window_->dragtableView->setModel(items_);
     QHeaderView* header = window_->dragtableView->horizontalHeader();
     header->setStretchLastSection(true);
-    header->resizeSection(ImportedItemsModel::Name, 210);
+    header->resizeSection(ImportedItemsModel::Name, 180);
     header->resizeSection(ImportedItemsModel::Size, 74);
     header->resizeSection(ImportedItemsModel::Duration, 66);
     header->resizeSection(ImportedItemsModel::Kind, 92);
-    header->resizeSection(ImportedItemsModel::Artist, 100);
+    header->resizeSection(ImportedItemsModel::Artist, 90);
     // Commands that need a selection wait for one.
     for (QWidget* button : {static_cast<QWidget*>(window_->deletePhotoBtn), static_cast<QWidget*>(window_->downloadPhotoBtn),
                             static_cast<QWidget*>(window_->importEditPhotoBtn), static_cast<QWidget*>(window_->opendeviceBtn)})

@@ -95,6 +95,9 @@ void CommandMenus::buildPopUpMenus()
         [photos] { photos->stampDates(); });
     add(editExifMenu, QStringLiteral("actionSmallCopies"), QStringLiteral("Make Small Copies"),
         [photos] { photos->recompress(); });
+    editExifMenu->addSeparator();
+    add(editExifMenu, QStringLiteral("actionExifSegments"), QStringLiteral("Show EXIF Segments…"),
+        [photos] { photos->showExifSegments(); });
 
     removeExifMenu = new QMenu(QStringLiteral("Remove Metadata"), w);
     removeExifMenu->setObjectName(QStringLiteral("removeExifMenu"));

@@ -6,6 +6,12 @@
 #include "model/Preferences.h"
 #include "photo/JpegRecompression.h"
 #include "photo/PhotoDateStamp.h"
+#include "app/MainWindow.h"
+#include "app/TextReportWindow.h"
+
+#include <QFileInfo>
+#include <QFutureWatcher>
+#include <QtConcurrent/QtConcurrentRun>
 
 namespace pelorin {
 
@@ -155,6 +161,30 @@ void PhotoCommandActions::recompress()
         paths.append(photoInputPath(item, selection.source, storage));
     app_.runCommand(QStringLiteral("Make Small Copies"),
                     [paths](const CommandContext& context) { return recompressPhotos(paths, context); });
+}
+
+void PhotoCommandActions::showExifSegments()
+{
+    if (segmentReadRunning_ || !haveSelection())
+        return;
+    const PhotoSelection selection = app_.currentPhotoSelection();
+    const QString path = photoInputPath(selection.items.first(), selection.source, app_.storagelocation);
+    // The state is handed to one read at a time: the next read starts after this one ended.
+    segmentReadRunning_ = true;
+    auto* watcher = new QFutureWatcher<ExifSegmentReport>(this);
+    ExifSegmentReaderState* state = &segmentReaderState_;
+    connect(watcher, &QFutureWatcher<ExifSegmentReport>::finished, this, [this, watcher, path] {
+        const ExifSegmentReport report = watcher->result();
+        watcher->deleteLater();
+        segmentReadRunning_ = false;
+        QString text = report.error.isEmpty() ? report.lines.join(QLatin1Char('\n')) : report.error;
+        if (report.truncated)
+            text += QStringLiteral("\n… (the listing was cut at its size limit)");
+        auto* window = new TextReportWindow(QStringLiteral("EXIF Segments of %1").arg(QFileInfo(path).fileName()), text,
+                                            app_.window());
+        window->show();
+    });
+    watcher->setFuture(QtConcurrent::run([path, state] { return ReadExifDataFromPiture(path, *state); }));
 }
 
 }  // namespace pelorin

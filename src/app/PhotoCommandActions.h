@@ -2,6 +2,7 @@
 #include "dates/PhotoDateCopy.h"
 #include "dates/PlistExport.h"
 #include "dates/PlistImport.h"
+#include "photo/JpegExifSegmentReader.h"
 #include "photo/PhotoRemoval.h"
 
 #include <QObject>
@@ -27,12 +28,16 @@ public slots:
     void exportCurrentPhotoPlist();
     void stampDates();
     void recompress();
+    void showExifSegments();
 
 private:
     // The selection, or nothing after the "No Item has been selected" alert.
     bool haveSelection();
 
     AppDelegate& app_;
+    // The segment reader's state lives as long as the window, as its thumbnail flag is meant to.
+    ExifSegmentReaderState segmentReaderState_;
+    bool segmentReadRunning_ = false;
 };
 
 QString removalTitle(MetadataRemoval what);

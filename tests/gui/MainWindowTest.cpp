@@ -8,6 +8,8 @@
 #include "app/DateActions.h"
 #include "app/DateDialog.h"
 #include "app/DesktopReveal.h"
+#include "app/GpsDialog.h"
+#include "app/PhotoEditorPanel.h"
 #include "app/ImportActions.h"
 #include "app/ImportedItemsModel.h"
 #include "app/InspectorPanel.h"
@@ -19,6 +21,7 @@
 #include "model/Preferences.h"
 #include "model/PropertyList.h"
 #include "ui/FileDropViews.h"
+#include "ui/HoverToolButton.h"
 #include "ui/WindowLook.h"
 
 #include <QAction>
@@ -281,6 +284,50 @@ private slots:
         QCOMPARE(gui.readAll(), cli.readAll());
     }
 
+    void menuCommandsMatchTheirCommandLineTwins_data()
+    {
+        QTest::addColumn<QString>("action");
+        QTest::addColumn<QStringList>("cli");
+        QTest::addColumn<QStringList>("outputs");
+        const QStringList both = {QStringLiteral("et-GPS.jpg"), QStringLiteral("exiv2-nikon-d70.jpg")};
+        QTest::newRow("strip exif") << "actionRemove0" << QStringList{"strip", "exif"} << both;
+        QTest::newRow("strip iptc") << "actionRemove2" << QStringList{"strip", "iptc"} << both;
+        QTest::newRow("strip all") << "actionRemove4" << QStringList{"strip", "all"} << both;
+        QTest::newRow("name to comment") << "actionDateCopy1" << QStringList{"copy-date", "name-to-comment"} << both;
+        QTest::newRow("date to file dates") << "actionDateCopy0" << QStringList{"copy-date", "exif-to-created"} << both;
+        QTest::newRow("small copies") << "actionSmallCopies" << QStringList{"recompress"}
+                                      << QStringList{"et-GPS_date.jpg", "exiv2-nikon-d70_date.jpg"};
+        QTest::newRow("stamp") << "actionStampDates"
+                               << QStringList{"stamp", "--font", "Lucida Grande", "--size", "14", "--color", "#ffffff",
+                                              "--corner", "Lower left corner", "--format", "MM/DD/YYYY HH:MM"}
+                               << QStringList{"et-GPS_date.jpg", "exiv2-nikon-d70_date.jpg"};
+        QTest::newRow("export all") << "actionExport4" << QStringList{"export-plist", "all"}
+                                    << QStringList{"ExportAllMetadataInfo.plist"};
+    }
+
+    void menuCommandsMatchTheirCommandLineTwins()
+    {
+        QFETCH(QString, action);
+        QFETCH(QStringList, cli);
+        QFETCH(QStringList, outputs);
+        const QStringList names = {QStringLiteral("et-GPS.jpg"), QStringLiteral("exiv2-nikon-d70.jpg")};
+        importWithAddCommand(dataFiles(names));
+        selectPhotos(names);
+        trigger(action);
+        const QString cliFolder = temp_.filePath(QStringLiteral("cli-") + QTest::currentDataTag());
+        QCOMPARE(runCli(cli + dataFiles(names), cliFolder), QString());
+        for (const QString& name : outputs) {
+            QFile gui(output(name));
+            QFile twin(cliFolder + QLatin1Char('/') + name);
+            QVERIFY2(gui.open(QIODevice::ReadOnly), qPrintable(name));
+            QVERIFY2(twin.open(QIODevice::ReadOnly), qPrintable(name));
+            QVERIFY2(gui.readAll() == twin.readAll(), qPrintable(name + QStringLiteral(" differs")));
+            // Commands that date their outputs (by the capture date) date both the same.
+            if (action == QLatin1String("actionDateCopy0") || cli.first() == QLatin1String("recompress"))
+                QCOMPARE(QFileInfo(gui).lastModified(), QFileInfo(twin).lastModified());
+        }
+    }
+
     void noSelectionRaisesTheAlert()
     {
         importWithAddCommand(dataFiles(kPhotos));
@@ -356,6 +403,58 @@ private slots:
         }
         // The fields are cleared for the next run.
         QVERIFY(dialog->findChild<QLineEdit*>(QStringLiteral("dayVaulab"))->text().isEmpty());
+    }
+
+    void gpsDialogEditorAndTemplateWrite()
+    {
+        importWithAddCommand(dataFiles(kPhotos));
+        selectPhotos({QStringLiteral("exiv2-nikon-d70.jpg")});
+        // A photo without a location has none to edit.
+        trigger(QStringLiteral("actionEditGps"));
+        QVERIFY(visibleAlert());
+        QCOMPARE(visibleAlert()->text(), QStringLiteral("No GPS Data"));
+        visibleAlert()->close();
+
+        trigger(QStringLiteral("actionAddGps"));
+        GpsDialog* gps = app_->dateActions()->gpsDialog();
+        QVERIFY(gps->isVisible());
+        const QList<std::pair<const char*, const char*>> typed = {{"latitudelab", "-33.45"},
+                                                                  {"longtitudelab", "-70.66"},
+                                                                  {"altitudelab", "-5"},
+                                                                  {"dateStamplab", "2014:05:01"},
+                                                                  {"timeStamplab", "10:20:30"}};
+        for (const auto& [field, text] : typed)
+            QTest::keyClicks(gps->findChild<QLineEdit*>(QLatin1String(field)), QLatin1String(text));
+        QTest::mouseClick(gps->findChild<QPushButton*>(QStringLiteral("gpsSaveButton")), Qt::LeftButton);
+        app_->runner()->waitForDone();
+        QVERIFY(!gps->isVisible());
+        const QJsonObject located = test::exiftool(output(QStringLiteral("exiv2-nikon-d70.jpg")));
+        QCOMPARE(located.value(QStringLiteral("GPS:GPSLatitudeRef")).toString(), QStringLiteral("S"));
+        QCOMPARE(located.value(QStringLiteral("GPS:GPSLongitudeRef")).toString(), QStringLiteral("W"));
+        QVERIFY(std::abs(located.value(QStringLiteral("GPS:GPSLatitude")).toDouble() - 33.45) < 1e-4);
+        QCOMPARE(located.value(QStringLiteral("GPS:GPSAltitudeRef")).toInt(), 1);
+
+        // The editor writes only what was typed; its template applies to another photo.
+        app_->StartEditViewAction();
+        auto* title = app_->window()->photoEditorView->findChild<QLineEdit*>(QStringLiteral("titleField"));
+        title->clear();
+        QTest::keyClicks(title, QStringLiteral("Harbour at dawn"));
+        QVERIFY(app_->basicInfoChange);
+        QTest::mouseClick(app_->window()->photoEditorView->button(QStringLiteral("editApplyBtn")), Qt::LeftButton);
+        app_->runner()->waitForDone();
+        const QJsonObject edited = test::exiftool(output(QStringLiteral("exiv2-nikon-d70.jpg")));
+        QCOMPARE(edited.value(QStringLiteral("IPTC:ObjectName")).toString(), QStringLiteral("Harbour at dawn"));
+        QVERIFY(!edited.contains(QStringLiteral("GPS:GPSLatitude")));  // written from the original again
+
+        QTest::mouseClick(app_->window()->photoEditorView->button(QStringLiteral("editTemplateBtn")), Qt::LeftButton);
+        app_->runner()->waitForDone();
+        const QString templateFile = output(QStringLiteral("templatefile.plist"));
+        QVERIFY(QFile::exists(templateFile));
+        selectPhotos({QStringLiteral("et-PNG.png")});
+        app_->panels.chooseFile = [templateFile](QWidget*, const QString&, const QString&) { return templateFile; };
+        trigger(QStringLiteral("actionImport5"));
+        QCOMPARE(test::exiftool(output(QStringLiteral("et-PNG.png"))).value(QStringLiteral("IPTC:ObjectName")).toString(),
+                 QStringLiteral("Harbour at dawn"));
     }
 
     void exportFromMenuWritesThePropertyList()

@@ -34,8 +34,11 @@ bool showItemsOverDBus(const QStringList& files)
     const QStringList activatable = bus.interface()->activatableServiceNames();
     if (!registered && !activatable.contains(service))
         return false;
+    // A file manager asked to select thousands of files at once becomes unusable; beyond a few
+    // hundred the folder is shown with the first of them selected.
+    constexpr qsizetype kMaxSelected = 500;
     QStringList uris;
-    for (const QString& file : files)
+    for (const QString& file : files.size() > kMaxSelected ? files.mid(0, 1) : files)
         uris.append(QUrl::fromLocalFile(QFileInfo(file).absoluteFilePath()).toString());
     QDBusMessage call = QDBusMessage::createMethodCall(service, QStringLiteral("/org/freedesktop/FileManager1"),
                                                        service, QStringLiteral("ShowItems"));

@@ -328,6 +328,36 @@ private slots:
         }
     }
 
+    void cancelKeepsFinishedOutputsAndLeavesNoPartialOne()
+    {
+        const QString folder = temp_.filePath(QStringLiteral("to-cancel"));
+        QDir().mkpath(folder);
+        QStringList names;
+        for (int i = 0; i < 300; ++i) {
+            names.append(QStringLiteral("%1.jpg").arg(i, 3, 10, QLatin1Char('0')));
+            QVERIFY(QFile::copy(test::dataPath(QStringLiteral("exiv2-nikon-d70.jpg")), folder + QLatin1Char('/') + names.last()));
+        }
+        app_->panels.chooseFolder = [folder](QWidget*, const QString&) { return folder; };
+        trigger(QStringLiteral("actionImportFolder"));
+        app_->importer()->waitForDone();
+        app_->window()->localImageBrowserView->selectAll();
+        app_->menus()->action(QStringLiteral("actionRemove4"))->trigger();
+        QVERIFY(app_->runner()->isBusy());
+        auto* cancel = app_->window()->taskStatus->findChild<QPushButton*>(QStringLiteral("taskCancelButton"));
+        QVERIFY(cancel && cancel->isVisible());
+        QTest::mouseClick(cancel, Qt::LeftButton);
+        app_->runner()->waitForDone();
+        QVERIFY2(app_->window()->taskStatus->summaryText().contains(QStringLiteral("(cancelled)")),
+                 qPrintable(app_->window()->taskStatus->summaryText()));
+        // Whatever was finished is whole; nothing half-written or temporary is left behind.
+        const QStringList written = QDir(storage_).entryList(QDir::Files | QDir::Hidden);
+        QVERIFY(written.size() < 300);
+        for (const QString& name : written) {
+            QVERIFY2(names.contains(name), qPrintable(name));
+            QVERIFY(!QImage(storage_ + QLatin1Char('/') + name).isNull());
+        }
+    }
+
     void noSelectionRaisesTheAlert()
     {
         importWithAddCommand(dataFiles(kPhotos));

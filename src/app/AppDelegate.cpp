@@ -85,12 +85,15 @@ void AppDelegate::awakeFromNib()
     window_->localImageBrowserView->setModel(browserModel_);
     window_->dragtableView->setModel(items_);
     QHeaderView* header = window_->dragtableView->horizontalHeader();
-    header->setStretchLastSection(true);
-    header->resizeSection(ImportedItemsModel::Name, 180);
+    // The name takes the room the fixed columns leave, so the table never scrolls sideways.
+    header->setStretchLastSection(false);
+    header->setSectionResizeMode(ImportedItemsModel::Name, QHeaderView::Stretch);
+    header->setMinimumSectionSize(40);
     header->resizeSection(ImportedItemsModel::Size, 74);
     header->resizeSection(ImportedItemsModel::Duration, 66);
-    header->resizeSection(ImportedItemsModel::Kind, 92);
-    header->resizeSection(ImportedItemsModel::Artist, 90);
+    header->resizeSection(ImportedItemsModel::Kind, 90);
+    header->resizeSection(ImportedItemsModel::Artist, 86);
+    header->resizeSection(ImportedItemsModel::Album, 86);
     // Commands that need a selection wait for one.
     for (QWidget* button : {static_cast<QWidget*>(window_->deletePhotoBtn), static_cast<QWidget*>(window_->downloadPhotoBtn),
                             static_cast<QWidget*>(window_->importEditPhotoBtn), static_cast<QWidget*>(window_->opendeviceBtn)})

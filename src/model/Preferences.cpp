@@ -127,6 +127,21 @@ bool Preferences::setFromText(const QString& key, const QString& value, QString*
 
 QString Preferences::storagePath() const { return peek().storagePath; }
 
+DeploymentSettings Preferences::deployment() const
+{
+    const auto text = [this](const QString& key, const char* fallback) {
+        return store_->value(key, QString::fromUtf8(fallback)).toString();
+    };
+    DeploymentSettings settings;
+    settings.mapTileUrl = text(DeploymentKey::MapTileUrl, "https://tile.openstreetmap.org/{z}/{x}/{y}.png");
+    settings.mapAttribution = text(DeploymentKey::MapAttribution, "\u00a9 OpenStreetMap contributors");
+    settings.updateServer = text(DeploymentKey::UpdateServer, "https://www.quorvane.com");
+    settings.downloadPage = text(DeploymentKey::DownloadPage, "https://www.quorvane.com/pelorin/download");
+    settings.guidePage = text(DeploymentKey::GuidePage, "https://www.quorvane.com/pelorin/guide");
+    settings.supportPage = text(DeploymentKey::SupportPage, "https://www.quorvane.com/support");
+    return settings;
+}
+
 bool Preferences::isStored(const QString& key) const { return store_->contains(key); }
 
 void Preferences::sync() { store_->sync(); }

@@ -33,6 +33,25 @@ struct PreferenceValues {
     int dateFormatIndex = 0;
 };
 
+// Where the editor reaches the outside world. Deployments (and tests) set them in the same store
+// as the preferences; none is written by the editor itself.
+struct DeploymentSettings {
+    QString mapTileUrl;     // "{z}", "{x}", "{y}" are replaced by the tile's zoom and numbers
+    QString mapAttribution;
+    QString updateServer;   // scheme and host; the document is "/product/mediametaVersion.plist"
+    QString downloadPage;
+    QString guidePage;
+    QString supportPage;
+};
+namespace DeploymentKey {
+inline const QString MapTileUrl = QStringLiteral("mapTileUrl");
+inline const QString MapAttribution = QStringLiteral("mapAttribution");
+inline const QString UpdateServer = QStringLiteral("updateServer");
+inline const QString DownloadPage = QStringLiteral("downloadPage");
+inline const QString GuidePage = QStringLiteral("guidePage");
+inline const QString SupportPage = QStringLiteral("supportPage");
+}  // namespace DeploymentKey
+
 // The user's preferences, kept in QSettings under organisation "Quorvane", application "Pelorin".
 class Preferences {
 public:
@@ -62,6 +81,7 @@ public:
     bool setFromText(const QString& key, const QString& value, QString* error);
 
     QString storagePath() const;
+    DeploymentSettings deployment() const;
     bool isStored(const QString& key) const;
     void sync();
 

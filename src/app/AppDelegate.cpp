@@ -7,6 +7,9 @@
 #include "app/ImportedItemsModel.h"
 #include "app/InspectorPanel.h"
 #include "app/MainWindow.h"
+#include "app/MapSettings.h"
+#include "app/MediaEditActions.h"
+#include "app/UpdateActions.h"
 #include "app/MediaImporter.h"
 #include "app/PhotoBrowserModel.h"
 #include "app/PhotoCommandActions.h"
@@ -26,6 +29,8 @@
 #include "ui/HoverToolButton.h"
 
 #include <QApplication>
+#include <QDesktopServices>
+#include <QIcon>
 #include <QFileInfo>
 #include <QHeaderView>
 #include <QItemSelectionModel>
@@ -44,6 +49,7 @@ AppDelegate::AppDelegate(std::unique_ptr<Preferences> preferences)
     : preferences_(preferences ? std::move(preferences) : std::make_unique<Preferences>())
 {
     shared_ = this;
+    openUrl = [](const QUrl& url) { QDesktopServices::openUrl(url); };
     basicInfoChange = cameraInfoChange = gpsInfoChange = false;
     currentExifDictionary.clear();
     currentChooseFilePath.clear();
@@ -80,6 +86,9 @@ void AppDelegate::awakeFromNib()
     importActions_ = new ImportActions(*this);
     photoCommands_ = new PhotoCommandActions(*this);
     dateActions_ = new DateActions(*this);
+    mediaEdits_ = new MediaEditActions(*this);
+    updates_ = new UpdateActions(*this);
+    configureMap(window_->inspector->map(), *preferences_);
     menus_ = std::make_unique<CommandMenus>(*this);
 
     window_->localImageBrowserView->setModel(browserModel_);
@@ -295,11 +304,32 @@ void AppDelegate::HideEditViewAction()
 
 void AppDelegate::ClickAbout()
 {
-    QMessageBox::about(window_, QStringLiteral("About Quorvane Pelorin"),
-                       QStringLiteral("<b>Quorvane Pelorin %1</b><p>View and fix the metadata of photos, audio "
-                                      "and video. Your originals are never changed: every command writes a new "
-                                      "file into the output folder.</p>")
-                           .arg(QStringLiteral(PELORIN_VERSION)));
+    QMessageBox box(window_);
+    box.setObjectName(QStringLiteral("aboutWindow"));
+    box.setWindowTitle(QStringLiteral("About Quorvane Pelorin"));
+    box.setIconPixmap(QIcon(QStringLiteral(":/icons/pelorin.svg")).pixmap(96, 96));
+    box.setText(QStringLiteral("<b>Quorvane Pelorin %1</b>").arg(QStringLiteral(PELORIN_VERSION)));
+    box.setInformativeText(QStringLiteral(
+        "View and fix the metadata of photos, audio and video. Your originals are never changed: every "
+        "command writes a new file into the output folder.<p>Licensed under the GNU General Public License, "
+        "version 3 or later. Map data \u00a9 OpenStreetMap contributors."));
+    box.addButton(QStringLiteral(" Ok "), QMessageBox::AcceptRole);
+    box.exec();
+}
+
+void AppDelegate::CheckforUpdateAction()
+{
+    updates_->CheckforUpdateAction();
+}
+
+void AppDelegate::CLICkProductGuide()
+{
+    openUrl(QUrl(preferences_->deployment().guidePage));
+}
+
+void AppDelegate::CLICkSupport()
+{
+    openUrl(QUrl(preferences_->deployment().supportPage));
 }
 
 void AppDelegate::imageBrowserSelectionDidChange()
@@ -308,6 +338,7 @@ void AppDelegate::imageBrowserSelectionDidChange()
     if (rows.isEmpty())
         return;
     const IKImageItem& item = items_->item(rows.first());
+    window_->rightStack->setCurrentWidget(window_->inspector);
     if (!isImageExtension(pathExtension(item.filePath))) {
         window_->inspector->showMessage(item.fileName, QStringLiteral("Movies are shown in the media table."));
         return;
@@ -325,6 +356,13 @@ void AppDelegate::imageBrowserSelectionDidChange()
     const PhotoFileFacts facts{item.fileName, dates.created, dates.modified, QFileInfo(item.filePath).size()};
     const PhotoEditorFill fill = fillPhotoEditorFields(photo.properties, facts);
     oldTexts = fill.old;
+    window_->rightStack->setCurrentWidget(window_->inspector);
+    bMapPreview = fill.hasGps;
+    currentCoords = QPointF(fill.latitude, fill.longitude);
+    if (fill.hasGps)
+        window_->inspector->showLocation(fill.latitude, fill.longitude);
+    else
+        window_->inspector->hideLocation();
     window_->inspector->showPhoto(propTree(photo.properties),
                                   {item.fileName, fill.fields.fileSize, fill.fields.imageSize, fill.fields.creationDate});
     window_->photoEditorView->setTexts(fill.fields);

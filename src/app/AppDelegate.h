@@ -8,6 +8,9 @@
 
 #include <QColor>
 #include <QObject>
+#include <QPointF>
+#include <QUrl>
+#include <functional>
 #include <QVariantMap>
 #include <memory>
 
@@ -18,6 +21,8 @@ class DateActions;
 class ImportActions;
 class ImportedItemsModel;
 class MainWindow;
+class MediaEditActions;
+class UpdateActions;
 class MediaImporter;
 class PhotoBrowserModel;
 class PhotoCommandActions;
@@ -52,9 +57,13 @@ public:
     DateActions* dateActions() const { return dateActions_; }
     ImportActions* importActions() const { return importActions_; }
     PhotoCommandActions* photoCommands() const { return photoCommands_; }
+    MediaEditActions* mediaEdits() const { return mediaEdits_; }
+    UpdateActions* updates() const { return updates_; }
     Preferences& preferences() { return *preferences_; }
 
     FilePanels panels = FilePanels::desktop();
+    // Opens a web page in the user's browser (tests replace it).
+    std::function<void(const QUrl&)> openUrl;
 
     // Editor state shared by the commands.
     bool blocalMode = true;
@@ -70,6 +79,8 @@ public:
     bool cameraInfoChange = false;
     bool gpsInfoChange = false;
     QList<IKImageItem> cameItemArray;
+    bool bMapPreview = false;   // the photo in the inspector has a location
+    QPointF currentCoords;      // its latitude and longitude, signed
 
     // The selected photos of the active source, in list order.
     PhotoSelection currentPhotoSelection() const;
@@ -94,6 +105,9 @@ public slots:
     void StartEditViewAction();
     void HideEditViewAction();
     void ClickAbout();
+    void CLICkProductGuide();
+    void CLICkSupport();
+    void CheckforUpdateAction();
     // Shows the selected photo in the inspector and fills the editor.
     void imageBrowserSelectionDidChange();
     // Lays the left pane out for the list: its hint when empty, the browser otherwise.
@@ -117,6 +131,8 @@ private:
     DateActions* dateActions_ = nullptr;
     ImportActions* importActions_ = nullptr;
     PhotoCommandActions* photoCommands_ = nullptr;
+    MediaEditActions* mediaEdits_ = nullptr;
+    UpdateActions* updates_ = nullptr;
 };
 
 }  // namespace pelorin

@@ -4,6 +4,7 @@
 #include "app/DateActions.h"
 #include "app/ImportActions.h"
 #include "app/MainWindow.h"
+#include "app/MediaEditActions.h"
 #include "app/PhotoCommandActions.h"
 #include "app/PhotoEditorPanel.h"
 #include "ui/FileDropViews.h"
@@ -90,6 +91,8 @@ void CommandMenus::buildPopUpMenus()
         [dates] { dates->EditeGPSExifDataPhoto(); });
     add(editExifMenu, QStringLiteral("actionAddGps"), QStringLiteral("Add GPS Location…"),
         [dates] { dates->AddGPSExifDataPhoto(); });
+    add(editExifMenu, QStringLiteral("actionShowMap"), QStringLiteral("Show Location on Map"),
+        [dates] { dates->ShowMapAction(); });
     editExifMenu->addSeparator();
     add(editExifMenu, QStringLiteral("actionStampDates"), QStringLiteral("Stamp Date on Photos"),
         [photos] { photos->stampDates(); });
@@ -190,6 +193,14 @@ void CommandMenus::buildMenuBar()
 
     QMenu* media = bar->addMenu(QStringLiteral("&Media"));
     media->addAction(addFiles);
+    MediaEditActions* mediaEdits = app_.mediaEdits();
+    add(media, QStringLiteral("actionEditMedia"), QStringLiteral("Edit Selected Item"),
+        [mediaEdits] { mediaEdits->editSelectedMediaItem(); })
+        ->setShortcut(QKeySequence(QStringLiteral("Ctrl+Shift+E")));
+    add(media, QStringLiteral("actionSaveMedia"), QStringLiteral("Save Changes"),
+        [mediaEdits] { mediaEdits->SaveMeidaFileChangesAction(); })
+        ->setShortcut(QKeySequence::Save);
+    media->addSeparator();
     add(media, QStringLiteral("actionRemoveMediaFromList"), QStringLiteral("Remove Selected from List"),
         [imports] { imports->RemoveMediaFileAction(); });
     media->addMenu(removeMediaMetaMenu);
@@ -202,6 +213,11 @@ void CommandMenus::buildMenuBar()
         [this] { app_.ChangeToImportiOSDevicePhoto(); });
 
     QMenu* help = bar->addMenu(QStringLiteral("&Help"));
+    add(help, QStringLiteral("actionGuide"), QStringLiteral("User Guide"), [this] { app_.CLICkProductGuide(); });
+    add(help, QStringLiteral("actionSupport"), QStringLiteral("Support"), [this] { app_.CLICkSupport(); });
+    add(help, QStringLiteral("actionCheckForUpdates"), QStringLiteral("Check for Updates…"),
+        [this] { app_.CheckforUpdateAction(); });
+    help->addSeparator();
     add(help, QStringLiteral("actionAbout"), QStringLiteral("About Quorvane Pelorin"), [this] { app_.ClickAbout(); });
 }
 

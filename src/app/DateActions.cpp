@@ -4,6 +4,9 @@
 #include "app/BatchDateDialog.h"
 #include "app/DateDialog.h"
 #include "app/GpsDialog.h"
+#include "app/MapSettings.h"
+#include "app/MapWindow.h"
+#include "ui/TileMapView.h"
 #include "app/MainWindow.h"
 #include "app/PhotoEditorPanel.h"
 #include "dates/EditorApply.h"
@@ -18,6 +21,7 @@
 #include "photo/PhotoThumbnails.h"
 
 #include <QFileInfo>
+#include <QLayout>
 
 namespace pelorin {
 
@@ -37,8 +41,16 @@ DateActions::DateActions(AppDelegate& app)
       app_(app),
       dateDialog_(new DateDialog(app.window())),
       batchDialog_(new BatchDateDialog(app.window())),
-      gpsDialog_(new GpsDialog(app.window()))
+      gpsDialog_(new GpsDialog(app.window())),
+      previewMap_(new TileMapView(gpsDialog_->mapArea())),
+      mapWindow_(new MapWindow(app.preferences(), app.window()))
 {
+    // The dialog's map area shows the tile map; the map writes the coordinate itself.
+    previewMap_->setObjectName(QStringLiteral("previewMapView"));
+    configureMap(previewMap_, app.preferences());
+    if (QWidget* text = gpsDialog_->mapArea()->findChild<QWidget*>(QStringLiteral("previewCoordinateLabel")))
+        text->hide();
+    gpsDialog_->mapArea()->layout()->addWidget(previewMap_);
     for (QDialog* dialog : {static_cast<QDialog*>(dateDialog_), static_cast<QDialog*>(batchDialog_),
                             static_cast<QDialog*>(gpsDialog_)})
         dialog->setWindowModality(Qt::WindowModal);
@@ -179,6 +191,7 @@ void DateActions::EditeGPSExifDataPhoto()
     gpsDialog_->setInput({fill.fields.gpsLatitude, fill.fields.gpsLongitude, fill.fields.gpsAltitude,
                           fill.fields.gpsDate, fill.fields.gpsTime});
     gpsDialog_->showPreviewCoordinate(fill.latitude, fill.longitude);
+    previewMap_->showCoordinate(fill.latitude, fill.longitude);
     gpsDialog_->open();
 }
 
@@ -187,6 +200,7 @@ void DateActions::AddGPSExifDataPhoto()
     if (!haveSelection())
         return;
     gpsDialog_->setNewLocationPlaceholders();
+    previewMap_->clearPin();
     gpsDialog_->open();
 }
 
@@ -202,6 +216,21 @@ void DateActions::PreviewCurrentGPSInMap()
         return;
     }
     gpsDialog_->showPreviewCoordinate(latitude, longitude);
+    previewMap_->showCoordinate(latitude, longitude);
+}
+
+void DateActions::ShowMapAction()
+{
+    if (mapWindow_->isVisible()) {
+        mapWindow_->hide();
+        return;
+    }
+    if (!app_.bMapPreview) {
+        app_.showAlert({QStringLiteral("No GPS Data"), QStringLiteral("This photo does not contain GPS information.")});
+        return;
+    }
+    mapWindow_->show();
+    mapWindow_->showCoordinate(app_.currentCoords.x(), app_.currentCoords.y());
 }
 
 void DateActions::ClickSaveChangeGPSAction()

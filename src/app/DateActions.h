@@ -7,6 +7,8 @@ class AppDelegate;
 class BatchDateDialog;
 class DateDialog;
 class GpsDialog;
+class MapWindow;
+class TileMapView;
 
 // The photo commands that go through a dialog or the editor: the date of one photo, the dates
 // of many, the GPS location, and the editor's apply and template.
@@ -18,6 +20,8 @@ public:
     DateDialog* dateDialog() const { return dateDialog_; }
     BatchDateDialog* batchDialog() const { return batchDialog_; }
     GpsDialog* gpsDialog() const { return gpsDialog_; }
+    TileMapView* previewMapView() const { return previewMap_; }
+    MapWindow* mapWindow() const { return mapWindow_; }
 
 public slots:
     void ChangeDateExifFromPhoto();
@@ -26,6 +30,7 @@ public slots:
     void AddGPSExifDataPhoto();
     void ClickApplyChangeAction();
     void ExportTemplateDataToPlist();
+    void ShowMapAction();
 
 private:
     void ClickDateChangedSaveAction();
@@ -41,6 +46,8 @@ private:
     DateDialog* dateDialog_;
     BatchDateDialog* batchDialog_;
     GpsDialog* gpsDialog_;
+    TileMapView* previewMap_;
+    MapWindow* mapWindow_;
 };
 
 }  // namespace pelorin

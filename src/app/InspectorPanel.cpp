@@ -1,5 +1,7 @@
 #include "app/InspectorPanel.h"
 
+#include "ui/TileMapView.h"
+
 #include <QHeaderView>
 #include <QLabel>
 #include <QTreeWidget>
@@ -41,6 +43,11 @@ InspectorPanel::InspectorPanel(QWidget* parent) : QFrame(parent)
     layout->addWidget(name_);
     layout->addWidget(facts_);
     layout->addWidget(tree_, 1);
+    map_ = new TileMapView(this);
+    map_->setObjectName(QStringLiteral("currentlocalMapView"));
+    map_->setMinimumHeight(200);
+    map_->setMaximumHeight(240);
+    layout->addWidget(map_);
     clear();
 }
 
@@ -85,13 +92,27 @@ void InspectorPanel::showPhoto(const QList<PropertyTreeNode>& tree, const Facts&
 
 void InspectorPanel::showMessage(const QString& fileName, const QString& message)
 {
+    hideLocation();
     tree_->clear();
     name_->setText(fileName);
     facts_->setText(message);
 }
 
+void InspectorPanel::showLocation(double latitude, double longitude)
+{
+    map_->show();
+    map_->showCoordinate(latitude, longitude);
+}
+
+void InspectorPanel::hideLocation()
+{
+    map_->clearPin();
+    map_->hide();
+}
+
 void InspectorPanel::clear()
 {
+    hideLocation();
     tree_->clear();
     name_->setText(QStringLiteral("No photo selected"));
     facts_->setText(QStringLiteral("Select a photo to see its metadata."));

@@ -9,6 +9,8 @@ class QTreeWidgetItem;
 
 namespace pelorin {
 
+class TileMapView;
+
 // The right-hand pane: the selected photo's file facts over the tree of every property group
 // and value.
 class InspectorPanel : public QFrame {
@@ -24,6 +26,10 @@ public:
     void clear();
 
     QTreeWidget* tree() const { return tree_; }
+    // The map under the tree: shown with a pin for a photo that has a location, hidden otherwise.
+    TileMapView* map() const { return map_; }
+    void showLocation(double latitude, double longitude);
+    void hideLocation();
 
 private:
     void addNodes(QTreeWidgetItem* parent, const QList<PropertyTreeNode>& nodes);
@@ -31,6 +37,7 @@ private:
     QLabel* name_;
     QLabel* facts_;
     QTreeWidget* tree_;
+    TileMapView* map_;
 };
 
 }  // namespace pelorin

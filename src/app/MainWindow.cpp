@@ -86,7 +86,7 @@ MainWindow::MainWindow(QWidget* parent) : QMainWindow(parent)
     splitter->setStretchFactor(0, 0);
     splitter->setStretchFactor(1, 1);
     splitter->setStretchFactor(2, 0);
-    splitter->setSizes({360, 620, 340});
+    splitter->setSizes({340, 540, 440});
     layout->addWidget(splitter);
     setCentralWidget(central);
 
@@ -220,14 +220,16 @@ QWidget* MainWindow::buildMediaPane()
 
 QWidget* MainWindow::buildInspectorPane()
 {
-    inspector = new InspectorPanel(this);
-    inspector->setMinimumWidth(330);
+    rightStack = new QStackedWidget(this);
+    rightStack->setObjectName(QStringLiteral("rightStack"));
+    inspector = new InspectorPanel(rightStack);
+    rightStack->addWidget(inspector);
     starteditBtn = new HoverToolButton(QStringLiteral("starteditBtn"), QStringLiteral("edit"),
                                        QStringLiteral("Edit Photo"), inspector);
     starteditBtn->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     starteditBtn->setIconSize(QSize(24, 24));
     inspector->layout()->addWidget(starteditBtn);
-    return inspector;
+    return rightStack;
 }
 
 void MainWindow::showPhotoHint()

@@ -56,7 +56,8 @@ public:
     MediaTableView* dragtableView;
     QLabel* mediaCountLabel;
 
-    // Right side.
+    // Right side: the inspector, or the audio or video editor.
+    QStackedWidget* rightStack;
     InspectorPanel* inspector;
     HoverToolButton* starteditBtn;
     PhotoEditorPanel* photoEditorView;

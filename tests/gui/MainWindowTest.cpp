@@ -171,6 +171,9 @@ private slots:
     void initTestCase()
     {
         Q_INIT_RESOURCE(pelorin);
+        // As the editor's main() does: the players need the FFmpeg backend.
+        if (qEnvironmentVariableIsEmpty("QT_MEDIA_BACKEND"))
+            qputenv("QT_MEDIA_BACKEND", "ffmpeg");
         QVERIFY(temp_.isValid());
         DesktopReveal::setEnabled(false);
         applyWindowLook(*qApp);

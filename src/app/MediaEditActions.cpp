@@ -1,0 +1,227 @@
+#include "app/MediaEditActions.h"
+
+#include "app/AppDelegate.h"
+#include "app/AudioEditorView.h"
+#include "app/ImportedItemsModel.h"
+#include "app/MainWindow.h"
+#include "app/MapSettings.h"
+#include "app/MediaPlayerBar.h"
+#include "app/VideoEditorView.h"
+#include "audio/AudioEdits.h"
+#include "model/FileKinds.h"
+#include "ui/ArtworkWell.h"
+#include "ui/FileDropViews.h"
+#include "ui/HoverToolButton.h"
+#include "ui/TileMapView.h"
+#include "video/MovieEditorModel.h"
+#include "video/MoviePoster.h"
+#include "video/MovieSave.h"
+
+#include <QFile>
+#include <QImageReader>
+#include <QStackedWidget>
+#include <QVBoxLayout>
+
+namespace pelorin {
+
+namespace {
+
+// A dropped file as artwork: a picture as it is, or the first picture of a movie.
+QImage artworkPicture(const QString& path)
+{
+    if (isVideoExtension(pathExtension(path)) && !isImageExtension(pathExtension(path)))
+        return moviePosterFrame(path, 1200);
+    QImageReader reader(path);
+    reader.setAutoTransform(true);
+    return reader.read();
+}
+
+}  // namespace
+
+MediaEditActions::MediaEditActions(AppDelegate& app)
+    : QObject(&app), app_(app), audioView_(new AudioEditorView), videoView_(new VideoEditorView)
+{
+    MainWindow* w = app_.window();
+    w->rightStack->addWidget(audioView_);
+    w->rightStack->addWidget(videoView_);
+    videoMap_ = new TileMapView(videoView_->mapArea());
+    videoMap_->setObjectName(QStringLiteral("mediaMapView"));
+    configureMap(videoMap_, app_.preferences());
+    auto* mapLayout = videoView_->mapArea()->layout() ? videoView_->mapArea()->layout()
+                                                      : new QVBoxLayout(videoView_->mapArea());
+    mapLayout->setContentsMargins(0, 0, 0, 0);
+    mapLayout->addWidget(videoMap_);
+
+    connect(w->dragtableView, &QAbstractItemView::doubleClicked, this, [this](const QModelIndex& index) {
+        showMediaRow(index.row());
+    });
+    connect(w->dragtableView, &QAbstractItemView::activated, this, [this](const QModelIndex& index) {
+        showMediaRow(index.row());
+    });
+    connect(w->SaveMediaChangesBtn, &QToolButton::clicked, this, &MediaEditActions::SaveMeidaFileChangesAction);
+    connect(audioView_, &AudioEditorView::artworkDropped, this, &MediaEditActions::NSDragOperationImageViewNoteHandle);
+    connect(videoView_, &VideoEditorView::artworkDropped, this, &MediaEditActions::NSDragOperationImageViewNoteHandle);
+    connect(audioView_, &AudioEditorView::editingStarted, this, [this](const QString& group) {
+        (group == QLatin1String("basic") ? app_.basicInfoChange : app_.cameraInfoChange) = true;
+    });
+    connect(videoView_, &VideoEditorView::editingStarted, this, [this](const QString& group) {
+        if (group == QLatin1String("basic"))
+            app_.basicInfoChange = true;
+        else if (group == QLatin1String("camera"))
+            app_.cameraInfoChange = true;
+        else
+            app_.gpsInfoChange = true;
+    });
+    // A typed location moves the map there at once.
+    connect(videoView_, &VideoEditorView::locationTyped, this, [this](double latitude, double longitude) {
+        videoMap_->showCoordinate(latitude, longitude);
+    });
+}
+
+void MediaEditActions::editSelectedMediaItem()
+{
+    const QList<int> rows = app_.selectedMediaRows();
+    if (rows.isEmpty()) {
+        app_.showAlert(Alerts::noSelection());
+        return;
+    }
+    showMediaRow(rows.first());
+}
+
+void MediaEditActions::showMediaRow(int row)
+{
+    if (row < 0 || row >= app_.localPhotoItemArray()->rowCount())
+        return;
+    const QString extension = pathExtension(app_.localPhotoItemArray()->item(row).filePath);
+    if (isAudioExtension(extension))
+        ShowAudioViewWithItem(row);
+    else if (isVideoExtension(extension))
+        ShowVideoViewWithItem(row);
+}
+
+void MediaEditActions::ShowAudioViewWithItem(int row)
+{
+    videoView_->playerBar()->pause();
+    const IKImageItem& item = app_.localPhotoItemArray()->item(row);
+    audioView_->showItem(item);
+    app_.window()->rightStack->setCurrentWidget(audioView_);
+    app_.window()->SaveMediaChangesBtn->setEnabled(true);
+}
+
+void MediaEditActions::ShowVideoViewWithItem(int row)
+{
+    audioView_->playerBar()->pause();
+    const IKImageItem& item = app_.localPhotoItemArray()->item(row);
+    videoView_->showItem(item);
+    const MovieEditorFields fields = MovieEditorFields::fromItem(item);
+    bool latitudeOk = false;
+    bool longitudeOk = false;
+    const double latitude = fields.latitude.toDouble(&latitudeOk);
+    const double longitude = fields.longitude.toDouble(&longitudeOk);
+    if (latitudeOk && longitudeOk && (latitude != 0.0 || longitude != 0.0))
+        videoMap_->showCoordinate(latitude, longitude);
+    else
+        videoMap_->clearPin();
+    app_.window()->rightStack->setCurrentWidget(videoView_);
+    app_.window()->SaveMediaChangesBtn->setEnabled(true);
+}
+
+void MediaEditActions::NSDragOperationImageViewNoteHandle(const QString& path)
+{
+    const QImage picture = artworkPicture(path);
+    if (picture.isNull()) {
+        app_.showAlert({QStringLiteral("Not a picture"),
+                        QStringLiteral("The dropped file cannot be read as a picture.")});
+        return;
+    }
+    // The artwork goes to every selected item; it is written when the user saves.
+    for (int row : app_.selectedMediaRows()) {
+        IKImageItem record = app_.localPhotoItemArray()->item(row);
+        record.fileImage = picture;
+        record.fileImagePath = path;
+        app_.localPhotoItemArray()->replace(row, record);
+    }
+    if (app_.window()->rightStack->currentWidget() == audioView_)
+        audioView_->setDroppedArtwork(path, picture);
+    else
+        videoView_->setDroppedArtwork(path, picture);
+}
+
+void MediaEditActions::SaveMeidaFileChangesAction()
+{
+    const QList<int> rows = app_.selectedMediaRows();
+    if (rows.isEmpty()) {
+        app_.showAlert(Alerts::noSelection());
+        return;
+    }
+    const bool audioOpen = app_.window()->rightStack->currentWidget() == audioView_;
+    const bool videoOpen = app_.window()->rightStack->currentWidget() == videoView_;
+    if (!audioOpen && !videoOpen) {
+        app_.showAlert({QStringLiteral("No editor is open"),
+                        QStringLiteral("Double-click an audio or movie file in the media table to edit it.")});
+        return;
+    }
+    QStringList audioFiles;
+    QStringList movieFiles;
+    QStringList others;
+    for (int row : rows) {
+        const QString path = app_.localPhotoItemArray()->item(row).filePath;
+        const QString extension = pathExtension(path);
+        if (audioOpen && isAudioExtension(extension))
+            audioFiles.append(path);
+        else if (videoOpen && isVideoExtension(extension))
+            movieFiles.append(path);
+        else
+            others.append(path);
+    }
+    // The open editor's changes, taken now: the user may go on typing while the save runs.
+    AudioEdit audioTemplate;
+    QString audioArtworkPath;
+    if (audioOpen) {
+        audioTemplate.opening = audioView_->openingTexts();
+        audioTemplate.current = audioView_->currentTexts();
+        audioTemplate.basicInfoChange = audioView_->basicInfoChanged();
+        audioTemplate.cameraInfoChange = audioView_->cameraInfoChanged();
+        audioTemplate.openingCreatedDate = audioView_->openingCreatedDate();
+        audioTemplate.createdDate = audioView_->createdDate();
+        audioArtworkPath = audioView_->droppedArtworkPath();
+    }
+    MovieFieldEdits movieEdits;
+    if (videoOpen) {
+        movieEdits = movieEditsFromEditor(videoView_->shownFields(), videoView_->oldFields(), videoView_->editFlags());
+        if (!videoView_->droppedArtworkPath().isEmpty())
+            movieEdits.artworkPath = videoView_->droppedArtworkPath();
+    }
+    const QString editorKind = audioOpen ? QStringLiteral("audio") : QStringLiteral("movie");
+    app_.runCommand(
+        QStringLiteral("Save Media Changes"),
+        [audioFiles, movieFiles, others, audioTemplate, audioArtworkPath, movieEdits,
+         editorKind](const CommandContext& context) {
+            CommandResult result;
+            for (const QString& path : others)
+                result.skip(path, QStringLiteral("the open editor edits %1 files; open this one in its own editor")
+                                      .arg(editorKind));
+            QByteArray artwork;
+            if (!audioArtworkPath.isEmpty()) {
+                QFile file(audioArtworkPath);
+                if (file.open(QIODevice::ReadOnly))
+                    artwork = file.readAll();
+            }
+            const int total = int(audioFiles.size() + movieFiles.size());
+            int done = 0;
+            for (const QString& path : audioFiles) {
+                if (context.isCancelled())
+                    return result;
+                AudioEdit edit = audioTemplate;
+                edit.sourcePath = path;
+                edit.artwork = artwork;
+                result.merge(saveAudioEdits(edit, context));
+                context.report(++done, total);
+            }
+            if (!movieFiles.isEmpty())
+                result.merge(saveMovieFields(movieFiles, movieEdits, context));
+            return result;
+        });
+}
+
+}  // namespace pelorin

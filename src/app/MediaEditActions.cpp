@@ -58,6 +58,13 @@ MediaEditActions::MediaEditActions(AppDelegate& app)
     connect(w->dragtableView, &QAbstractItemView::activated, this, [this](const QModelIndex& index) {
         showMediaRow(index.row());
     });
+    // Only the editor in view plays; leaving it for another pane pauses it.
+    connect(w->rightStack, &QStackedWidget::currentChanged, this, [this] {
+        if (app_.window()->rightStack->currentWidget() != audioView_)
+            audioView_->playerBar()->pause();
+        if (app_.window()->rightStack->currentWidget() != videoView_)
+            videoView_->playerBar()->pause();
+    });
     connect(w->SaveMediaChangesBtn, &QToolButton::clicked, this, &MediaEditActions::SaveMeidaFileChangesAction);
     connect(audioView_, &AudioEditorView::artworkDropped, this, &MediaEditActions::NSDragOperationImageViewNoteHandle);
     connect(videoView_, &VideoEditorView::artworkDropped, this, &MediaEditActions::NSDragOperationImageViewNoteHandle);

@@ -38,6 +38,7 @@
 #include <QMimeData>
 #include <QPainter>
 #include <QProcess>
+#include <QScrollArea>
 #include <QPushButton>
 #include <QSettings>
 #include <QStackedWidget>
@@ -279,6 +280,9 @@ private slots:
         QVERIFY(std::abs(map->centre().y() + 70.66) < 1e-6);
         waitForTiles(map);
         QVERIFY(!map->isOffline());
+        if (auto* scroll = editor->findChild<QScrollArea*>())
+            scroll->ensureWidgetVisible(editor->mapArea());
+        QTest::qWait(150);
         QVERIFY(app_->window()->grab().save(screenshotPath(QStringLiteral("video-editor.png"))));
         save();
         const QJsonObject tags = test::exiftool(output(name));

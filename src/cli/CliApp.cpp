@@ -2,6 +2,7 @@
 
 #include "cli/ApplyCommand.h"
 #include "cli/ArtworkCommand.h"
+#include "cli/CameraCommand.h"
 #include "cli/CliOutput.h"
 #include "cli/CopyDateCommand.h"
 #include "cli/ExifSegmentsCommand.h"
@@ -143,6 +144,7 @@ std::unique_ptr<CliApp> makeCliApp()
     auto app = std::make_unique<CliApp>();
     app->add(std::make_unique<ApplyCommand>());
     app->add(std::make_unique<ArtworkCommand>());
+    app->add(std::make_unique<CameraCommand>());
     app->add(std::make_unique<CopyDateCommand>());
     app->add(std::make_unique<ExifSegmentsCommand>());
     app->add(std::make_unique<ExportPlistCommand>());

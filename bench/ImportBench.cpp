@@ -33,6 +33,7 @@ int main(int argc, char** argv)
 {
     qputenv("QT_QPA_PLATFORM", "offscreen");
     qputenv("PELORIN_NO_REVEAL", "1");
+    qputenv("QT_MEDIA_BACKEND", "ffmpeg");  // as the editor itself starts
     QApplication app(argc, argv);
     Q_INIT_RESOURCE(pelorin);
     applyWindowLook(app);

@@ -1,6 +1,8 @@
 #include "app/AppDelegate.h"
 
 #include "app/AlertSheets.h"
+#include "app/CameraActions.h"
+#include "app/CameraItemsModel.h"
 #include "app/CommandMenus.h"
 #include "app/DateActions.h"
 #include "app/ImportActions.h"
@@ -88,6 +90,7 @@ void AppDelegate::awakeFromNib()
     dateActions_ = new DateActions(*this);
     mediaEdits_ = new MediaEditActions(*this);
     updates_ = new UpdateActions(*this);
+    camera_ = new CameraActions(*this);
     configureMap(window_->inspector->map(), *preferences_);
     menus_ = std::make_unique<CommandMenus>(*this);
 
@@ -113,7 +116,7 @@ void AppDelegate::awakeFromNib()
 
 void AppDelegate::applicationDidFinishLaunching()
 {
-    cameItemArray.clear();
+    camera_->startDeviceBrowser();
     window_->showPhotoHint();
     const PreferenceValues values = preferences_->loadAtStartup();
     storagelocation = values.storagePath;
@@ -218,9 +221,10 @@ PhotoSelection AppDelegate::currentPhotoSelection() const
         for (const QModelIndex& index : selected)
             rows.append(index.row());
         std::sort(rows.begin(), rows.end());
+        const QList<IKImageItem>& cameraItems = camera_->items()->items();
         for (int row : rows) {
-            if (row >= 0 && row < cameItemArray.size())
-                selection.items.append(cameItemArray.at(row));
+            if (row >= 0 && row < cameraItems.size())
+                selection.items.append(cameraItems.at(row));
         }
     }
     return selection;
@@ -239,6 +243,53 @@ bool AppDelegate::runCommand(const QString& title, EngineCommand command, Comman
         if (done)
             done(result);
     });
+}
+
+bool AppDelegate::runPhotoCommand(const QString& title, const PhotoSelection& selection, EngineCommand command,
+                                  CommandDone done, QWidget* alertOver)
+{
+    if (selection.source == PhotoSource::Camera) {
+        auto downloadCopies = camera_->copiesDownloader(selection);
+        command = [downloadCopies, command](const CommandContext& context) {
+            CommandResult result;
+            downloadCopies(context, result);
+            result.merge(command(context));
+            return result;
+        };
+    }
+    return runCommand(title, std::move(command), std::move(done), alertOver);
+}
+
+bool AppDelegate::haveCameraCopies(const PhotoSelection& selection, std::function<void()> then)
+{
+    if (selection.source != PhotoSource::Camera)
+        return true;
+    bool complete = true;
+    for (const IKImageItem& item : selection.items)
+        complete = complete && QFileInfo::exists(photoInputPath(item, selection.source, storagelocation));
+    if (complete)
+        return true;
+    auto downloadCopies = camera_->copiesDownloader(selection);
+    runCommand(
+        QStringLiteral("Download from Camera"),
+        [downloadCopies](const CommandContext& context) {
+            CommandResult result;
+            downloadCopies(context, result);
+            return result;
+        },
+        [this, selection, then](const CommandResult& result) {
+            bool arrived = result.skipped.isEmpty();
+            for (const IKImageItem& item : selection.items)
+                arrived = arrived && QFileInfo::exists(photoInputPath(item, selection.source, storagelocation));
+            if (arrived && then)
+                then();
+        });
+    return false;
+}
+
+QAction* AppDelegate::changtoiOSmodemenu() const
+{
+    return menus_ ? menus_->action(QStringLiteral("actionCameraPhotos")) : nullptr;
 }
 
 void AppDelegate::showAlert(const Alert& alert, QWidget* over)
@@ -287,7 +338,7 @@ void AppDelegate::ChangeToImportComputerPhoto()
 void AppDelegate::ChangeToImportiOSDevicePhoto()
 {
     blocalMode = false;
-    window_->showCameraMode(!cameItemArray.isEmpty());
+    window_->showCameraMode(camera_->items()->rowCount() > 0);
 }
 
 void AppDelegate::StartEditViewAction()

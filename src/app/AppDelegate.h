@@ -7,6 +7,7 @@
 #include "photo/PhotoEditorFields.h"
 
 #include <QColor>
+#include <QAction>
 #include <QObject>
 #include <QPointF>
 #include <QUrl>
@@ -21,6 +22,7 @@ class DateActions;
 class ImportActions;
 class ImportedItemsModel;
 class MainWindow;
+class CameraActions;
 class MediaEditActions;
 class UpdateActions;
 class MediaImporter;
@@ -58,6 +60,7 @@ public:
     ImportActions* importActions() const { return importActions_; }
     PhotoCommandActions* photoCommands() const { return photoCommands_; }
     MediaEditActions* mediaEdits() const { return mediaEdits_; }
+    CameraActions* camera() const { return camera_; }
     UpdateActions* updates() const { return updates_; }
     Preferences& preferences() { return *preferences_; }
 
@@ -78,7 +81,6 @@ public:
     bool basicInfoChange = false;
     bool cameraInfoChange = false;
     bool gpsInfoChange = false;
-    QList<IKImageItem> cameItemArray;
     bool bMapPreview = false;   // the photo in the inspector has a location
     QPointF currentCoords;      // its latitude and longitude, signed
 
@@ -92,6 +94,14 @@ public:
     // Runs an engine command off the GUI thread with the storage folder; shows progress, the
     // alert it raises (over the given window, or the main window) and its summary.
     bool runCommand(const QString& title, EngineCommand command, CommandDone done = {}, QWidget* alertOver = nullptr);
+    // The same for a command on photos: in camera mode it first downloads the copies it works on.
+    bool runPhotoCommand(const QString& title, const PhotoSelection& selection, EngineCommand command,
+                         CommandDone done = {}, QWidget* alertOver = nullptr);
+    // True when every camera photo of the selection has its downloaded copy (always for computer
+    // photos); otherwise downloads the missing ones and calls then() when they are in.
+    bool haveCameraCopies(const PhotoSelection& selection, std::function<void()> then);
+    // The menu command that switches to camera photos: enabled once a camera was seen.
+    QAction* changtoiOSmodemenu() const;
     void showAlert(const Alert& alert, QWidget* over = nullptr);
     // Waits until the browser's thumbnails in the making are done and shown (tests).
     void waitForThumbnails();
@@ -133,6 +143,7 @@ private:
     PhotoCommandActions* photoCommands_ = nullptr;
     MediaEditActions* mediaEdits_ = nullptr;
     UpdateActions* updates_ = nullptr;
+    CameraActions* camera_ = nullptr;
 };
 
 }  // namespace pelorin

@@ -3,6 +3,7 @@
 #include "app/AppDelegate.h"
 #include "app/DateActions.h"
 #include "app/ImportActions.h"
+#include "app/CameraActions.h"
 #include "app/MainWindow.h"
 #include "app/MediaEditActions.h"
 #include "app/PhotoCommandActions.h"
@@ -156,6 +157,9 @@ void CommandMenus::buildMenuBar()
                             [imports] { imports->AddMediaFileAction(); });
     addFiles->setShortcut(QKeySequence::Open);
     file->addAction(action(QStringLiteral("actionImportFolder")));
+    CameraActions* camera = app_.camera();
+    add(file, QStringLiteral("actionOpenFolderAsCamera"), QStringLiteral("Open Folder as Camera…"),
+        [camera] { camera->openFolderAsCameraAction(); });
     action(QStringLiteral("actionImportFolder"))->setShortcut(QKeySequence(QStringLiteral("Ctrl+Shift+O")));
     file->addSeparator();
     QAction* preferences = add(file, QStringLiteral("actionPreferences"), QStringLiteral("Preferences…"),
@@ -210,7 +214,8 @@ void CommandMenus::buildMenuBar()
     add(view, QStringLiteral("actionComputerPhotos"), QStringLiteral("Computer Photos"),
         [this] { app_.ChangeToImportComputerPhoto(); });
     add(view, QStringLiteral("actionCameraPhotos"), QStringLiteral("Camera Photos"),
-        [this] { app_.ChangeToImportiOSDevicePhoto(); });
+        [this] { app_.ChangeToImportiOSDevicePhoto(); })
+        ->setEnabled(false);  // until a camera is seen
 
     QMenu* help = bar->addMenu(QStringLiteral("&Help"));
     add(help, QStringLiteral("actionGuide"), QStringLiteral("User Guide"), [this] { app_.CLICkProductGuide(); });

@@ -88,6 +88,9 @@ void DateActions::ChangeDateExifFromPhoto()
         openBatchDateDialog();
         return;
     }
+    // A camera photo is read from its downloaded copy, fetched first when it is not there yet.
+    if (!app_.haveCameraCopies(selection, [this] { ChangeDateExifFromPhoto(); }))
+        return;
     const QString path = photoInputPath(selection.items.first(), selection.source, app_.storagelocation);
     dateDialog_->setPhoto(makePhotoThumbnail(path, kDialogPictureSide), selection.items.first().fileName);
     dateDialog_->setDates(readPhotoDateTexts(path));
@@ -105,8 +108,8 @@ void DateActions::ClickDateChangedSaveAction()
 {
     const PhotoSelection selection = app_.currentPhotoSelection();
     const PhotoDateEdit edit = dateDialog_->edit();
-    app_.runCommand(
-        QStringLiteral("Change Date"),
+    app_.runPhotoCommand(
+        QStringLiteral("Change Date"), selection,
         [selection, edit](const CommandContext& context) { return savePhotoDates(selection, edit, context); },
         [this](const CommandResult& result) {
             if (!result.alert)
@@ -119,8 +122,8 @@ void DateActions::ClickCreatedDateChangedSaveAction()
 {
     const PhotoSelection selection = app_.currentPhotoSelection();
     const PhotoDateEdit edit = dateDialog_->edit();
-    app_.runCommand(
-        QStringLiteral("Change File Dates"),
+    app_.runPhotoCommand(
+        QStringLiteral("Change File Dates"), selection,
         [selection, edit](const CommandContext& context) { return savePhotoFileDates(selection, edit, context); },
         [this](const CommandResult& result) {
             if (!result.alert)
@@ -143,8 +146,8 @@ void DateActions::ClickMutiDateChangedSaveAction()
 {
     const PhotoSelection selection = app_.currentPhotoSelection();
     const BatchDateRequest request = batchDialog_->request();
-    app_.runCommand(
-        QStringLiteral("Change Dates"),
+    app_.runPhotoCommand(
+        QStringLiteral("Change Dates"), selection,
         [selection, request](const CommandContext& context) { return shiftPhotoDates(selection, request, context); },
         [this](const CommandResult& result) {
             if (result.alert)
@@ -159,8 +162,8 @@ void DateActions::ClickMutiCreatedDateChangedSaveAction()
 {
     const PhotoSelection selection = app_.currentPhotoSelection();
     const BatchDateRequest request = batchDialog_->request();
-    app_.runCommand(
-        QStringLiteral("Change File Dates"),
+    app_.runPhotoCommand(
+        QStringLiteral("Change File Dates"), selection,
         [selection, request](const CommandContext& context) {
             return shiftPhotoFileDates(selection, request, context);
         },
@@ -180,6 +183,8 @@ void DateActions::EditeGPSExifDataPhoto()
         app_.showAlert(Alerts::noSelection());
         return;
     }
+    if (!app_.haveCameraCopies(selection, [this] { EditeGPSExifDataPhoto(); }))
+        return;
     const QString path = photoInputPath(selection.items.first(), selection.source, app_.storagelocation);
     const PhotoProperties photo = readPhotoProperties(path);
     const PhotoEditorFill fill =
@@ -237,8 +242,8 @@ void DateActions::ClickSaveChangeGPSAction()
 {
     const PhotoSelection selection = app_.currentPhotoSelection();
     const GpsInput input = gpsDialog_->input();
-    app_.runCommand(
-        QStringLiteral("Save GPS"),
+    app_.runPhotoCommand(
+        QStringLiteral("Save GPS"), selection,
         [selection, input](const CommandContext& context) { return savePhotoGps(selection, input, context); },
         [this](const CommandResult& result) {
             if (!result.alert)
@@ -254,7 +259,7 @@ void DateActions::ClickApplyChangeAction()
     const PhotoSelection selection = app_.currentPhotoSelection();
     const PhotoEditorTexts fields = app_.window()->photoEditorView->texts();
     const PhotoEditorTexts old = app_.oldTexts;
-    app_.runCommand(QStringLiteral("Apply Changes"), [selection, fields, old](const CommandContext& context) {
+    app_.runPhotoCommand(QStringLiteral("Apply Changes"), selection, [selection, fields, old](const CommandContext& context) {
         return applyPhotoEditorChanges(fields, old, selection, context);
     });
 }

@@ -8,6 +8,7 @@
 #include "ui/WindowLook.h"
 
 #include <QCloseEvent>
+#include <QGridLayout>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMenu>
@@ -49,6 +50,18 @@ QWidget* pictureHint(const QString& objectName, const QString& picture, const QS
     layout->addWidget(body);
     layout->addStretch(2);
     return view;
+}
+
+// Six buttons do not fit the pane's width with their names; they go in two rows of three.
+QWidget* buttonGrid(const QList<QWidget*>& buttons, QWidget* parent)
+{
+    auto* grid = new QWidget(parent);
+    auto* layout = new QGridLayout(grid);
+    layout->setContentsMargins(0, 4, 0, 0);
+    layout->setSpacing(2);
+    for (int i = 0; i < buttons.size(); ++i)
+        layout->addWidget(buttons[i], i / 3, i % 3);
+    return grid;
 }
 
 QWidget* buttonRow(const QList<QWidget*>& buttons, QWidget* parent)
@@ -166,16 +179,22 @@ QWidget* MainWindow::buildLeftPane()
     downloadPhotoBtn = new HoverToolButton(QStringLiteral("downloadPhotoBtn"), QStringLiteral("downloadphoto"),
                                            QStringLiteral("Download"), pane);
     importEditPhotoBtn = new HoverToolButton(QStringLiteral("importEditPhotoBtn"),
-                                             QStringLiteral("importphototoedit"), QStringLiteral("Edit"), pane);
+                                             QStringLiteral("importphototoedit"), QStringLiteral("Download && Edit"), pane);
     deletePhotoBtn = new HoverToolButton(QStringLiteral("deletePhotoBtn"), QStringLiteral("delete"),
                                          QStringLiteral("Delete"), pane);
     viewExifBtn = new HoverToolButton(QStringLiteral("viewExifBtn"), QStringLiteral("editphotometa"),
                                       QStringLiteral("Metadata"), pane);
     removeExifBtn = new HoverToolButton(QStringLiteral("removeExifBtn"), QStringLiteral("deletemetadata"),
                                         QStringLiteral("Remove"), pane);
-    cameraButtonRow = buttonRow(
+    cameraButtonRow = buttonGrid(
         {opendeviceBtn, downloadPhotoBtn, importEditPhotoBtn, deletePhotoBtn, viewExifBtn, removeExifBtn}, pane);
     cameraButtonRow->hide();
+    deviceNamelab = new QLabel(pane);
+    deviceNamelab->setObjectName(QStringLiteral("deviceNamelab"));
+    deviceNamelab->setProperty("role", "hint");
+    deviceNamelab->setAlignment(Qt::AlignCenter);
+    deviceNamelab->hide();
+    layout->addWidget(deviceNamelab);
     layout->addWidget(localButtonRow);
     layout->addWidget(cameraButtonRow);
     return pane;
@@ -234,6 +253,7 @@ QWidget* MainWindow::buildInspectorPane()
 
 void MainWindow::showPhotoHint()
 {
+    deviceNamelab->hide();
     leftStack->setCurrentWidget(hintView);
     localButtonRow->show();
     cameraButtonRow->hide();
@@ -243,6 +263,7 @@ void MainWindow::showPhotoHint()
 
 void MainWindow::showLocalPhotos()
 {
+    deviceNamelab->hide();
     leftStack->setCurrentWidget(localImageBrowserView);
     localButtonRow->show();
     cameraButtonRow->hide();
@@ -253,6 +274,7 @@ void MainWindow::showLocalPhotos()
 void MainWindow::showCameraMode(bool hasCamera)
 {
     leftStack->setCurrentWidget(hasCamera ? static_cast<QWidget*>(imageBrowserView) : cameraHintView);
+    deviceNamelab->setVisible(!deviceNamelab->text().isEmpty());
     localButtonRow->hide();
     cameraButtonRow->show();
     localphotoBtn->setChecked(false);

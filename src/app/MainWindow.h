@@ -46,6 +46,7 @@ public:
     HoverToolButton* deletePhotoBtn;
     HoverToolButton* viewExifBtn;
     HoverToolButton* removeExifBtn;
+    QLabel* deviceNamelab;
 
     // Media area.
     HoverToolButton* addMediaBtn;

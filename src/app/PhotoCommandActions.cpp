@@ -79,7 +79,7 @@ void PhotoCommandActions::removeMetadata(MetadataRemoval what)
     if (!haveSelection())
         return;
     const PhotoSelection selection = app_.currentPhotoSelection();
-    app_.runCommand(removalTitle(what), [what, selection](const CommandContext& context) {
+    app_.runPhotoCommand(removalTitle(what), selection, [what, selection](const CommandContext& context) {
         return removePhotoMetadata(what, selection, context);
     });
 }
@@ -89,7 +89,7 @@ void PhotoCommandActions::copyDate(DateCopy what)
     if (!haveSelection())
         return;
     const PhotoSelection selection = app_.currentPhotoSelection();
-    app_.runCommand(dateCopyTitle(what), [what, selection](const CommandContext& context) {
+    app_.runPhotoCommand(dateCopyTitle(what), selection, [what, selection](const CommandContext& context) {
         return copyPhotoDate(what, selection, context);
     });
 }
@@ -99,7 +99,7 @@ void PhotoCommandActions::exportPlist(PlistExport what)
     if (!haveSelection())
         return;
     const PhotoSelection selection = app_.currentPhotoSelection();
-    app_.runCommand(exportTitle(what), [what, selection](const CommandContext& context) {
+    app_.runPhotoCommand(exportTitle(what), selection, [what, selection](const CommandContext& context) {
         return exportPhotoPlist(what, selection, context);
     });
 }
@@ -115,7 +115,7 @@ void PhotoCommandActions::importPlist(PlistImport what)
     const PhotoSelection selection = app_.currentPhotoSelection();
     QString title = importTitle(what);
     title.remove(QStringLiteral("…"));
-    app_.runCommand(title, [what, plist, selection](const CommandContext& context) {
+    app_.runPhotoCommand(title, selection, [what, plist, selection](const CommandContext& context) {
         return importPhotoPlist(what, plist, selection, context);
     });
 }
@@ -145,7 +145,7 @@ void PhotoCommandActions::stampDates()
     style.corner = stampCornerTitles().value(stored.cornerIndex);
     style.dateFormat = stampDateFormatTitles().value(stored.dateFormatIndex);
     const PhotoSelection selection = app_.currentPhotoSelection();
-    app_.runCommand(QStringLiteral("Stamp Dates"), [style, selection](const CommandContext& context) {
+    app_.runPhotoCommand(QStringLiteral("Stamp Dates"), selection, [style, selection](const CommandContext& context) {
         return stampPhotoDates(selection, style, context);
     });
 }
@@ -159,7 +159,7 @@ void PhotoCommandActions::recompress()
     QStringList paths;
     for (const IKImageItem& item : selection.items)
         paths.append(photoInputPath(item, selection.source, storage));
-    app_.runCommand(QStringLiteral("Make Small Copies"),
+    app_.runPhotoCommand(QStringLiteral("Make Small Copies"), selection,
                     [paths](const CommandContext& context) { return recompressPhotos(paths, context); });
 }
 

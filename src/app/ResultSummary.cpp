@@ -21,6 +21,9 @@ QString resultHeadline(const CommandResult& result, bool cancelled)
         parts.append(QStringLiteral("Wrote %1 to %2").arg(files(result.written.size()), folder));
     } else if (!result.planned.isEmpty()) {
         parts.append(QStringLiteral("Planned %1 changes").arg(result.planned.size()));
+    } else if (result.skipped.isEmpty() && !result.notes.isEmpty()) {
+        // A command that writes nothing (opening a camera) says what it found instead.
+        parts.append(result.notes.first());
     } else {
         parts.append(QStringLiteral("Nothing was written"));
     }

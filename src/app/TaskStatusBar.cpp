@@ -62,7 +62,9 @@ void TaskStatusBar::showResult(const QString& title, const CommandResult& result
     label_->setText(QStringLiteral("%1: %2").arg(title, resultHeadline(result, cancelled)));
     detailsTitle_ = title;
     detailsText_ = resultDetails(result);
-    details_->setVisible(!detailsText_.isEmpty());
+    // A lone note already shown as the headline needs no Details button.
+    const bool noteIsHeadline = result.written.isEmpty() && result.skipped.isEmpty() && result.notes.size() == 1;
+    details_->setVisible(!detailsText_.isEmpty() && !noteIsHeadline);
 }
 
 void TaskStatusBar::showMessage(const QString& text)

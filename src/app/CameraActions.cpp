@@ -120,12 +120,24 @@ void CameraActions::deviceBrowserDidAddDevice(const CameraDevice& device)
 void CameraActions::deviceBrowserDidRemoveDevice(const CameraDevice& device)
 {
     mCameras.removeIf([&](const CameraDevice& d) { return d.port == device.port; });
-    if (currentDevice_ && currentDevice_->port == device.port) {
+    // A listing of the device that went goes too; the last camera still there becomes current.
+    if (session_ && session_->device().port == device.port) {
         ++listing_;
         session_.reset();
+        items_->clear();
     }
-    if (!mCameras.isEmpty())
+    if (currentDevice_ && currentDevice_->port == device.port) {
+        currentDevice_.reset();
+        if (!mCameras.isEmpty()) {
+            currentDevice_ = mCameras.last();
+            app_.window()->deviceNamelab->setText(currentDevice_->name);
+        }
+    }
+    if (!mCameras.isEmpty()) {
+        if (!app_.blocalMode)
+            app_.ChangeToImportiOSDevicePhoto();
         return;
+    }
     currentDevice_.reset();
     session_.reset();
     ++listing_;

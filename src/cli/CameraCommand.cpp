@@ -135,6 +135,11 @@ int listCameras(const CliInvocation& invocation, const CameraOptions& options)
             return status;
         devices << session->device();
     }
+    // An empty list on the terminal reads like a hang-up; say it (on stderr, so scripts still
+    // get an empty stdout).
+    if (devices.isEmpty() && !invocation.json)
+        printLine(invocation.err, QStringLiteral("No camera or phone found. Connect one with a cable, unlock a phone "
+                                                 "and allow access, or use --port disk:/folder."));
     QJsonArray rows;
     for (const CameraDevice& device : devices) {
         if (invocation.json)

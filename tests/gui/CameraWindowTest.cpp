@@ -203,6 +203,17 @@ private slots:
         QCOMPARE(app_->camera()->items()->rowCount(), 3);
     }
 
+    void anotherCameraComingAndGoingKeepsTheListing()
+    {
+        const QString other = temp_.filePath(QStringLiteral("second-camera"));
+        QDir().mkpath(other);
+        app_->camera()->deviceBrowserDidAddDevice(directoryCamera(other));
+        QCOMPARE(app_->camera()->currentDevice()->port, QStringLiteral("disk:") + other);
+        app_->camera()->deviceBrowserDidRemoveDevice(directoryCamera(other));
+        QCOMPARE(app_->camera()->currentDevice()->port, QStringLiteral("disk:") + device_);
+        QCOMPARE(app_->camera()->items()->rowCount(), 4);
+    }
+
     void aCameraRemovedWhileListedEmptiesTheView()
     {
         app_->camera()->deviceBrowserDidRemoveDevice(directoryCamera(device_));

@@ -1,46 +1,17 @@
 #include "app/CameraItemsModel.h"
 
 #include "model/FileKinds.h"
+#include "ui/ThumbnailCells.h"
 
-#include <QPainter>
 #include <QPixmap>
 
 namespace pelorin {
 
-namespace {
-
-QIcon squareIcon(const QImage& image)
-{
-    QPixmap canvas(170, 170);
-    canvas.fill(Qt::transparent);
-    QPainter painter(&canvas);
-    painter.setRenderHint(QPainter::SmoothPixmapTransform);
-    const QImage fitted = image.scaled(170, 170, Qt::KeepAspectRatio, Qt::SmoothTransformation);
-    painter.drawImage((170 - fitted.width()) / 2, (170 - fitted.height()) / 2, fitted);
-    painter.end();
-    return QIcon(canvas);
-}
-
-QIcon framedPicture(const QString& resource)
-{
-    QPixmap canvas(170, 170);
-    canvas.fill(Qt::transparent);
-    QPainter painter(&canvas);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(QColor(255, 255, 255, 22));
-    painter.drawRoundedRect(QRectF(8, 8, 154, 154), 14, 14);
-    QIcon(resource).paint(&painter, QRect(45, 45, 80, 80));
-    painter.end();
-    return QIcon(canvas);
-}
-
-}  // namespace
 
 CameraItemsModel::CameraItemsModel(QObject* parent)
     : QAbstractListModel(parent),
-      placeholder_(framedPicture(QStringLiteral(":/icons/cameraphotonom.svg"))),
-      moviePlaceholder_(framedPicture(QStringLiteral(":/icons/moviefile.svg")))
+      placeholder_(placeholderCell(QStringLiteral(":/icons/cameraphotonom.svg"))),
+      moviePlaceholder_(placeholderCell(QStringLiteral(":/icons/moviefile.svg")))
 {
 }
 
@@ -64,7 +35,7 @@ QVariant CameraItemsModel::data(const QModelIndex& index, int role) const
             return item.fileType == QLatin1String("Movie") ? moviePlaceholder_ : placeholder_;
         auto found = icons_.constFind(index.row());
         if (found == icons_.constEnd())
-            found = icons_.insert(index.row(), squareIcon(item.fileImage));
+            found = icons_.insert(index.row(), QIcon(QPixmap::fromImage(squareThumbnail(item.fileImage))));
         return *found;
     }
     default:

@@ -104,32 +104,40 @@ void DateActions::openBatchDateDialog()
     batchDialog_->open();
 }
 
-void DateActions::ClickDateChangedSaveAction()
+void DateActions::saveFromDialog(const QString& title, QDialog* dialog, const PhotoSave& save,
+                                 const std::function<void()>& closeDialog)
 {
     const PhotoSelection selection = app_.currentPhotoSelection();
-    const PhotoDateEdit edit = dateDialog_->edit();
     app_.runPhotoCommand(
-        QStringLiteral("Change Date"), selection,
-        [selection, edit](const CommandContext& context) { return savePhotoDates(selection, edit, context); },
-        [this](const CommandResult& result) {
+        title, selection, [selection, save](const CommandContext& context) { return save(selection, context); },
+        // A mistake keeps the dialog open with what was typed; otherwise it closes.
+        [closeDialog](const CommandResult& result) {
             if (!result.alert)
-                dateDialog_->hide();
+                closeDialog();
         },
-        dateDialog_);
+        dialog);
+}
+
+void DateActions::ClickDateChangedSaveAction()
+{
+    const PhotoDateEdit edit = dateDialog_->edit();
+    saveFromDialog(
+        QStringLiteral("Change Date"), dateDialog_,
+        [edit](const PhotoSelection& selection, const CommandContext& context) {
+            return savePhotoDates(selection, edit, context);
+        },
+        [this] { dateDialog_->hide(); });
 }
 
 void DateActions::ClickCreatedDateChangedSaveAction()
 {
-    const PhotoSelection selection = app_.currentPhotoSelection();
     const PhotoDateEdit edit = dateDialog_->edit();
-    app_.runPhotoCommand(
-        QStringLiteral("Change File Dates"), selection,
-        [selection, edit](const CommandContext& context) { return savePhotoFileDates(selection, edit, context); },
-        [this](const CommandResult& result) {
-            if (!result.alert)
-                dateDialog_->hide();
+    saveFromDialog(
+        QStringLiteral("Change File Dates"), dateDialog_,
+        [edit](const PhotoSelection& selection, const CommandContext& context) {
+            return savePhotoFileDates(selection, edit, context);
         },
-        dateDialog_);
+        [this] { dateDialog_->hide(); });
 }
 
 void DateActions::ChoosePhotosAction()
@@ -144,36 +152,30 @@ void DateActions::ChoosePhotosAction()
 
 void DateActions::ClickMutiDateChangedSaveAction()
 {
-    const PhotoSelection selection = app_.currentPhotoSelection();
     const BatchDateRequest request = batchDialog_->request();
-    app_.runPhotoCommand(
-        QStringLiteral("Change Dates"), selection,
-        [selection, request](const CommandContext& context) { return shiftPhotoDates(selection, request, context); },
-        [this](const CommandResult& result) {
-            if (result.alert)
-                return;
+    saveFromDialog(
+        QStringLiteral("Change Dates"), batchDialog_,
+        [request](const PhotoSelection& selection, const CommandContext& context) {
+            return shiftPhotoDates(selection, request, context);
+        },
+        [this] {
             batchDialog_->clearFields();
             batchDialog_->hide();
-        },
-        batchDialog_);
+        });
 }
 
 void DateActions::ClickMutiCreatedDateChangedSaveAction()
 {
-    const PhotoSelection selection = app_.currentPhotoSelection();
     const BatchDateRequest request = batchDialog_->request();
-    app_.runPhotoCommand(
-        QStringLiteral("Change File Dates"), selection,
-        [selection, request](const CommandContext& context) {
+    saveFromDialog(
+        QStringLiteral("Change File Dates"), batchDialog_,
+        [request](const PhotoSelection& selection, const CommandContext& context) {
             return shiftPhotoFileDates(selection, request, context);
         },
-        [this](const CommandResult& result) {
-            if (result.alert)
-                return;
+        [this] {
             batchDialog_->clearFields();
             batchDialog_->hide();
-        },
-        batchDialog_);
+        });
 }
 
 void DateActions::EditeGPSExifDataPhoto()
@@ -240,16 +242,13 @@ void DateActions::ShowMapAction()
 
 void DateActions::ClickSaveChangeGPSAction()
 {
-    const PhotoSelection selection = app_.currentPhotoSelection();
     const GpsInput input = gpsDialog_->input();
-    app_.runPhotoCommand(
-        QStringLiteral("Save GPS"), selection,
-        [selection, input](const CommandContext& context) { return savePhotoGps(selection, input, context); },
-        [this](const CommandResult& result) {
-            if (!result.alert)
-                gpsDialog_->hide();
+    saveFromDialog(
+        QStringLiteral("Save GPS"), gpsDialog_,
+        [input](const PhotoSelection& selection, const CommandContext& context) {
+            return savePhotoGps(selection, input, context);
         },
-        gpsDialog_);
+        [this] { gpsDialog_->hide(); });
 }
 
 void DateActions::ClickApplyChangeAction()

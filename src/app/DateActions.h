@@ -1,5 +1,12 @@
 #pragma once
+#include "model/CommandContext.h"
+#include "model/CommandResult.h"
+#include "model/PhotoSelection.h"
+
 #include <QObject>
+#include <functional>
+
+class QDialog;
 
 namespace pelorin {
 
@@ -41,6 +48,10 @@ private:
     void PreviewCurrentGPSInMap();
     void ClickSaveChangeGPSAction();
     bool haveSelection();
+    using PhotoSave = std::function<CommandResult(const PhotoSelection&, const CommandContext&)>;
+    // Runs a dialog's save on the current selection; the dialog closes unless an alert came.
+    void saveFromDialog(const QString& title, QDialog* dialog, const PhotoSave& save,
+                        const std::function<void()>& closeDialog);
 
     AppDelegate& app_;
     DateDialog* dateDialog_;

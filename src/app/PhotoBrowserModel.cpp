@@ -3,36 +3,19 @@
 #include "app/ImportedItemsModel.h"
 #include "app/ThumbnailLoader.h"
 #include "model/FileKinds.h"
+#include "ui/ThumbnailCells.h"
 
 #include <QPainter>
 #include <QPixmap>
 
 namespace pelorin {
 
-namespace {
-
-QIcon framedPicture(const QString& resource)
-{
-    QPixmap canvas(170, 170);
-    canvas.fill(Qt::transparent);
-    QPainter painter(&canvas);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(QColor(255, 255, 255, 22));
-    painter.drawRoundedRect(QRectF(8, 8, 154, 154), 14, 14);
-    QIcon(resource).paint(&painter, QRect(45, 45, 80, 80));
-    painter.end();
-    return QIcon(canvas);
-}
-
-}  // namespace
-
 PhotoBrowserModel::PhotoBrowserModel(ThumbnailLoader* thumbnails, QObject* parent)
     : QSortFilterProxyModel(parent),
       thumbnails_(thumbnails),
-      moviePicture_(framedPicture(QStringLiteral(":/icons/moviefile.svg"))),
-      loadingPicture_(framedPicture(QStringLiteral(":/icons/importphotonom.svg"))),
-      brokenPicture_(framedPicture(QStringLiteral(":/icons/clearphotosnom.svg")))
+      moviePicture_(placeholderCell(QStringLiteral(":/icons/moviefile.svg"))),
+      loadingPicture_(placeholderCell(QStringLiteral(":/icons/importphotonom.svg"))),
+      brokenPicture_(placeholderCell(QStringLiteral(":/icons/clearphotosnom.svg")))
 {
     // Thumbnails arrive one by one; repainting once per short pause keeps a big import smooth.
     repaint_.setSingleShot(true);

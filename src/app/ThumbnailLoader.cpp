@@ -1,10 +1,10 @@
 #include "app/ThumbnailLoader.h"
 
 #include "model/FileKinds.h"
+#include "ui/ThumbnailCells.h"
 #include "video/MoviePoster.h"
 
 #include <QMetaObject>
-#include <QPainter>
 #include <QPointer>
 
 namespace pelorin {
@@ -13,19 +13,6 @@ namespace {
 // Enough thumbnails of 170 px for a few screens of photos; older ones are decoded again.
 constexpr int kKeptThumbnails = 3000;
 
-// The thumbnail centred on a transparent square, so that cells of every shape line up.
-QImage squareThumbnail(const QImage& image, int side)
-{
-    if (image.isNull())
-        return {};
-    QImage canvas(side, side, QImage::Format_ARGB32_Premultiplied);
-    canvas.fill(Qt::transparent);
-    QPainter painter(&canvas);
-    painter.setRenderHint(QPainter::SmoothPixmapTransform);
-    const QImage fitted = image.scaled(side, side, Qt::KeepAspectRatio, Qt::SmoothTransformation);
-    painter.drawImage((side - fitted.width()) / 2, (side - fitted.height()) / 2, fitted);
-    return canvas;
-}
 }
 
 ThumbnailLoader::ThumbnailLoader(int side, QObject* parent) : QObject(parent), side_(side)

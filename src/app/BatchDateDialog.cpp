@@ -1,6 +1,7 @@
 #include "app/BatchDateDialog.h"
 
 #include "app/DateFieldParsing.h"
+#include "ui/DialogLook.h"
 
 #include <QFileInfo>
 #include <QGridLayout>
@@ -17,35 +18,19 @@ namespace {
 constexpr QSize kPreviewSize(120, 90);
 
 const char* const kLook = R"(
-QDialog { background-color: #34495E; }
 QFrame[role="section"] { background-color: #2E4256; border: 1px solid #415A72; border-radius: 6px; }
-QLabel { color: #FFFFFF; background: transparent; border: none; }
+QLabel { background: transparent; border: none; }
 QLabel[role="heading"] { color: #8FD3FF; font-weight: bold; font-size: 11pt; }
 QLabel[role="column"] { color: #AEB6BF; }
 QLabel#modeSummary { color: #FFE08A; }
 QLabel#dateImageview { background-color: #23292F; border: 1px solid #4F6275; }
-QLineEdit { background-color: #23292F; color: #ECF0F1; border: 1px solid #5A6B7C;
-    border-radius: 3px; padding: 4px 6px; selection-background-color: #2F80C0; }
-QLineEdit:focus { border-color: #5FC3FF; }
 QLineEdit:read-only { background-color: #2A3540; color: #B8C4CE; border-color: #46586A; }
-QPushButton { background-color: #46627D; color: #FFFFFF; border: 1px solid #5C7A96;
-    border-radius: 4px; padding: 5px 14px; }
-QPushButton:hover { background-color: #52708D; }
-QPushButton:pressed { background-color: #3A5068; }
-QPushButton:default { background-color: #2F80C0; border-color: #5FC3FF; }
 QPushButton#AddTimeBtn, QPushButton#RemoveTimeBtn { color: #FFFFFF; font-size: 12pt; padding: 5px 12px; }
 QPushButton#AddTimeBtn:checked, QPushButton#RemoveTimeBtn:checked {
     background-color: #2F80C0; border: 2px solid #5FC3FF; }
 QPushButton#clearReferenceButton { background: transparent; border: none; color: #5FC3FF;
     text-decoration: underline; padding: 0; }
 )";
-
-QLabel* labelWithRole(const QString& text, const char* role, QWidget* parent)
-{
-    auto* label = new QLabel(text, parent);
-    label->setProperty("role", QString::fromLatin1(role));
-    return label;
-}
 
 QFrame* section(QWidget* parent)
 {
@@ -69,16 +54,12 @@ BatchDateDialog::BatchDateDialog(QWidget* parent) : QDialog(parent)
 {
     setObjectName(QStringLiteral("changeMutiDateWindow"));
     setWindowTitle(QStringLiteral("Change Dates of Several Photos"));
-    QFont base = font();
-    base.setPointSize(10);
-    setFont(base);
-    setStyleSheet(QString::fromLatin1(kLook));
+    applyLook(this, dialogStyleSheet(QString::fromLatin1(kLook), DialogFields::LineEdits));
 
     // By a reference photo.
     QFrame* referenceSection = section(this);
-    auto* choosePhoto = new QPushButton(QStringLiteral("Choose Photo…"), referenceSection);
-    choosePhoto->setObjectName(QStringLiteral("dateChoosePhotoBtn"));
-    choosePhoto->setAutoDefault(false);
+    QPushButton* choosePhoto =
+        dialogButton(referenceSection, QStringLiteral("Choose Photo…"), "dateChoosePhotoBtn");
     referencePreview_ = new QLabel(referenceSection);
     referencePreview_->setObjectName(QStringLiteral("dateImageview"));
     referencePreview_->setFixedSize(kPreviewSize);
@@ -88,9 +69,7 @@ BatchDateDialog::BatchDateDialog(QWidget* parent) : QDialog(parent)
     referenceName_->setObjectName(QStringLiteral("referenceNameLabel"));
     referenceName_->setFixedWidth(kPreviewSize.width());
     referenceName_->setAlignment(Qt::AlignHCenter);
-    clearReference_ = new QPushButton(QStringLiteral("Clear"), referenceSection);
-    clearReference_->setObjectName(QStringLiteral("clearReferenceButton"));
-    clearReference_->setAutoDefault(false);
+    clearReference_ = dialogButton(referenceSection, QStringLiteral("Clear"), "clearReferenceButton");
     clearReference_->setCursor(Qt::PointingHandCursor);
     clearReference_->hide();
 
@@ -172,14 +151,10 @@ BatchDateDialog::BatchDateDialog(QWidget* parent) : QDialog(parent)
         spanGrid->addWidget(field, 1, column, Qt::AlignHCenter);
         ++column;
     }
-    addTime_ = new QPushButton(QStringLiteral("Add Time"), spanSection);
-    addTime_->setObjectName(QStringLiteral("AddTimeBtn"));
-    subtractTime_ = new QPushButton(QStringLiteral("Subtract Time"), spanSection);
-    subtractTime_->setObjectName(QStringLiteral("RemoveTimeBtn"));
-    for (QPushButton* button : {addTime_, subtractTime_}) {
+    addTime_ = dialogButton(spanSection, QStringLiteral("Add Time"), "AddTimeBtn");
+    subtractTime_ = dialogButton(spanSection, QStringLiteral("Subtract Time"), "RemoveTimeBtn");
+    for (QPushButton* button : {addTime_, subtractTime_})
         button->setCheckable(true);
-        button->setAutoDefault(false);
-    }
     auto* directionColumn = new QHBoxLayout;
     directionColumn->setSpacing(8);
     directionColumn->addWidget(addTime_);
@@ -199,21 +174,10 @@ BatchDateDialog::BatchDateDialog(QWidget* parent) : QDialog(parent)
     modeSummary_->setObjectName(QStringLiteral("modeSummary"));
     modeSummary_->setWordWrap(true);
 
-    auto* fileDatesButton = new QPushButton(QStringLiteral("Save File Dates Only"), this);
-    fileDatesButton->setObjectName(QStringLiteral("mutiCreatedDateSaveButton"));
-    fileDatesButton->setAutoDefault(false);
-    auto* cancelButton = new QPushButton(QStringLiteral("Cancel"), this);
-    cancelButton->setObjectName(QStringLiteral("mutiDateCancelButton"));
-    cancelButton->setAutoDefault(false);
-    auto* saveButton = new QPushButton(QStringLiteral("Save"), this);
-    saveButton->setObjectName(QStringLiteral("mutiDateSaveButton"));
-    saveButton->setDefault(true);
-    auto* buttonRow = new QHBoxLayout;
-    buttonRow->addStretch(1);
-    buttonRow->addWidget(fileDatesButton);
-    buttonRow->addSpacing(12);
-    buttonRow->addWidget(cancelButton);
-    buttonRow->addWidget(saveButton);
+    QPushButton* fileDatesButton =
+        dialogButton(this, QStringLiteral("Save File Dates Only"), "mutiCreatedDateSaveButton");
+    QPushButton* cancelButton = dialogButton(this, QStringLiteral("Cancel"), "mutiDateCancelButton");
+    QPushButton* saveButton = dialogButton(this, QStringLiteral("Save"), "mutiDateSaveButton", true);
 
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(18, 16, 18, 14);
@@ -223,7 +187,7 @@ BatchDateDialog::BatchDateDialog(QWidget* parent) : QDialog(parent)
     layout->addWidget(spanSection);
     layout->addWidget(modeSummary_);
     layout->addStretch(1);
-    layout->addLayout(buttonRow);
+    layout->addLayout(trailingButtonRow({fileDatesButton, cancelButton, saveButton}, 12));
 
     connect(choosePhoto, &QPushButton::clicked, this, &BatchDateDialog::choosePhotoRequested);
     connect(clearReference_, &QPushButton::clicked, this, &BatchDateDialog::clearReferencePhoto);

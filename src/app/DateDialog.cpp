@@ -1,6 +1,7 @@
 #include "app/DateDialog.h"
 
 #include "app/DateFieldParsing.h"
+#include "ui/DialogLook.h"
 
 #include <QFormLayout>
 #include <QHBoxLayout>
@@ -16,26 +17,9 @@ namespace {
 constexpr QSize kPreviewSize(160, 120);
 
 const char* const kLook = R"(
-QDialog { background-color: #34495E; }
-QLabel { color: #FFFFFF; }
 QLabel[role="hint"] { color: #AEB6BF; font-size: 9pt; }
 QLabel#datePreview { background-color: #23292F; border: 1px solid #4F6275; color: #7F8C97; }
-QLineEdit { background-color: #23292F; color: #ECF0F1; border: 1px solid #5A6B7C;
-    border-radius: 3px; padding: 4px 6px; selection-background-color: #2F80C0; }
-QLineEdit:focus { border-color: #5FC3FF; }
-QPushButton { background-color: #46627D; color: #FFFFFF; border: 1px solid #5C7A96;
-    border-radius: 4px; padding: 5px 14px; }
-QPushButton:hover { background-color: #52708D; }
-QPushButton:pressed { background-color: #3A5068; }
-QPushButton:default { background-color: #2F80C0; border-color: #5FC3FF; }
 )";
-
-QLabel* hint(const QString& text, QWidget* parent)
-{
-    auto* label = new QLabel(text, parent);
-    label->setProperty("role", QStringLiteral("hint"));
-    return label;
-}
 
 }  // namespace
 
@@ -43,10 +27,7 @@ DateDialog::DateDialog(QWidget* parent) : QDialog(parent)
 {
     setObjectName(QStringLiteral("changeDateWindow"));
     setWindowTitle(QStringLiteral("Change Date"));
-    QFont base = font();
-    base.setPointSize(10);
-    setFont(base);
-    setStyleSheet(QString::fromLatin1(kLook));
+    applyLook(this, dialogStyleSheet(QString::fromLatin1(kLook), DialogFields::LineEdits));
 
     preview_ = new QLabel(QStringLiteral("No preview"), this);
     preview_->setObjectName(QStringLiteral("datePreview"));
@@ -64,19 +45,16 @@ DateDialog::DateDialog(QWidget* parent) : QDialog(parent)
     for (QLineEdit* field : {original_, digitized_})
         field->setMinimumWidth(dateFieldMinimumWidth(field->fontMetrics()));
 
-    fromFileNote_ = hint(QStringLiteral("No capture date in the photo; these are its file dates."), this);
+    fromFileNote_ = labelWithRole(QStringLiteral("No capture date in the photo; these are its file dates."),
+                                  "hint", this);
     fromFileNote_->setObjectName(QStringLiteral("fileDatesNote"));
     fromFileNote_->setWordWrap(true);
     fromFileNote_->hide();
 
-    auto* form = new QFormLayout;
-    form->setLabelAlignment(Qt::AlignRight | Qt::AlignVCenter);
-    form->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
-    form->setHorizontalSpacing(12);
-    form->setVerticalSpacing(8);
+    QFormLayout* form = alignedFormLayout();
     form->addRow(QStringLiteral("Date taken:"), original_);
     form->addRow(QStringLiteral("Date digitized:"), digitized_);
-    form->addRow(QString(), hint(QStringLiteral("YYYY:MM:DD HH:MM:SS"), this));
+    form->addRow(QString(), labelWithRole(QStringLiteral("YYYY:MM:DD HH:MM:SS"), "hint", this));
     form->addRow(QString(), fromFileNote_);
 
     auto* photoColumn = new QVBoxLayout;
@@ -95,27 +73,16 @@ DateDialog::DateDialog(QWidget* parent) : QDialog(parent)
     content->addLayout(photoColumn);
     content->addLayout(fieldsColumn, 1);
 
-    auto* fileDatesButton = new QPushButton(QStringLiteral("Save File Dates Only"), this);
-    fileDatesButton->setObjectName(QStringLiteral("createdDateSaveButton"));
-    fileDatesButton->setAutoDefault(false);
-    auto* cancelButton = new QPushButton(QStringLiteral("Cancel"), this);
-    cancelButton->setObjectName(QStringLiteral("dateCancelButton"));
-    cancelButton->setAutoDefault(false);
-    auto* saveButton = new QPushButton(QStringLiteral("Save"), this);
-    saveButton->setObjectName(QStringLiteral("dateSaveButton"));
-    saveButton->setDefault(true);
-    auto* buttonRow = new QHBoxLayout;
-    buttonRow->addStretch(1);
-    buttonRow->addWidget(fileDatesButton);
-    buttonRow->addSpacing(12);
-    buttonRow->addWidget(cancelButton);
-    buttonRow->addWidget(saveButton);
+    QPushButton* fileDatesButton =
+        dialogButton(this, QStringLiteral("Save File Dates Only"), "createdDateSaveButton");
+    QPushButton* cancelButton = dialogButton(this, QStringLiteral("Cancel"), "dateCancelButton");
+    QPushButton* saveButton = dialogButton(this, QStringLiteral("Save"), "dateSaveButton", true);
 
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(20, 18, 20, 16);
     layout->setSpacing(16);
     layout->addLayout(content, 1);
-    layout->addLayout(buttonRow);
+    layout->addLayout(trailingButtonRow({fileDatesButton, cancelButton, saveButton}, 12));
 
     connect(saveButton, &QPushButton::clicked, this, &DateDialog::saveRequested);
     connect(fileDatesButton, &QPushButton::clicked, this, &DateDialog::saveFileDatesRequested);

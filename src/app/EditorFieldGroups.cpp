@@ -1,5 +1,7 @@
 #include "app/EditorFieldGroups.h"
 
+#include "ui/DialogLook.h"
+
 #include <QFormLayout>
 #include <QLineEdit>
 #include <QPlainTextEdit>
@@ -12,31 +14,15 @@
 namespace pelorin {
 namespace {
 
-// %1 is the view's objectName, so the look stays inside the view it is given to.
 const char* const kLook = R"(
-QFrame#%1 { background-color: rgb(44, 62, 80); border-left: 1px solid #1F2D3A; }
-QWidget#%1Content { background-color: rgb(44, 62, 80); }
-QScrollArea { background: transparent; border: none; }
-QFrame[role="section"] { background-color: #34495E; border: 1px solid #415A72; border-radius: 6px; }
-QLabel { color: #FFFFFF; background: transparent; border: none; }
-QLabel[role="heading"] { color: #8FD3FF; font-weight: bold; font-size: 11pt; }
-QLabel[role="caption"] { color: #C9D3DC; }
 QLabel[role="info"] { color: #ECF0F1; }
 QLabel[role="hint"] { color: #9FB0C0; font-size: 9pt; }
-QLineEdit, QPlainTextEdit { background-color: #23292F; color: #ECF0F1; border: 1px solid #5A6B7C;
-    border-radius: 3px; padding: 3px 6px; selection-background-color: #2F80C0; }
-QLineEdit:focus, QPlainTextEdit:focus { border-color: #5FC3FF; }
-QScrollBar:vertical { background: rgb(44, 62, 80); width: 10px; margin: 0; }
-QScrollBar::handle:vertical { background: #5A6F84; border-radius: 4px; min-height: 30px; margin: 2px; }
-QScrollBar::add-line:vertical, QScrollBar::sub-line:vertical { height: 0; }
-QScrollBar::add-page:vertical, QScrollBar::sub-page:vertical { background: none; }
 )";
 
-QLabel* labelWithRole(const QString& text, const char* role, QWidget* parent)
+// The scrolling content is named after its view, so the view's sheet can find it.
+QString contentName(const QFrame* view)
 {
-    auto* label = new QLabel(text, parent);
-    label->setProperty("role", QString::fromLatin1(role));
-    return label;
+    return view->objectName() + QStringLiteral("Content");
 }
 
 }  // namespace
@@ -44,31 +30,18 @@ QLabel* labelWithRole(const QString& text, const char* role, QWidget* parent)
 void applyMediaEditorLook(QFrame* view)
 {
     view->setAttribute(Qt::WA_StyledBackground);
-    QFont base = view->font();
-    base.setPointSize(10);
-    view->setFont(base);
-    view->setStyleSheet(QString::fromLatin1(kLook).arg(view->objectName()));
+    applyLook(view, editorPanelStyleSheet(view->objectName(), contentName(view), QString::fromLatin1(kLook)));
 }
 
 QVBoxLayout* addScrollingContent(QFrame* view, QScrollArea** scrollOut)
 {
     auto* content = new QWidget;
-    content->setObjectName(view->objectName() + QStringLiteral("Content"));
+    content->setObjectName(contentName(view));
     auto* contentLayout = new QVBoxLayout(content);
     contentLayout->setContentsMargins(12, 12, 12, 12);
     contentLayout->setSpacing(10);
 
-    auto* scroll = new QScrollArea(view);
-    scroll->setObjectName(view->objectName() + QStringLiteral("Scroll"));
-    scroll->setWidgetResizable(true);
-    scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    scroll->setFrameShape(QFrame::NoFrame);
-    scroll->setWidget(content);
-
-    auto* layout = new QVBoxLayout(view);
-    layout->setContentsMargins(1, 0, 0, 0);  // keeps the left border line visible
-    layout->setSpacing(0);
-    layout->addWidget(scroll, 1);
+    QScrollArea* scroll = fillPanelWithScrollArea(view, content, view->objectName() + QStringLiteral("Scroll"));
     if (scrollOut)
         *scrollOut = scroll;
     return contentLayout;
@@ -136,12 +109,8 @@ FieldSection::FieldSection(const QString& heading, QWidget* parent) : QFrame(par
     layout_->setContentsMargins(12, 8, 12, 10);
     layout_->setSpacing(8);
     layout_->addWidget(labelWithRole(heading, "heading", this));
-    form_ = new QFormLayout;
-    form_->setLabelAlignment(Qt::AlignRight | Qt::AlignVCenter);
-    form_->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
+    form_ = alignedFormLayout(10, 6);
     form_->setRowWrapPolicy(QFormLayout::DontWrapRows);
-    form_->setHorizontalSpacing(10);
-    form_->setVerticalSpacing(6);
     layout_->addLayout(form_);
 }
 

@@ -1,5 +1,7 @@
 #include "app/GpsDialog.h"
 
+#include "ui/DialogLook.h"
+
 #include <QFormLayout>
 #include <QFrame>
 #include <QHBoxLayout>
@@ -14,18 +16,8 @@ namespace pelorin {
 namespace {
 
 const char* const kLook = R"(
-QDialog { background-color: #34495E; }
-QLabel { color: #FFFFFF; }
 QFrame#previewMapArea { background-color: #1E2833; border: 1px solid #4F6275; border-radius: 4px; }
 QLabel#previewCoordinateLabel { color: #C9D6E2; font-size: 11pt; background: transparent; border: none; }
-QLineEdit { background-color: #23292F; color: #ECF0F1; border: 1px solid #5A6B7C;
-    border-radius: 3px; padding: 4px 6px; selection-background-color: #2F80C0; }
-QLineEdit:focus { border-color: #5FC3FF; }
-QPushButton { background-color: #46627D; color: #FFFFFF; border: 1px solid #5C7A96;
-    border-radius: 4px; padding: 5px 14px; }
-QPushButton:hover { background-color: #52708D; }
-QPushButton:pressed { background-color: #3A5068; }
-QPushButton:default { background-color: #2F80C0; border-color: #5FC3FF; }
 )";
 
 const QString kNoPreview = QStringLiteral("Type a location and press Preview on Map.");
@@ -52,10 +44,7 @@ GpsDialog::GpsDialog(QWidget* parent) : QDialog(parent)
 {
     setObjectName(QStringLiteral("changeGPSWindow"));
     setWindowTitle(QStringLiteral("GPS Location"));
-    QFont base = font();
-    base.setPointSize(10);
-    setFont(base);
-    setStyleSheet(QString::fromLatin1(kLook));
+    applyLook(this, dialogStyleSheet(QString::fromLatin1(kLook), DialogFields::LineEdits));
 
     latitude_ = field("latitudelab", QStringLiteral("-33.45 (south negative)"), this);
     longitude_ = field("longtitudelab", QStringLiteral("-70.66 (west negative)"), this);
@@ -63,28 +52,19 @@ GpsDialog::GpsDialog(QWidget* parent) : QDialog(parent)
     dateStamp_ = field("dateStamplab", QString(), this);
     timeStamp_ = field("timeStamplab", QString(), this);
 
-    auto* form = new QFormLayout;
-    form->setLabelAlignment(Qt::AlignRight | Qt::AlignVCenter);
-    form->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
-    form->setHorizontalSpacing(12);
-    form->setVerticalSpacing(8);
+    QFormLayout* form = alignedFormLayout();
     form->addRow(QStringLiteral("Latitude:"), latitude_);
     form->addRow(QStringLiteral("Longitude:"), longitude_);
     form->addRow(QStringLiteral("Altitude (m):"), altitude_);
     form->addRow(QStringLiteral("GPS date:"), dateStamp_);
     form->addRow(QStringLiteral("GPS time:"), timeStamp_);
 
-    auto* previewButton = new QPushButton(QStringLiteral("Preview on Map"), this);
-    previewButton->setObjectName(QStringLiteral("previewGpsButton"));
-    previewButton->setAutoDefault(false);
-    auto* previewRow = new QHBoxLayout;
-    previewRow->addStretch(1);
-    previewRow->addWidget(previewButton);
+    QPushButton* previewButton = dialogButton(this, QStringLiteral("Preview on Map"), "previewGpsButton");
 
     auto* fieldsColumn = new QVBoxLayout;
     fieldsColumn->setSpacing(12);
     fieldsColumn->addLayout(form);
-    fieldsColumn->addLayout(previewRow);
+    fieldsColumn->addLayout(trailingButtonRow({previewButton}));
     fieldsColumn->addStretch(1);
 
     mapArea_ = new QFrame(this);
@@ -103,22 +83,14 @@ GpsDialog::GpsDialog(QWidget* parent) : QDialog(parent)
     content->addLayout(fieldsColumn);
     content->addWidget(mapArea_, 1);
 
-    auto* cancelButton = new QPushButton(QStringLiteral("Cancel"), this);
-    cancelButton->setObjectName(QStringLiteral("gpsCancelButton"));
-    cancelButton->setAutoDefault(false);
-    auto* saveButton = new QPushButton(QStringLiteral("Save"), this);
-    saveButton->setObjectName(QStringLiteral("gpsSaveButton"));
-    saveButton->setDefault(true);
-    auto* buttonRow = new QHBoxLayout;
-    buttonRow->addStretch(1);
-    buttonRow->addWidget(cancelButton);
-    buttonRow->addWidget(saveButton);
+    QPushButton* cancelButton = dialogButton(this, QStringLiteral("Cancel"), "gpsCancelButton");
+    QPushButton* saveButton = dialogButton(this, QStringLiteral("Save"), "gpsSaveButton", true);
 
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(20, 18, 20, 16);
     layout->setSpacing(16);
     layout->addLayout(content, 1);
-    layout->addLayout(buttonRow);
+    layout->addLayout(trailingButtonRow({cancelButton, saveButton}));
 
     connect(previewButton, &QPushButton::clicked, this, &GpsDialog::previewRequested);
     connect(saveButton, &QPushButton::clicked, this, &GpsDialog::saveRequested);

@@ -1,6 +1,7 @@
 #include "app/PhotoEditorPanel.h"
 
 #include "app/DateFieldParsing.h"
+#include "ui/DialogLook.h"
 #include "ui/HoverToolButton.h"
 
 #include <QFormLayout>
@@ -8,7 +9,6 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPixmap>
-#include <QScrollArea>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -19,29 +19,17 @@ namespace {
 constexpr QSize kPreviewSize(200, 150);
 constexpr int kPanelWidth = 420;
 
+const QString kContentName = QStringLiteral("photoEditorContent");
+
 const QString kBasic = QStringLiteral("basic");
 const QString kCamera = QStringLiteral("camera");
 const QString kGps = QStringLiteral("gps");
 
 const char* const kLook = R"(
-QFrame#photoEditorView { background-color: rgb(44, 62, 80); border-left: 1px solid #1F2D3A; }
-QWidget#photoEditorContent { background-color: rgb(44, 62, 80); }
-QScrollArea { background: transparent; border: none; }
-QFrame[role="section"] { background-color: #34495E; border: 1px solid #415A72; border-radius: 6px; }
-QLabel { color: #FFFFFF; background: transparent; border: none; }
-QLabel[role="heading"] { color: #8FD3FF; font-weight: bold; font-size: 11pt; }
-QLabel[role="caption"] { color: #C9D3DC; }
 QLabel[role="fact"] { color: #ECF0F1; }
 QLabel#localPhotoImageView { background-color: #23292F; border: 1px solid #4F6275; color: #7F8C97; }
-QLineEdit { background-color: #23292F; color: #ECF0F1; border: 1px solid #5A6B7C;
-    border-radius: 3px; padding: 3px 6px; selection-background-color: #2F80C0; }
-QLineEdit:focus { border-color: #5FC3FF; }
 QToolButton { color: #ECF0F1; background: transparent; border: none; padding: 2px 4px; }
 QToolButton:hover, QToolButton:pressed { color: #5FC3FF; }
-QScrollBar:vertical { background: rgb(44, 62, 80); width: 10px; margin: 0; }
-QScrollBar::handle:vertical { background: #5A6F84; border-radius: 4px; min-height: 30px; margin: 2px; }
-QScrollBar::add-line:vertical, QScrollBar::sub-line:vertical { height: 0; }
-QScrollBar::add-page:vertical, QScrollBar::sub-page:vertical { background: none; }
 )";
 
 // Which text of the editor each field holds, and the group an edit of it starts.
@@ -83,13 +71,6 @@ const FactSlot kFacts[] = {
     {"dpiLabel", "Resolution (dpi):", &PhotoEditorTexts::dpi},
 };
 
-QLabel* labelWithRole(const QString& text, const char* role, QWidget* parent)
-{
-    auto* label = new QLabel(text, parent);
-    label->setProperty("role", QString::fromLatin1(role));
-    return label;
-}
-
 QFormLayout* sectionForm(const QString& title, QWidget* parent, QVBoxLayout* into)
 {
     auto* frame = new QFrame(parent);
@@ -98,11 +79,7 @@ QFormLayout* sectionForm(const QString& title, QWidget* parent, QVBoxLayout* int
     layout->setContentsMargins(12, 8, 12, 10);
     layout->setSpacing(8);
     layout->addWidget(labelWithRole(title, "heading", frame));
-    auto* form = new QFormLayout;
-    form->setLabelAlignment(Qt::AlignRight | Qt::AlignVCenter);
-    form->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
-    form->setHorizontalSpacing(10);
-    form->setVerticalSpacing(6);
+    QFormLayout* form = alignedFormLayout(10, 6);
     layout->addLayout(form);
     into->addWidget(frame);
     return form;
@@ -114,10 +91,7 @@ PhotoEditorPanel::PhotoEditorPanel(QWidget* parent) : QFrame(parent)
 {
     setObjectName(QStringLiteral("photoEditorView"));
     setAttribute(Qt::WA_StyledBackground);
-    QFont base = font();
-    base.setPointSize(10);
-    setFont(base);
-    setStyleSheet(QString::fromLatin1(kLook));
+    applyLook(this, editorPanelStyleSheet(objectName(), kContentName, QString::fromLatin1(kLook)));
     setMinimumWidth(kPanelWidth);
 
     // Picture buttons.
@@ -147,7 +121,7 @@ PhotoEditorPanel::PhotoEditorPanel(QWidget* parent) : QFrame(parent)
 
     // Everything under the buttons scrolls when the window is short.
     auto* content = new QWidget;
-    content->setObjectName(QStringLiteral("photoEditorContent"));
+    content->setObjectName(kContentName);
     auto* contentLayout = new QVBoxLayout(content);
     contentLayout->setContentsMargins(12, 4, 12, 12);
     contentLayout->setSpacing(10);
@@ -202,18 +176,7 @@ PhotoEditorPanel::PhotoEditorPanel(QWidget* parent) : QFrame(parent)
         caption->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     }
 
-    auto* scroll = new QScrollArea(this);
-    scroll->setObjectName(QStringLiteral("photoEditorScroll"));
-    scroll->setWidgetResizable(true);
-    scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    scroll->setFrameShape(QFrame::NoFrame);
-    scroll->setWidget(content);
-
-    auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(1, 0, 0, 0);  // keeps the left border line visible
-    layout->setSpacing(0);
-    layout->addLayout(buttonRow);
-    layout->addWidget(scroll, 1);
+    fillPanelWithScrollArea(this, content, QStringLiteral("photoEditorScroll"), buttonRow);
 
     resize(kPanelWidth, 720);
 }

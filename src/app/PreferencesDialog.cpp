@@ -1,5 +1,7 @@
 #include "app/PreferencesDialog.h"
 
+#include "ui/DialogLook.h"
+
 #include <QColorDialog>
 #include <QComboBox>
 #include <QFileDialog>
@@ -15,8 +17,6 @@ namespace pelorin {
 namespace {
 
 const char* const kLook = R"(
-QDialog { background-color: #34495E; }
-QLabel { color: #FFFFFF; }
 QLabel[role="heading"] { color: #8FD3FF; font-weight: bold; font-size: 11pt; }
 QLabel#storageLocationLabel, QLabel#fontLabel {
     background-color: #23292F; color: #ECF0F1; border: 1px solid #4F6275; border-radius: 3px;
@@ -26,11 +26,6 @@ QComboBox { background-color: #23292F; color: #ECF0F1; border: 1px solid #5A6B7C
 QComboBox:focus { border-color: #5FC3FF; }
 QComboBox QAbstractItemView { background-color: #23292F; color: #ECF0F1;
     selection-background-color: #2F80C0; }
-QPushButton { background-color: #46627D; color: #FFFFFF; border: 1px solid #5C7A96;
-    border-radius: 4px; padding: 5px 14px; }
-QPushButton:hover { background-color: #52708D; }
-QPushButton:pressed { background-color: #3A5068; }
-QPushButton:default { background-color: #2F80C0; border-color: #5FC3FF; }
 )";
 
 // The output folder can be any length; the middle of a long path is the least telling part.
@@ -58,13 +53,6 @@ private:
     QString full_;
 };
 
-QLabel* heading(const QString& text, QWidget* parent)
-{
-    auto* label = new QLabel(text, parent);
-    label->setProperty("role", QStringLiteral("heading"));
-    return label;
-}
-
 QString defaultFolderChooser(QWidget* parent)
 {
     return QFileDialog::getExistingDirectory(
@@ -80,29 +68,21 @@ PreferencesDialog::PreferencesDialog(QWidget* parent)
     setObjectName(QStringLiteral("preferencesSheet"));
     setWindowTitle(QStringLiteral("Preferences"));
     setWindowModality(Qt::WindowModal);
-    QFont base = font();
-    base.setPointSize(10);
-    setFont(base);
-    setStyleSheet(QString::fromLatin1(kLook));
+    applyLook(this, dialogStyleSheet(QString::fromLatin1(kLook)));
 
     storageLabel_ = new MiddleElidedLabel(this);
     storageLabel_->setObjectName(QStringLiteral("storageLocationLabel"));
     storageLabel_->setMinimumWidth(260);
     storageLabel_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
-    auto* chooseFolderButton = new QPushButton(QStringLiteral("Choose…"), this);
-    chooseFolderButton->setObjectName(QStringLiteral("chooseStorageButton"));
-    chooseFolderButton->setAutoDefault(false);
+    QPushButton* chooseFolderButton =
+        dialogButton(this, QStringLiteral("Choose…"), "chooseStorageButton");
 
     fontLabel_ = new QLabel(this);
     fontLabel_->setObjectName(QStringLiteral("fontLabel"));
-    auto* chooseFontButton = new QPushButton(QStringLiteral("Font…"), this);
-    chooseFontButton->setObjectName(QStringLiteral("chooseFontButton"));
-    chooseFontButton->setAutoDefault(false);
+    QPushButton* chooseFontButton = dialogButton(this, QStringLiteral("Font…"), "chooseFontButton");
 
-    colorWell_ = new QPushButton(this);
-    colorWell_->setObjectName(QStringLiteral("colorWell"));
+    colorWell_ = dialogButton(this, QString(), "colorWell");
     colorWell_->setFlat(true);
-    colorWell_->setAutoDefault(false);
     colorWell_->setFixedSize(56, 24);
     colorWell_->setCursor(Qt::PointingHandCursor);
 
@@ -121,38 +101,26 @@ PreferencesDialog::PreferencesDialog(QWidget* parent)
     fontRow->addWidget(fontLabel_, 1);
     fontRow->addWidget(chooseFontButton);
 
-    auto* stampForm = new QFormLayout;
-    stampForm->setLabelAlignment(Qt::AlignRight | Qt::AlignVCenter);
-    stampForm->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
-    stampForm->setHorizontalSpacing(12);
-    stampForm->setVerticalSpacing(8);
+    QFormLayout* stampForm = alignedFormLayout();
     stampForm->addRow(QStringLiteral("Font:"), fontRow);
     stampForm->addRow(QStringLiteral("Color:"), colorWell_);
     stampForm->addRow(QStringLiteral("Corner:"), cornerPopup_);
     stampForm->addRow(QStringLiteral("Date format:"), dateFormatPopup_);
 
-    auto* cancelButton = new QPushButton(QStringLiteral("Cancel"), this);
-    cancelButton->setObjectName(QStringLiteral("cancelPreferencesButton"));
-    cancelButton->setAutoDefault(false);
-    auto* saveButton = new QPushButton(QStringLiteral("Save"), this);
-    saveButton->setObjectName(QStringLiteral("savePreferencesButton"));
-    saveButton->setDefault(true);
-    auto* buttonRow = new QHBoxLayout;
-    buttonRow->addStretch(1);
-    buttonRow->addWidget(cancelButton);
-    buttonRow->addWidget(saveButton);
+    QPushButton* cancelButton = dialogButton(this, QStringLiteral("Cancel"), "cancelPreferencesButton");
+    QPushButton* saveButton = dialogButton(this, QStringLiteral("Save"), "savePreferencesButton", true);
 
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(20, 18, 20, 16);
     layout->setSpacing(8);
-    layout->addWidget(heading(QStringLiteral("Output folder"), this));
+    layout->addWidget(labelWithRole(QStringLiteral("Output folder"), "heading", this));
     layout->addLayout(folderRow);
     layout->addSpacing(12);
-    layout->addWidget(heading(QStringLiteral("Date stamp"), this));
+    layout->addWidget(labelWithRole(QStringLiteral("Date stamp"), "heading", this));
     layout->addLayout(stampForm);
     layout->addSpacing(12);
     layout->addStretch(1);
-    layout->addLayout(buttonRow);
+    layout->addLayout(trailingButtonRow({cancelButton, saveButton}));
 
     connect(chooseFolderButton, &QPushButton::clicked, this, &PreferencesDialog::pickFolder);
     connect(chooseFontButton, &QPushButton::clicked, this, &PreferencesDialog::pickFont);

@@ -1,5 +1,6 @@
 #include "app/UpdateWindow.h"
 
+#include "ui/DialogLook.h"
 #include "update/UpdateDocument.h"
 
 #include <QDesktopServices>
@@ -16,17 +17,12 @@ namespace pelorin {
 
 namespace {
 
+// The shared dialog rules cover the alert too: a QMessageBox is a QDialog.
 const char* const kLook = R"(
-QDialog, QMessageBox { background-color: #34495E; }
-QLabel { color: #FFFFFF; }
 QLabel#newversionlab { font-weight: bold; font-size: 13pt; }
 QPlainTextEdit { background-color: #2C3E50; color: #FFFFFF; border: 1px solid #4F6275;
     border-radius: 4px; padding: 4px; }
-QPushButton { background-color: #46627D; color: #FFFFFF; border: 1px solid #5C7A96;
-    border-radius: 4px; padding: 5px 14px; min-width: 64px; }
-QPushButton:hover { background-color: #52708D; }
-QPushButton:pressed { background-color: #3A5068; }
-QPushButton:default { background-color: #2F80C0; border-color: #5FC3FF; }
+QPushButton { min-width: 64px; }
 QPushButton:disabled { background-color: #3E5164; color: #8A9BAC; }
 QLabel#qt_msgbox_informativelabel { min-width: 300px; }
 )";
@@ -61,11 +57,20 @@ QLabel* wrappingLabel(const char* name, QWidget* parent)
     return label;
 }
 
-QPushButton* button(const QString& text, const char* name, QWidget* parent)
+QString look()
 {
-    auto* b = new QPushButton(text, parent);
-    b->setObjectName(QString::fromLatin1(name));
-    return b;
+    return dialogStyleSheet(QString::fromLatin1(kLook));
+}
+
+// The window's icon on the left, its texts and buttons beside it.
+void layOutBesideIcon(QDialog* window, QVBoxLayout* text, const QList<QWidget*>& buttons)
+{
+    text->addLayout(trailingButtonRow(buttons));
+    auto* layout = new QHBoxLayout(window);
+    layout->setContentsMargins(18, 18, 18, 14);
+    layout->setSpacing(16);
+    layout->addWidget(appIcon(window), 0, Qt::AlignTop);
+    layout->addLayout(text, 1);
 }
 
 }  // namespace
@@ -75,7 +80,7 @@ UpdateWindow::UpdateWindow(QWidget* parent)
 {
     setObjectName(QStringLiteral("UpdateWindow"));
     setWindowTitle(kWindowTitle);
-    setStyleSheet(QString::fromLatin1(kLook));
+    setStyleSheet(look());
     setMinimumSize(540, 360);
 
     newVersion_ = wrappingLabel("newversionlab", this);
@@ -85,9 +90,10 @@ UpdateWindow::UpdateWindow(QWidget* parent)
     whatsNew_->setReadOnly(true);
     whatsNew_->setMinimumHeight(160);
 
-    auto* notNow = button(QStringLiteral("Not Now"), "notNowButton", this);
-    download_ = button(QStringLiteral("Download"), "downloadButton", this);
-    download_->setDefault(true);
+    // Not Now stays an auto-default button: Enter while it has the focus chooses it.
+    auto* notNow = new QPushButton(QStringLiteral("Not Now"), this);
+    notNow->setObjectName(QStringLiteral("notNowButton"));
+    download_ = dialogButton(this, QStringLiteral("Download"), "downloadButton", true);
     download_->setEnabled(false);
     connect(notNow, &QPushButton::clicked, this, &QDialog::hide);
     connect(download_, &QPushButton::clicked, this, [this] {
@@ -102,17 +108,7 @@ UpdateWindow::UpdateWindow(QWidget* parent)
     text->addWidget(currentVersion_);
     text->addSpacing(4);
     text->addWidget(whatsNew_, 1);
-    auto* buttons = new QHBoxLayout;
-    buttons->addStretch(1);
-    buttons->addWidget(notNow);
-    buttons->addWidget(download_);
-    text->addLayout(buttons);
-
-    auto* layout = new QHBoxLayout(this);
-    layout->setContentsMargins(18, 18, 18, 14);
-    layout->setSpacing(16);
-    layout->addWidget(appIcon(this), 0, Qt::AlignTop);
-    layout->addLayout(text, 1);
+    layOutBesideIcon(this, text, {notNow, download_});
 }
 
 void UpdateWindow::setUpdate(const QString& newest, const QString& current, const QString& whatsNew)
@@ -133,28 +129,18 @@ NoUpdateWindow::NoUpdateWindow(QWidget* parent) : QDialog(parent)
 {
     setObjectName(QStringLiteral("noUpdateWindow"));
     setWindowTitle(kWindowTitle);
-    setStyleSheet(QString::fromLatin1(kLook));
+    setStyleSheet(look());
     setMinimumWidth(420);
 
     message_ = wrappingLabel("noUpdateLabel", this);
-    auto* ok = button(QStringLiteral("OK"), "noUpdateOkButton", this);
-    ok->setDefault(true);
+    QPushButton* ok = dialogButton(this, QStringLiteral("OK"), "noUpdateOkButton", true);
     connect(ok, &QPushButton::clicked, this, &QDialog::accept);
 
     auto* text = new QVBoxLayout;
     text->setSpacing(14);
     text->addWidget(message_);
     text->addStretch(1);
-    auto* buttons = new QHBoxLayout;
-    buttons->addStretch(1);
-    buttons->addWidget(ok);
-    text->addLayout(buttons);
-
-    auto* layout = new QHBoxLayout(this);
-    layout->setContentsMargins(18, 18, 18, 14);
-    layout->setSpacing(16);
-    layout->addWidget(appIcon(this), 0, Qt::AlignTop);
-    layout->addLayout(text, 1);
+    layOutBesideIcon(this, text, {ok});
 }
 
 void NoUpdateWindow::setCurrentVersion(const QString& current)
@@ -167,7 +153,7 @@ void showUpdateCheckFailure(QWidget* parent, const QString& reason)
     auto* box = new QMessageBox(parent);
     box->setObjectName(QStringLiteral("updateCheckFailedAlert"));
     box->setAttribute(Qt::WA_DeleteOnClose);
-    box->setStyleSheet(QString::fromLatin1(kLook));
+    box->setStyleSheet(look());
     box->setIcon(QMessageBox::Warning);
     box->setWindowTitle(kWindowTitle);
     box->setText(QStringLiteral("The update check failed."));

@@ -104,6 +104,9 @@ private slots:
         storage_ = temp_.filePath(QStringLiteral("storage-%1").arg(QTest::currentTestFunction()));
         const QString settingsFile = temp_.filePath(QStringLiteral("%1.ini").arg(QTest::currentTestFunction()));
         QSettings(settingsFile, QSettings::IniFormat).setValue(QStringLiteral("storagePath"), storage_);
+        // Maps stay on this machine: a closed loopback port gives their offline state.
+        QSettings(settingsFile, QSettings::IniFormat)
+            .setValue(DeploymentKey::MapTileUrl, QStringLiteral("http://127.0.0.1:9/{z}/{x}/{y}.png"));
         app_ = std::make_unique<AppDelegate>(
             std::make_unique<Preferences>(std::make_unique<QSettings>(settingsFile, QSettings::IniFormat)));
         app_->awakeFromNib();

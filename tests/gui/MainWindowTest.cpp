@@ -186,6 +186,9 @@ private slots:
         const QString settingsFile = temp_.filePath(QStringLiteral("%1.ini").arg(QTest::currentTestFunction()));
         // The storage folder is set before the start, so that no test makes the user's own.
         QSettings(settingsFile, QSettings::IniFormat).setValue(QStringLiteral("storagePath"), storage_);
+        // Maps stay on this machine: a closed loopback port gives their offline state.
+        QSettings(settingsFile, QSettings::IniFormat)
+            .setValue(DeploymentKey::MapTileUrl, QStringLiteral("http://127.0.0.1:9/{z}/{x}/{y}.png"));
         startApp(settingsFile);
     }
 

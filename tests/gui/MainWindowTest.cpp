@@ -30,6 +30,7 @@
 #include <QDir>
 #include <QFile>
 #include <QLineEdit>
+#include <QMenu>
 #include <QMessageBox>
 #include <QMimeData>
 #include <QProcess>
@@ -539,6 +540,24 @@ private slots:
         QCOMPARE(app_->preferencesSheet()->values().storagePath, chosen);
         QCOMPARE(app_->preferencesSheet()->values().cornerIndex, 3);
         QCOMPARE(app_->preferencesSheet()->values().dateFormatIndex, 2);
+    }
+
+    void pictureButtonsShowTheirHoverPicture()
+    {
+        HoverToolButton* button = app_->window()->remoMetaDataLocalBtn;
+        const QImage normal = button->icon().pixmap(32).toImage();
+        QEnterEvent enter(QPointF(5, 5), QPointF(5, 5), QPointF(5, 5));
+        QApplication::sendEvent(button, &enter);
+        QVERIFY(button->isShowingHoverPicture());
+        QVERIFY(button->icon().pixmap(32).toImage() != normal);
+        QEvent leave(QEvent::Leave);
+        QApplication::sendEvent(button, &leave);
+        QVERIFY(!button->isShowingHoverPicture());
+        QCOMPARE(button->icon().pixmap(32).toImage(), normal);
+        // Its press pops up the removal menu under it.
+        QTest::mouseClick(button, Qt::LeftButton);
+        QTRY_VERIFY(app_->menus()->removeExifMenu->isVisible());
+        app_->menus()->removeExifMenu->hide();
     }
 
     void closingAsksFirst()

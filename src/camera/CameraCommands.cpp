@@ -39,7 +39,7 @@ CommandResult downloadCameraFiles(CameraSession& session, const QList<CameraFile
                             QFileInfo::exists(target) ? QStringLiteral("existing file") : QString(),
                             QStringLiteral("copy of %1 from %2").arg(label, session.device().name));
                 setOutputFileDates(target, {}, info->modified, context, result);
-            } else if (session.download(file, target, &error, context.cancelled)) {
+            } else if (session.download(file, target, &error, context.cancelled, Durability::Deferred)) {
                 setOutputFileDates(target, {}, info->modified, context, result);
                 result.addWritten(target);
                 context.reveal.reveal(target);
@@ -51,6 +51,9 @@ CommandResult downloadCameraFiles(CameraSession& session, const QList<CameraFile
         }
         context.report(i + 1, total);
     }
+    // One flush for the whole batch instead of one per file.
+    if (!context.dryRun && !result.written.isEmpty())
+        flushFileSystem(context.storageFolder);
     return result;
 }
 

@@ -2,6 +2,7 @@
 
 #include "camera/CameraDevices.h"
 #include "model/CameraFileRef.h"
+#include "model/SafeOutput.h"
 
 #include <QDateTime>
 #include <QImage>
@@ -43,8 +44,9 @@ public:
     QImage thumbnail(const CameraFileRef& file, QString* error);
     // The file's bytes, unchanged, written atomically to target: a failed or cancelled download
     // leaves no file.
+    // Deferred leaves forcing the bytes to disk to the caller's one flush after a batch.
     bool download(const CameraFileRef& file, const QString& target, QString* error,
-                  const std::atomic_bool* cancelled = nullptr);
+                  const std::atomic_bool* cancelled = nullptr, Durability durability = Durability::FlushEach);
     bool remove(const CameraFileRef& file, QString* error);
 
     struct Impl;

@@ -101,12 +101,12 @@ QImage CameraSession::thumbnail(const CameraFileRef& file, QString* error)
 }
 
 bool CameraSession::download(const CameraFileRef& file, const QString& target, QString* error,
-                             const std::atomic_bool* cancelled)
+                             const std::atomic_bool* cancelled, Durability durability)
 {
     std::lock_guard lock(d->mutex);
     if (!d->accepts(file, error))
         return false;
-    AtomicFileWriter writer(target);
+    AtomicFileWriter writer(target, {}, durability);
     if (!writer.open()) {
         setError(error, writer.error());
         return false;

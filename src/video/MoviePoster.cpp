@@ -1,10 +1,9 @@
 #include "video/MoviePoster.h"
 
-#include <QFile>
+
+#include "video/FfmpegInput.h"
 
 extern "C" {
-#include <libavcodec/avcodec.h>
-#include <libavformat/avformat.h>
 #include <libavutil/imgutils.h>
 #include <libswscale/swscale.h>
 }
@@ -18,19 +17,6 @@ namespace {
 
 // A broken or hostile file must not keep the decoder reading for ever.
 constexpr int kMaxPackets = 400;
-
-struct FormatCloser {
-    void operator()(AVFormatContext* context) const { avformat_close_input(&context); }
-};
-struct CodecFreer {
-    void operator()(AVCodecContext* context) const { avcodec_free_context(&context); }
-};
-struct FrameFreer {
-    void operator()(AVFrame* frame) const { av_frame_free(&frame); }
-};
-struct PacketFreer {
-    void operator()(AVPacket* packet) const { av_packet_free(&packet); }
-};
 
 QImage fail(QString* error, const QString& reason)
 {
@@ -62,14 +48,10 @@ QImage toImage(const AVFrame* frame, int maxSide)
 
 QImage moviePosterFrame(const QString& path, int maxSide, QString* error)
 {
-    av_log_set_level(AV_LOG_QUIET);
-    AVFormatContext* raw = nullptr;
-    const QByteArray name = QFile::encodeName(path);
-    if (avformat_open_input(&raw, name.constData(), nullptr, nullptr) < 0)
-        return fail(error, QStringLiteral("FFmpeg cannot open the file"));
-    std::unique_ptr<AVFormatContext, FormatCloser> format(raw);
-    if (avformat_find_stream_info(format.get(), nullptr) < 0)
-        return fail(error, QStringLiteral("FFmpeg finds no streams"));
+    QString openError;
+    const MovieInput format = openMovieInput(path, &openError);
+    if (!format)
+        return fail(error, openError);
 
     // A cover picture stored with the movie is what a person expects to see.
     for (unsigned i = 0; i < format->nb_streams; ++i) {

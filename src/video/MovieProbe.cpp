@@ -1,5 +1,7 @@
 #include "video/MovieProbe.h"
 
+#include "video/FfmpegInput.h"
+
 #include <QFile>
 #include <QMimeDatabase>
 
@@ -15,17 +17,6 @@ namespace pelorin {
 
 namespace {
 
-QString ffmpegError(int code)
-{
-    char text[AV_ERROR_MAX_STRING_SIZE] = {};
-    av_strerror(code, text, sizeof text);
-    return QString::fromUtf8(text);
-}
-
-struct FormatCloser {
-    void operator()(AVFormatContext* context) const { avformat_close_input(&context); }
-};
-
 }  // namespace
 
 MovieProbe probeMovie(const QString& path)
@@ -35,20 +26,9 @@ MovieProbe probeMovie(const QString& path)
     if (mime.isValid() && !mime.isDefault())
         probe.attributes.insert(QStringLiteral("kMDItemKind"), mime.comment());
 
-    av_log_set_level(AV_LOG_QUIET);
-    AVFormatContext* raw = nullptr;
-    const QByteArray name = QFile::encodeName(path);
-    int status = avformat_open_input(&raw, name.constData(), nullptr, nullptr);
-    if (status < 0) {
-        probe.error = QStringLiteral("FFmpeg cannot open the file: %1").arg(ffmpegError(status));
+    const MovieInput context = openMovieInput(path, &probe.error);
+    if (!context)
         return probe;
-    }
-    std::unique_ptr<AVFormatContext, FormatCloser> context(raw);
-    status = avformat_find_stream_info(context.get(), nullptr);
-    if (status < 0) {
-        probe.error = QStringLiteral("FFmpeg finds no streams: %1").arg(ffmpegError(status));
-        return probe;
-    }
     probe.opened = true;
     if (context->duration != AV_NOPTS_VALUE && context->duration > 0)
         probe.attributes.insert(QStringLiteral("kMDItemDurationSeconds"), double(context->duration) / AV_TIME_BASE);

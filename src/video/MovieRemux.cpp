@@ -1,6 +1,7 @@
 #include "video/MovieRemux.h"
 
 #include "model/SafeOutput.h"
+#include "video/FfmpegInput.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -17,17 +18,6 @@ extern "C" {
 namespace pelorin {
 
 namespace {
-
-QString ffmpegError(int code)
-{
-    char text[AV_ERROR_MAX_STRING_SIZE] = {};
-    av_strerror(code, text, sizeof text);
-    return QString::fromUtf8(text);
-}
-
-struct InputCloser {
-    void operator()(AVFormatContext* context) const { avformat_close_input(&context); }
-};
 
 struct OutputCloser {
     void operator()(AVFormatContext* context) const
@@ -144,18 +134,9 @@ RewriteReport remuxWithTags(const QString& sourcePath, const QList<ContainerTagC
         report.error = QStringLiteral("the output would replace the source");
         return report;
     }
-    av_log_set_level(AV_LOG_QUIET);
-    AVFormatContext* raw = nullptr;
-    int status = avformat_open_input(&raw, QFile::encodeName(sourcePath).constData(), nullptr, nullptr);
-    if (status < 0) {
-        report.error = QStringLiteral("FFmpeg cannot open the file: %1").arg(ffmpegError(status));
+    const MovieInput input = openMovieInput(sourcePath, &report.error);
+    if (!input)
         return report;
-    }
-    std::unique_ptr<AVFormatContext, InputCloser> input(raw);
-    if ((status = avformat_find_stream_info(input.get(), nullptr)) < 0) {
-        report.error = QStringLiteral("FFmpeg finds no streams: %1").arg(ffmpegError(status));
-        return report;
-    }
     const char* muxer = muxerFor(input.get(), sourcePath);
     if (!muxer) {
         report.error = QStringLiteral("tags of the '%1' container cannot be written").arg(QString::fromUtf8(input->iformat->name));

@@ -1,0 +1,38 @@
+#include "video/FfmpegInput.h"
+
+#include <QFile>
+
+extern "C" {
+#include <libavutil/error.h>
+#include <libavutil/log.h>
+}
+
+namespace pelorin {
+
+QString ffmpegError(int code)
+{
+    char text[AV_ERROR_MAX_STRING_SIZE] = {};
+    av_strerror(code, text, sizeof text);
+    return QString::fromUtf8(text);
+}
+
+MovieInput openMovieInput(const QString& path, QString* error)
+{
+    av_log_set_level(AV_LOG_QUIET);
+    AVFormatContext* raw = nullptr;
+    int status = avformat_open_input(&raw, QFile::encodeName(path).constData(), nullptr, nullptr);
+    if (status < 0) {
+        if (error)
+            *error = QStringLiteral("FFmpeg cannot open the file: %1").arg(ffmpegError(status));
+        return nullptr;
+    }
+    MovieInput input(raw);
+    if ((status = avformat_find_stream_info(input.get(), nullptr)) < 0) {
+        if (error)
+            *error = QStringLiteral("FFmpeg finds no streams: %1").arg(ffmpegError(status));
+        return nullptr;
+    }
+    return input;
+}
+
+}  // namespace pelorin

@@ -2,6 +2,7 @@
 // lists it with thumbnails, downloads, deletes, and runs photo commands on the downloads.
 #include "ExifTool.h"
 #include "TestPaths.h"
+#include "WindowTestApp.h"
 #include "app/AppDelegate.h"
 #include "app/CameraActions.h"
 #include "app/CameraItemsModel.h"
@@ -85,12 +86,8 @@ private:
 private slots:
     void initTestCase()
     {
-        Q_INIT_RESOURCE(pelorin);
-        if (qEnvironmentVariableIsEmpty("QT_MEDIA_BACKEND"))
-            qputenv("QT_MEDIA_BACKEND", "ffmpeg");
+        prepareWindowTests();
         QVERIFY(temp_.isValid());
-        DesktopReveal::setEnabled(false);
-        applyWindowLook(*qApp);
     }
 
     void init()
@@ -102,16 +99,9 @@ private slots:
         QVERIFY(QFile::copy(test::dataPath(QStringLiteral("exiv2-nikon-d70.jpg")),
                             device_ + QStringLiteral("/DCIM/100CANON/exiv2-nikon-d70.jpg")));
         storage_ = temp_.filePath(QStringLiteral("storage-%1").arg(QTest::currentTestFunction()));
-        const QString settingsFile = temp_.filePath(QStringLiteral("%1.ini").arg(QTest::currentTestFunction()));
-        QSettings(settingsFile, QSettings::IniFormat).setValue(QStringLiteral("storagePath"), storage_);
-        // Maps stay on this machine: a closed loopback port gives their offline state.
-        QSettings(settingsFile, QSettings::IniFormat)
-            .setValue(DeploymentKey::MapTileUrl, QStringLiteral("http://127.0.0.1:9/{z}/{x}/{y}.png"));
-        app_ = std::make_unique<AppDelegate>(
-            std::make_unique<Preferences>(std::make_unique<QSettings>(settingsFile, QSettings::IniFormat)));
-        app_->awakeFromNib();
-        app_->applicationDidFinishLaunching();
-        QVERIFY(QTest::qWaitForWindowExposed(app_->window()));
+        app_ = test::startTestWindow(temp_.filePath(QStringLiteral("%1.ini").arg(QTest::currentTestFunction())),
+                                     storage_);
+        QVERIFY(app_);
 
         QVERIFY(!app_->changtoiOSmodemenu()->isEnabled());
         app_->camera()->deviceBrowserDidAddDevice(directoryCamera(device_));

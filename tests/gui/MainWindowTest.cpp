@@ -2,6 +2,7 @@
 // drops, photo commands through the menus and dialogs, the preferences sheet, and screenshots.
 #include "ExifTool.h"
 #include "TestPaths.h"
+#include "WindowTestApp.h"
 #include "app/AppDelegate.h"
 #include "app/BatchDateDialog.h"
 #include "app/CommandMenus.h"
@@ -103,17 +104,10 @@ private:
     QString storage_;
     std::unique_ptr<AppDelegate> app_;
 
-    std::unique_ptr<Preferences> preferencesAt(const QString& file)
-    {
-        return std::make_unique<Preferences>(std::make_unique<QSettings>(file, QSettings::IniFormat));
-    }
-
     void startApp(const QString& settingsFile)
     {
-        app_ = std::make_unique<AppDelegate>(preferencesAt(settingsFile));
-        app_->awakeFromNib();
-        app_->applicationDidFinishLaunching();
-        QVERIFY(QTest::qWaitForWindowExposed(app_->window()));
+        app_ = test::startTestWindow(settingsFile, storage_);
+        QVERIFY(app_);
     }
 
     void importWithAddCommand(const QStringList& paths)
@@ -171,26 +165,15 @@ private:
 private slots:
     void initTestCase()
     {
-        Q_INIT_RESOURCE(pelorin);
-        // As the editor's main() does: the players need the FFmpeg backend.
-        if (qEnvironmentVariableIsEmpty("QT_MEDIA_BACKEND"))
-            qputenv("QT_MEDIA_BACKEND", "ffmpeg");
+        prepareWindowTests();
         QVERIFY(temp_.isValid());
-        DesktopReveal::setEnabled(false);
-        applyWindowLook(*qApp);
     }
 
     void init()
     {
         storage_ = temp_.filePath(QStringLiteral("storage-%1").arg(QTest::currentTestFunction()));
         QDir().mkpath(storage_);
-        const QString settingsFile = temp_.filePath(QStringLiteral("%1.ini").arg(QTest::currentTestFunction()));
-        // The storage folder is set before the start, so that no test makes the user's own.
-        QSettings(settingsFile, QSettings::IniFormat).setValue(QStringLiteral("storagePath"), storage_);
-        // Maps stay on this machine: a closed loopback port gives their offline state.
-        QSettings(settingsFile, QSettings::IniFormat)
-            .setValue(DeploymentKey::MapTileUrl, QStringLiteral("http://127.0.0.1:9/{z}/{x}/{y}.png"));
-        startApp(settingsFile);
+        startApp(temp_.filePath(QStringLiteral("%1.ini").arg(QTest::currentTestFunction())));
     }
 
     void cleanup()
@@ -536,7 +519,8 @@ private slots:
         }
         // The next start shows what was saved.
         app_.reset();
-        startApp(file);
+        app_ = test::startTestWindow(file, QString());
+        QVERIFY(app_);
         QCOMPARE(app_->preferencesSheet()->values().storagePath, chosen);
         QCOMPARE(app_->preferencesSheet()->values().cornerIndex, 3);
         QCOMPARE(app_->preferencesSheet()->values().dateFormatIndex, 2);

@@ -3,6 +3,7 @@
 #include "ExifTool.h"
 #include "LoopbackHttpServer.h"
 #include "TestPaths.h"
+#include "WindowTestApp.h"
 #include "app/AppDelegate.h"
 #include "app/AudioEditorView.h"
 #include "app/CommandMenus.h"
@@ -158,13 +159,8 @@ private:
 private slots:
     void initTestCase()
     {
-        Q_INIT_RESOURCE(pelorin);
-        // As the editor's main() does: the players need the FFmpeg backend.
-        if (qEnvironmentVariableIsEmpty("QT_MEDIA_BACKEND"))
-            qputenv("QT_MEDIA_BACKEND", "ffmpeg");
+        prepareWindowTests();
         QVERIFY(temp_.isValid());
-        DesktopReveal::setEnabled(false);
-        applyWindowLook(*qApp);
         server_ = std::make_unique<test::LoopbackHttpServer>();
         QVERIFY(server_->isListening());
         server_->handler = [](const QByteArray& path) {
@@ -183,19 +179,11 @@ private slots:
     {
         storage_ = temp_.filePath(QStringLiteral("storage-%1").arg(QTest::currentTestFunction()));
         QDir().mkpath(storage_);
-        const QString settingsFile = temp_.filePath(QStringLiteral("%1.ini").arg(QTest::currentTestFunction()));
-        {
-            QSettings settings(settingsFile, QSettings::IniFormat);
-            settings.setValue(QStringLiteral("storagePath"), storage_);
-            settings.setValue(DeploymentKey::MapTileUrl, server_->baseUrl() + QStringLiteral("/tiles/{z}/{x}/{y}.png"));
-            settings.setValue(DeploymentKey::UpdateServer, server_->baseUrl());
-        }
-        app_ = std::make_unique<AppDelegate>(
-            std::make_unique<Preferences>(std::make_unique<QSettings>(settingsFile, QSettings::IniFormat)));
-        app_->openUrl = [](const QUrl&) {};
-        app_->awakeFromNib();
-        app_->applicationDidFinishLaunching();
-        QVERIFY(QTest::qWaitForWindowExposed(app_->window()));
+        app_ = test::startTestWindow(
+            temp_.filePath(QStringLiteral("%1.ini").arg(QTest::currentTestFunction())), storage_,
+            {{DeploymentKey::MapTileUrl, server_->baseUrl() + QStringLiteral("/tiles/{z}/{x}/{y}.png")},
+             {DeploymentKey::UpdateServer, server_->baseUrl()}});
+        QVERIFY(app_);
     }
 
     void cleanup()

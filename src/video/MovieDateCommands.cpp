@@ -10,6 +10,8 @@
 
 #include <QFileInfo>
 
+#include <functional>
+
 namespace pelorin {
 
 namespace {
@@ -47,9 +49,10 @@ bool prepareFolder(const QStringList& files, const CommandContext& context, Comm
     return false;
 }
 
-}  // namespace
-
-CommandResult movieShootDatesToFileDates(const QStringList& files, const CommandContext& context)
+// Runs the work for each movie in turn, after making the storage folder, until the user cancels,
+// reporting progress after every movie.
+CommandResult forEachMovie(const QStringList& files, const CommandContext& context,
+                           const std::function<void(const QString& file, CommandResult& result)>& work)
 {
     CommandResult result;
     if (!prepareFolder(files, context, result))
@@ -58,6 +61,17 @@ CommandResult movieShootDatesToFileDates(const QStringList& files, const Command
     for (const QString& file : files) {
         if (context.isCancelled())
             break;
+        work(file, result);
+        context.report(++done, int(files.size()));
+    }
+    return result;
+}
+
+}  // namespace
+
+CommandResult movieShootDatesToFileDates(const QStringList& files, const CommandContext& context)
+{
+    return forEachMovie(files, context, [&context](const QString& file, CommandResult& result) {
         const IKImageItem item = readMovieFile(file).item;
         QDateTime when = item.shootDate;
         if (!when.isValid()) {
@@ -70,66 +84,48 @@ CommandResult movieShootDatesToFileDates(const QStringList& files, const Command
         }
         if (!when.isValid()) {
             result.skip(file, QStringLiteral("the movie has no recording date"));
-            continue;
+            return;
         }
         const QString target = storageOutputPath(context.storageFolder, QFileInfo(file).fileName());
         if (!context.dryRun) {
             QString error;
             if (!copyFileAtomically(file, target, &error)) {
                 result.skip(file, error);
-                continue;
+                return;
             }
             result.addWritten(target);
         }
         setOutputFileDates(target, when, when, context, result);
         if (!context.dryRun)
             context.reveal.reveal(target);
-        context.report(++done, int(files.size()));
-    }
-    return result;
+    });
 }
 
 CommandResult movieCreationDatesToRecordingDates(const QStringList& files, const CommandContext& context)
 {
-    CommandResult result;
-    if (!prepareFolder(files, context, result))
-        return result;
-    int done = 0;
-    for (const QString& file : files) {
-        if (context.isCancelled())
-            break;
+    return forEachMovie(files, context, [&context](const QString& file, CommandResult& result) {
         const QDateTime created = readFileDates(file).created;
         if (!created.isValid()) {
             result.skip(file, QStringLiteral("the file system keeps no creation date for the file"));
-            continue;
+            return;
         }
         // Whole seconds, as the date texts carry them.
         const QDateTime local = QDateTime::fromSecsSinceEpoch(created.toSecsSinceEpoch()).toLocalTime();
         writeDated(file, local, context, result);
-        context.report(++done, int(files.size()));
-    }
-    return result;
+    });
 }
 
 CommandResult movieDatesFromFileNames(const QStringList& files, const CommandContext& context)
 {
-    CommandResult result;
-    if (!prepareFolder(files, context, result))
-        return result;
-    int done = 0;
-    for (const QString& file : files) {
-        if (context.isCancelled())
-            break;
+    return forEachMovie(files, context, [&context](const QString& file, CommandResult& result) {
         const std::optional<QString> text = dateTextFromFileName(QFileInfo(file).completeBaseName());
         const std::optional<WallClock> clock = text ? parseDateText(*text) : std::nullopt;
         if (!clock) {
             result.skip(file, QStringLiteral("the file name holds no date"));
-            continue;
+            return;
         }
         writeDated(file, QDateTime(clock->date(), clock->time(), Qt::LocalTime), context, result);
-        context.report(++done, int(files.size()));
-    }
-    return result;
+    });
 }
 
 }  // namespace pelorin

@@ -13,6 +13,7 @@
 #include <QLabel>
 #include <QMenu>
 #include <QPropertyAnimation>
+#include <QScreen>
 #include <QSplitter>
 #include <QStackedWidget>
 #include <QStatusBar>
@@ -83,7 +84,10 @@ MainWindow::MainWindow(QWidget* parent) : QMainWindow(parent)
     setWindowTitle(QStringLiteral("Quorvane Pelorin"));
     setWindowIcon(QIcon(QStringLiteral(":/icons/pelorin.svg")));
     setMinimumSize(1080, 640);
-    resize(1320, 800);
+    // Most of the screen, so that the three panes have room; never below the minimum.
+    const QRect available = screen() ? screen()->availableGeometry() : QRect(0, 0, 1320, 800);
+    resize(std::max(minimumWidth(), std::min(int(available.width() * 0.9), 1680)),
+           std::max(minimumHeight(), std::min(int(available.height() * 0.9), 1050)));
 
     auto* central = new QWidget(this);
     central->setObjectName(QStringLiteral("centralArea"));

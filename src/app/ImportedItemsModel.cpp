@@ -59,11 +59,16 @@ void ImportedItemsModel::removeItemRows(QList<int> rows)
 {
     std::sort(rows.begin(), rows.end(), std::greater<int>());
     rows.erase(std::unique(rows.begin(), rows.end()), rows.end());
-    for (int row : rows) {
-        if (row < 0 || row >= items_.size())
-            continue;
-        beginRemoveRows({}, row, row);
-        items_.removeAt(row);
+    rows.removeIf([this](int row) { return row < 0 || row >= items_.size(); });
+    // Runs of neighbouring rows go in one step each, so that removing thousands of selected
+    // records costs the views a few updates, not one per record.
+    for (qsizetype i = 0; i < rows.size();) {
+        const int last = rows[i];
+        int first = last;
+        while (++i < rows.size() && rows[i] == first - 1)
+            first = rows[i];
+        beginRemoveRows({}, first, last);
+        items_.remove(first, last - first + 1);
         endRemoveRows();
     }
 }

@@ -544,6 +544,25 @@ private slots:
         app_->menus()->removeExifMenu->hide();
     }
 
+    void removingScatteredRowsKeepsTheOthersInOrder()
+    {
+        ImportedItemsModel model;
+        QList<IKImageItem> records;
+        for (int i = 0; i < 8; ++i) {
+            IKImageItem record;
+            record.fileName = QString::number(i);
+            records.append(record);
+        }
+        model.append(records);
+        QSignalSpy removals(&model, &QAbstractItemModel::rowsRemoved);
+        model.removeItemRows({5, 0, 2, 3, 5, 42, -1, 7});
+        QStringList left;
+        for (const IKImageItem& record : model.items())
+            left.append(record.fileName);
+        QCOMPARE(left, (QStringList{"1", "4", "6"}));
+        QCOMPARE(removals.count(), 4);  // 7, 5, 2-3 and 0: neighbours go together
+    }
+
     void closingAsksFirst()
     {
         MainWindow* window = app_->window();

@@ -147,6 +147,12 @@ void AppDelegate::wireWindow()
     connect(w->photoEditorView, &PhotoEditorPanel::backRequested, this, &AppDelegate::HideEditViewAction);
     connect(w->localImageBrowserView->selectionModel(), &QItemSelectionModel::selectionChanged, this,
             &AppDelegate::imageBrowserSelectionDidChange);
+    // A double click opens the photo in the editor (the selection has already filled it).
+    connect(w->localImageBrowserView, &QAbstractItemView::doubleClicked, this, [this](const QModelIndex& index) {
+        const QModelIndex source = browserModel_->mapToSource(index);
+        if (source.isValid() && isImageExtension(pathExtension(items_->item(source.row()).filePath)))
+            StartEditViewAction();
+    });
     connect(w->photoEditorView, &PhotoEditorPanel::editingStarted, this, [this](const QString& group) {
         if (group == QLatin1String("basic"))
             basicInfoChange = true;

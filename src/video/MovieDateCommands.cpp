@@ -4,22 +4,22 @@
 #include "model/FileDates.h"
 #include "model/OutputDates.h"
 #include "model/SafeOutput.h"
+#include "video/MovieBatch.h"
 #include "video/MovieDateWrite.h"
 #include "video/MovieNameDates.h"
 #include "video/MovieReader.h"
 
 #include <QFileInfo>
 
-#include <functional>
 
 namespace pelorin {
 
 namespace {
 
 // Writes the recording date into a copy and gives the copy that date as its file dates.
-void writeDated(const QString& file, const QDateTime& local, const CommandContext& context, CommandResult& result)
+void writeDated(const QString& file, const QString& target, const QDateTime& local, const CommandContext& context,
+                CommandResult& result)
 {
-    const QString target = storageOutputPath(context.storageFolder, QFileInfo(file).fileName());
     if (context.dryRun) {
         for (const ItemChange& change : recordingDateChanges(local)) {
             if (change.value)
@@ -39,39 +39,11 @@ void writeDated(const QString& file, const QDateTime& local, const CommandContex
     context.reveal.reveal(target);
 }
 
-bool prepareFolder(const QStringList& files, const CommandContext& context, CommandResult& result)
-{
-    QString error;
-    if (context.dryRun || ensureFolder(context.storageFolder, &error))
-        return true;
-    for (const QString& file : files)
-        result.skip(file, error);
-    return false;
-}
-
-// Runs the work for each movie in turn, after making the storage folder, until the user cancels,
-// reporting progress after every movie.
-CommandResult forEachMovie(const QStringList& files, const CommandContext& context,
-                           const std::function<void(const QString& file, CommandResult& result)>& work)
-{
-    CommandResult result;
-    if (!prepareFolder(files, context, result))
-        return result;
-    int done = 0;
-    for (const QString& file : files) {
-        if (context.isCancelled())
-            break;
-        work(file, result);
-        context.report(++done, int(files.size()));
-    }
-    return result;
-}
-
 }  // namespace
 
 CommandResult movieShootDatesToFileDates(const QStringList& files, const CommandContext& context)
 {
-    return forEachMovie(files, context, [&context](const QString& file, CommandResult& result) {
+    return forEachMovie(files, context, [&context](const QString& file, const QString& target, CommandResult& result) {
         const IKImageItem item = readMovieFile(file).item;
         QDateTime when = item.shootDate;
         if (!when.isValid()) {
@@ -86,7 +58,6 @@ CommandResult movieShootDatesToFileDates(const QStringList& files, const Command
             result.skip(file, QStringLiteral("the movie has no recording date"));
             return;
         }
-        const QString target = storageOutputPath(context.storageFolder, QFileInfo(file).fileName());
         if (!context.dryRun) {
             QString error;
             if (!copyFileAtomically(file, target, &error)) {
@@ -103,7 +74,7 @@ CommandResult movieShootDatesToFileDates(const QStringList& files, const Command
 
 CommandResult movieCreationDatesToRecordingDates(const QStringList& files, const CommandContext& context)
 {
-    return forEachMovie(files, context, [&context](const QString& file, CommandResult& result) {
+    return forEachMovie(files, context, [&context](const QString& file, const QString& target, CommandResult& result) {
         const QDateTime created = readFileDates(file).created;
         if (!created.isValid()) {
             result.skip(file, QStringLiteral("the file system keeps no creation date for the file"));
@@ -111,20 +82,20 @@ CommandResult movieCreationDatesToRecordingDates(const QStringList& files, const
         }
         // Whole seconds, as the date texts carry them.
         const QDateTime local = QDateTime::fromSecsSinceEpoch(created.toSecsSinceEpoch()).toLocalTime();
-        writeDated(file, local, context, result);
+        writeDated(file, target, local, context, result);
     });
 }
 
 CommandResult movieDatesFromFileNames(const QStringList& files, const CommandContext& context)
 {
-    return forEachMovie(files, context, [&context](const QString& file, CommandResult& result) {
+    return forEachMovie(files, context, [&context](const QString& file, const QString& target, CommandResult& result) {
         const std::optional<QString> text = dateTextFromFileName(QFileInfo(file).completeBaseName());
         const std::optional<WallClock> clock = text ? parseDateText(*text) : std::nullopt;
         if (!clock) {
             result.skip(file, QStringLiteral("the file name holds no date"));
             return;
         }
-        writeDated(file, QDateTime(clock->date(), clock->time(), Qt::LocalTime), context, result);
+        writeDated(file, target, QDateTime(clock->date(), clock->time(), Qt::LocalTime), context, result);
     });
 }
 

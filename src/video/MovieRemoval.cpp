@@ -1,5 +1,7 @@
 #include "video/MovieRemoval.h"
 
+#include "video/MovieBatch.h"
+
 #include "model/FileDates.h"
 #include "model/OutputDates.h"
 #include "model/SafeOutput.h"
@@ -55,18 +57,7 @@ QList<ItemChange> descriptiveItemRemovals(const MediaMetadataItems& items)
 
 CommandResult removeMovieMetadata(const QStringList& files, const CommandContext& context)
 {
-    CommandResult result;
-    QString error;
-    if (!context.dryRun && !ensureFolder(context.storageFolder, &error)) {
-        for (const QString& file : files)
-            result.skip(file, error);
-        return result;
-    }
-    int done = 0;
-    for (const QString& file : files) {
-        if (context.isCancelled())
-            break;
-        const QString target = storageOutputPath(context.storageFolder, QFileInfo(file).fileName());
+    return forEachMovie(files, context, [&context](const QString& file, const QString& target, CommandResult& result) {
         const MovieReading reading = readMovieFile(file);
         const QList<ItemChange> removals = descriptiveItemRemovals(reading.item.fileMetaArray);
         if (context.dryRun) {
@@ -76,7 +67,7 @@ CommandResult removeMovieMetadata(const QStringList& files, const CommandContext
                 if (!isTechnical(item))
                     result.plan(target, item.identifier, item.value.toString(), {});
             }
-            continue;
+            return;
         }
         const FileDateReading dates = readFileDates(file);
         const RewriteReport report = isIsoMediaFile(file)
@@ -85,14 +76,12 @@ CommandResult removeMovieMetadata(const QStringList& files, const CommandContext
                                          : remuxWithTags(file, {}, target, true);
         if (!report.written) {
             result.skip(file, report.error);
-            continue;
+            return;
         }
         result.addWritten(target);
         setOutputFileDates(target, dates.created, dates.modified, context, result);
         context.reveal.reveal(target);
-        context.report(++done, int(files.size()));
-    }
-    return result;
+    });
 }
 
 }  // namespace pelorin

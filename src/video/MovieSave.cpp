@@ -1,5 +1,7 @@
 #include "video/MovieSave.h"
 
+#include "video/MovieBatch.h"
+
 #include "model/DateText.h"
 #include "model/FileDates.h"
 #include "model/OutputDates.h"
@@ -173,16 +175,7 @@ CommandResult saveMovieFields(const QStringList& files, const MovieFieldEdits& e
     const MovieBoxEdit headerTimes = [&](BoxNode& moov, QString* why) {
         return !shootDate || setHeaderCreationTimes(moov, *shootDate, why);
     };
-    if (!context.dryRun && !ensureFolder(context.storageFolder, &error)) {
-        for (const QString& file : files)
-            result.skip(file, error);
-        return result;
-    }
-    int done = 0;
-    for (const QString& file : files) {
-        if (context.isCancelled())
-            break;
-        const QString target = storageOutputPath(context.storageFolder, QFileInfo(file).fileName());
+    return forEachMovie(files, context, [&](const QString& file, const QString& target, CommandResult& result) {
         const bool mxf = QFileInfo(file).suffix().compare(QLatin1String("mxf"), Qt::CaseInsensitive) == 0;
         if (context.dryRun && mxf) {
             const FileDateReading dates = readFileDates(file);
@@ -192,7 +185,7 @@ CommandResult saveMovieFields(const QStringList& files, const MovieFieldEdits& e
             const MovieReading reading = readMovieFile(file);
             if (!reading.containerRead) {
                 result.skip(file, reading.problems.value(0, QStringLiteral("the movie cannot be read")));
-                continue;
+                return;
             }
             for (const ItemChange& change : changes) {
                 if (change.value)
@@ -221,7 +214,7 @@ CommandResult saveMovieFields(const QStringList& files, const MovieFieldEdits& e
             }
             if (!report.written) {
                 result.skip(file, report.error);
-                continue;
+                return;
             }
             result.addWritten(target);
             if (createdDate)
@@ -230,9 +223,7 @@ CommandResult saveMovieFields(const QStringList& files, const MovieFieldEdits& e
                 setOutputFileDates(target, dates.created, dates.modified, context, result);
             context.reveal.reveal(target);
         }
-        context.report(++done, int(files.size()));
-    }
-    return result;
+    });
 }
 
 }  // namespace pelorin

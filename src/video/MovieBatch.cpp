@@ -1,0 +1,28 @@
+#include "video/MovieBatch.h"
+
+#include "model/SafeOutput.h"
+
+#include <QFileInfo>
+
+namespace pelorin {
+
+CommandResult forEachMovie(const QStringList& files, const CommandContext& context, const MovieWork& work)
+{
+    CommandResult result;
+    QString error;
+    if (!context.dryRun && !ensureFolder(context.storageFolder, &error)) {
+        for (const QString& file : files)
+            result.skip(file, error);
+        return result;
+    }
+    int done = 0;
+    for (const QString& file : files) {
+        if (context.isCancelled())
+            break;
+        work(file, storageOutputPath(context.storageFolder, QFileInfo(file).fileName()), result);
+        context.report(++done, int(files.size()));
+    }
+    return result;
+}
+
+}  // namespace pelorin

@@ -30,6 +30,25 @@ IKImageItem itemFromArgument(const QString& path)
     return item;
 }
 
+bool photoSelectionFromArguments(const QStringList& args, PhotoSelection& selection, QString* error)
+{
+    for (const QString& arg : args) {
+        if (arg == QLatin1String("--camera")) {
+            selection.source = PhotoSource::Camera;
+        } else if (arg.startsWith(QLatin1String("--"))) {
+            *error = QStringLiteral("unknown option '%1'").arg(arg);
+            return false;
+        } else {
+            selection.items << itemFromArgument(arg);
+        }
+    }
+    if (selection.items.isEmpty()) {
+        *error = QStringLiteral("give at least one file");
+        return false;
+    }
+    return true;
+}
+
 int usageError(const CliInvocation& invocation, const QString& command, const QString& message)
 {
     printLine(invocation.err, QStringLiteral("pelorin-cli %1: %2").arg(command, message));

@@ -4,6 +4,7 @@
 #include "model/CommandContext.h"
 #include "model/CommandResult.h"
 #include "model/IKImageItem.h"
+#include "model/PhotoSelection.h"
 
 #include <QJsonValue>
 #include <QSet>
@@ -17,6 +18,10 @@ void printJson(std::FILE* stream, const QJsonValue& value);
 
 // The record of a file named on the command line (absolute path, and its name).
 IKImageItem itemFromArgument(const QString& path);
+
+// The photos named by the arguments, "--camera" making them camera photos (their downloaded
+// copies in the output folder). False with the message for an unknown option or no file at all.
+bool photoSelectionFromArguments(const QStringList& args, PhotoSelection& selection, QString* error);
 
 // Reports a usage error with a pointer to the command's help, and answers ExitUsage.
 int usageError(const CliInvocation& invocation, const QString& command, const QString& message);

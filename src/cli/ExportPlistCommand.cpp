@@ -88,17 +88,9 @@ int ExportPlistCommand::run(CliInvocation& invocation)
     if (!selectionExport && what != QLatin1String("current"))
         return usageError(invocation, name(), QStringLiteral("unknown export '%1'").arg(what));
     PhotoSelection selection;
-    for (const QString& arg : args) {
-        if (arg == QLatin1String("--camera")) {
-            selection.source = PhotoSource::Camera;
-            continue;
-        }
-        if (arg.startsWith(QLatin1String("--")))
-            return usageError(invocation, name(), QStringLiteral("unknown option '%1'").arg(arg));
-        selection.items << itemFromArgument(arg);
-    }
-    if (selection.items.isEmpty())
-        return usageError(invocation, name(), QStringLiteral("give at least one file"));
+    QString error;
+    if (!photoSelectionFromArguments(args, selection, &error))
+        return usageError(invocation, name(), error);
 
     CliReporter reporter(invocation);
     const CommandContext context = reporter.context();

@@ -55,17 +55,9 @@ int ImportPlistCommand::run(CliInvocation& invocation)
     const QString plist = QFileInfo(invocation.args[1]).absoluteFilePath();
 
     PhotoSelection selection;
-    for (const QString& arg : invocation.args.mid(2)) {
-        if (arg == QLatin1String("--camera")) {
-            selection.source = PhotoSource::Camera;
-            continue;
-        }
-        if (arg.startsWith(QLatin1String("--")))
-            return usageError(invocation, name(), QStringLiteral("unknown option '%1'").arg(arg));
-        selection.items << itemFromArgument(arg);
-    }
-    if (selection.items.isEmpty())
-        return usageError(invocation, name(), QStringLiteral("give at least one file"));
+    QString error;
+    if (!photoSelectionFromArguments(invocation.args.mid(2), selection, &error))
+        return usageError(invocation, name(), error);
 
     CliReporter reporter(invocation);
     return reporter.report(importPhotoPlist(import, plist, selection, reporter.context()));

@@ -51,15 +51,9 @@ int StripCommand::run(CliInvocation& invocation)
         return usageError(invocation, name(), QStringLiteral("unknown metadata '%1'").arg(what));
 
     PhotoSelection selection;
-    for (const QString& arg : invocation.args.mid(1)) {
-        if (arg == QLatin1String("--camera")) {
-            selection.source = PhotoSource::Camera;
-            continue;
-        }
-        selection.items << itemFromArgument(arg);
-    }
-    if (selection.items.isEmpty())
-        return usageError(invocation, name(), QStringLiteral("give at least one file"));
+    QString error;
+    if (!photoSelectionFromArguments(invocation.args.mid(1), selection, &error))
+        return usageError(invocation, name(), error);
 
     CliReporter reporter(invocation);
     return reporter.report(removePhotoMetadata(removal, selection, reporter.context()));

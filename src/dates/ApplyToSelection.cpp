@@ -1,13 +1,10 @@
 #include "dates/ApplyToSelection.h"
 
-#include "model/PhotoBatch.h"
+#include "dates/PhotoDateBatch.h"
 #include "model/OutputDates.h"
-#include "model/ParallelFor.h"
+#include "model/PhotoBatch.h"
 #include "model/SafeOutput.h"
 
-#include <QFileInfo>
-
-#include <atomic>
 #include <vector>
 
 namespace pelorin {
@@ -18,46 +15,35 @@ CommandResult applyToSelection(const PhotoSelection& selection, const PhotoChang
     CommandResult result;
     if (!startPhotoBatch(selection, context, result))
         return result;
-    const bool camera = selection.source == PhotoSource::Camera;
-    const int total = int(selection.items.size());
-
     struct Outcome {
         QString input;
         QString output;
         QString reason;  // set when the photo was passed over before writing
         PhotoWriteResult written;
-        bool done = false;
     };
-    std::vector<Outcome> outcomes(static_cast<size_t>(total));
-    std::atomic_int finished{0};
+    std::vector<Outcome> outcomes(selection.items.size());
     PhotoWriteOptions options;
-    options.durability = Durability::Deferred;  // one flush for the batch, below
+    options.durability = Durability::Deferred;  // the frame flushes once for the batch
     options.dryRun = context.dryRun;
-    // A camera photo is our own download in the storage folder and is rewritten in place.
-    options.replacement = camera ? SourceReplacement::Allow : SourceReplacement::Refuse;
-    parallelFor(total, [&](int i) {
-        if (context.isCancelled())
-            return;
-        const IKImageItem& item = selection.items[i];
+    options.replacement = selection.source == PhotoSource::Camera ? SourceReplacement::Allow : SourceReplacement::Refuse;
+    const std::vector<char> ran = forEachPhotoInParallel(selection, context, [&](int i, const DatePhoto& photo) {
         Outcome& o = outcomes[size_t(i)];
-        o.output = storageOutputPath(context.storageFolder, item.fileName);
-        o.input = camera ? o.output : item.filePath;
-        if (camera && !QFileInfo::exists(o.input)) {
-            o.reason = QStringLiteral("the camera photo has not been downloaded to the storage folder");
-        } else if (const auto changes = changesFor(o.input, &o.reason)) {
+        o.input = photo.input;
+        o.output = photo.output;
+        o.reason = cameraCopyMissing(photo);
+        if (!o.reason.isEmpty())
+            return;
+        if (const auto changes = changesFor(o.input, &o.reason)) {
             o.written = CopyPhotoWithProperties(o.input, *changes, o.output, options);
             if (!o.written.ok())
                 o.reason = o.written.reason;
         }
-        o.done = true;
-        context.report(++finished, total);
     });
-    if (!context.dryRun)
-        flushFileSystem(context.storageFolder);
 
-    for (const Outcome& o : outcomes) {
-        if (!o.done)
+    for (size_t i = 0; i < outcomes.size(); ++i) {
+        if (!ran[i])
             continue;  // cancelled before it started
+        const Outcome& o = outcomes[i];
         if (!o.written.ok()) {
             result.skip(o.input, o.reason.isEmpty() ? QStringLiteral("the photo could not be written") : o.reason);
             continue;

@@ -8,9 +8,41 @@
 #include <QFileInfo>
 
 #include <atomic>
-#include <vector>
 
 namespace pelorin {
+
+std::vector<char> forEachPhotoInParallel(const PhotoSelection& selection, const CommandContext& context,
+                                         const std::function<void(int index, const DatePhoto& photo)>& work)
+{
+    const bool camera = selection.source == PhotoSource::Camera;
+    const int total = int(selection.items.size());
+    std::vector<char> ran(static_cast<size_t>(total), 0);
+    std::atomic_int finished{0};
+    parallelFor(total, [&](int i) {
+        if (context.isCancelled())
+            return;
+        const IKImageItem& item = selection.items[i];
+        DatePhoto photo;
+        photo.item = &item;
+        photo.output = storageOutputPath(context.storageFolder, item.fileName);
+        // A camera photo is our own download in the storage folder and is rewritten in place.
+        photo.input = camera ? photo.output : item.filePath;
+        photo.inPlace = camera;
+        work(i, photo);
+        ran[size_t(i)] = 1;
+        context.report(++finished, total);
+    });
+    if (!context.dryRun)
+        flushFileSystem(context.storageFolder);
+    return ran;
+}
+
+QString cameraCopyMissing(const DatePhoto& photo)
+{
+    if (photo.inPlace && !QFileInfo::exists(photo.input))
+        return QStringLiteral("the camera photo has not been downloaded to the storage folder");
+    return {};
+}
 
 CommandResult runDateBatch(const PhotoSelection& selection, const CommandContext& context,
                            const DatePhotoWork& work)
@@ -19,36 +51,23 @@ CommandResult runDateBatch(const PhotoSelection& selection, const CommandContext
     if (!startPhotoBatch(selection, context, result))
         return result;
     const bool camera = selection.source == PhotoSource::Camera;
-    const int total = int(selection.items.size());
     struct Outcome {
         DatePhoto photo;
         CommandResult result;
-        bool done = false;
     };
-    std::vector<Outcome> outcomes(static_cast<size_t>(total));
-    std::atomic_int finished{0};
-    parallelFor(total, [&](int i) {
-        if (context.isCancelled())
-            return;
-        const IKImageItem& item = selection.items[i];
+    std::vector<Outcome> outcomes(selection.items.size());
+    const std::vector<char> ran = forEachPhotoInParallel(selection, context, [&](int i, const DatePhoto& photo) {
         Outcome& o = outcomes[size_t(i)];
-        o.photo.item = &item;
-        o.photo.output = storageOutputPath(context.storageFolder, item.fileName);
-        o.photo.input = camera ? o.photo.output : item.filePath;
-        o.photo.inPlace = camera;
-        if (camera && !QFileInfo::exists(o.photo.input))
-            o.result.skip(o.photo.input, QStringLiteral("the camera photo has not been downloaded to the storage folder"));
+        o.photo = photo;
+        if (const QString missing = cameraCopyMissing(photo); !missing.isEmpty())
+            o.result.skip(photo.input, missing);
         else
-            work(o.photo, o.result);
-        o.done = true;
-        context.report(++finished, total);
+            work(photo, o.result);
     });
-    if (!context.dryRun)
-        flushFileSystem(context.storageFolder);
-
-    for (const Outcome& o : outcomes) {
-        if (!o.done)
+    for (size_t i = 0; i < outcomes.size(); ++i) {
+        if (!ran[i])
             continue;  // cancelled before it started
+        const Outcome& o = outcomes[i];
         result.merge(o.result);
         if (!camera && !context.dryRun && o.result.written.contains(o.photo.output))
             context.reveal.reveal(o.photo.output);

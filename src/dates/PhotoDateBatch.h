@@ -10,6 +10,7 @@
 #include <QVariantMap>
 
 #include <functional>
+#include <vector>
 #include <optional>
 
 namespace pelorin {
@@ -25,6 +26,14 @@ struct DatePhoto {
 
 // The work for one photo; it records what it wrote, skipped or noted in its own result.
 using DatePhotoWork = std::function<void(const DatePhoto&, CommandResult&)>;
+
+// The parallel frame of the photo commands: runs work(index, photo) for every selected photo on
+// the worker pool, reporting progress, then flushes the outputs once. Answers, per photo in list
+// order, whether its work ran (a cancelled batch leaves the rest unstarted).
+std::vector<char> forEachPhotoInParallel(const PhotoSelection& selection, const CommandContext& context,
+                                         const std::function<void(int index, const DatePhoto& photo)>& work);
+// Why a camera photo cannot be worked on; empty when it can (its copy is downloaded).
+QString cameraCopyMissing(const DatePhoto& photo);
 
 // Runs the work for every selected photo (in parallel, outputs flushed once at the end) and
 // gathers the results in list order. Computer photos are revealed one by one as before; for

@@ -1,3 +1,4 @@
+#include "CliRunner.h"
 #include "TestPaths.h"
 
 #include <QDir>
@@ -14,11 +15,7 @@
 
 namespace {
 
-struct CliRun {
-    int exitCode = -1;
-    QString out;
-    QString err;
-};
+using pelorin::test::CliRun;
 
 QByteArray readAll(const QString& path)
 {
@@ -44,15 +41,9 @@ protected:
     CliRun camera(QStringList args)
     {
         args.prepend(QStringLiteral("camera"));
-        QProcess process;
-        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert(QStringLiteral("HOME"), home.path());
-        env.insert(QStringLiteral("XDG_CONFIG_HOME"), home.filePath(QStringLiteral(".config")));
-        process.setProcessEnvironment(env);
-        process.start(QStringLiteral(PELORIN_CLI_PATH), args);
-        EXPECT_TRUE(process.waitForFinished(60000));
-        return {process.exitCode(), QString::fromLocal8Bit(process.readAllStandardOutput()),
-                QString::fromLocal8Bit(process.readAllStandardError())};
+        const CliRun run = pelorin::test::runCli(args, home);
+        EXPECT_TRUE(run.finished);
+        return run;
     }
 
     QString port() const { return QStringLiteral("--port=disk:") + cameraDir.path(); }

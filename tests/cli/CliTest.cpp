@@ -1,3 +1,5 @@
+#include "CliRunner.h"
+
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -11,26 +13,16 @@
 
 namespace {
 
-struct CliRun {
-    int exitCode = -1;
-    QString out;
-    QString err;
-};
+using pelorin::test::CliRun;
 
 // Runs pelorin-cli with a home of its own, so the user's preferences are never touched.
 class CliTest : public ::testing::Test {
 protected:
     CliRun cli(const QStringList& args)
     {
-        QProcess process;
-        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert(QStringLiteral("HOME"), home.path());
-        env.insert(QStringLiteral("XDG_CONFIG_HOME"), home.filePath(QStringLiteral(".config")));
-        process.setProcessEnvironment(env);
-        process.start(QStringLiteral(PELORIN_CLI_PATH), args);
-        EXPECT_TRUE(process.waitForFinished(30000));
-        return {process.exitCode(), QString::fromLocal8Bit(process.readAllStandardOutput()),
-                QString::fromLocal8Bit(process.readAllStandardError())};
+        const CliRun run = pelorin::test::runCli(args, home, 30000);
+        EXPECT_TRUE(run.finished);
+        return run;
     }
     QTemporaryDir home;
 };

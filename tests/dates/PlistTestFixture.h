@@ -10,6 +10,7 @@
 #include "ExifTool.h"
 #include "QtPrinters.h"
 #include "TestPaths.h"
+#include "TestSelection.h"
 
 #include <QDir>
 #include <QFile>
@@ -32,15 +33,7 @@ protected:
     }
     static PhotoSelection select(const QStringList& paths, PhotoSource source = PhotoSource::Computer)
     {
-        PhotoSelection selection;
-        selection.source = source;
-        for (const QString& path : paths) {
-            IKImageItem item;
-            item.filePath = path;
-            item.fileName = QFileInfo(path).fileName();
-            selection.items << item;
-        }
-        return selection;
+        return test::selectionOf(paths, source);
     }
     CommandContext context(bool dryRun = false)
     {

@@ -5,6 +5,7 @@
 #include "ExifTool.h"
 #include "QtPrinters.h"
 #include "TestPaths.h"
+#include "TestSelection.h"
 
 #include <QCryptographicHash>
 #include <QDir>
@@ -51,15 +52,7 @@ protected:
     }
     PhotoSelection select(const QStringList& paths, PhotoSource source = PhotoSource::Computer)
     {
-        PhotoSelection selection;
-        selection.source = source;
-        for (const QString& path : paths) {
-            IKImageItem item;
-            item.filePath = path;
-            item.fileName = QFileInfo(path).fileName();
-            selection.items << item;
-        }
-        return selection;
+        return test::selectionOf(paths, source);
     }
     CommandContext context()
     {

@@ -38,12 +38,11 @@ QImage ThumbnailLoader::thumbnail(const QString& path)
     QPointer<ThumbnailLoader> self(this);
     const quint64 generation = generation_;
     const int side = side_;
-    PhotoThumbnailCache* cache = &cache_;
-    pool_.start([self, path, side, cache, generation] {
+    pool_.start([self, path, side, generation] {
         const QString extension = pathExtension(path);
         QImage image;
         if (isImageExtension(extension))
-            image = squareThumbnail(cache->thumbnail(path, side), side);
+            image = squareThumbnail(makePhotoThumbnail(path, side), side);
         else if (isVideoExtension(extension))
             image = squareThumbnail(moviePosterFrame(path, side), side);
         if (!self)
@@ -79,7 +78,6 @@ void ThumbnailLoader::clear()
     ready_.clear();
     pending_.clear();
     failed_.clear();
-    cache_.clear();
 }
 
 void ThumbnailLoader::waitForIdle()

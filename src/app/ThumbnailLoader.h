@@ -11,6 +11,8 @@ namespace pelorin {
 
 // Makes the browser's thumbnails off the GUI thread: asked for a path it answers what it has
 // (nothing yet the first time), decodes in the background and announces when a picture is ready.
+// It keeps the finished cell pictures itself; failures are remembered so a broken file is not
+// decoded again on every repaint.
 class ThumbnailLoader : public QObject {
     Q_OBJECT
 public:
@@ -32,7 +34,6 @@ private:
 
     int side_;
     QThreadPool pool_;
-    PhotoThumbnailCache cache_;
     QHash<QString, QImage> ready_;
     QSet<QString> pending_;
     QSet<QString> failed_;

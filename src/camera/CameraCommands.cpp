@@ -2,6 +2,7 @@
 
 #include "camera/CameraPaths.h"
 #include "model/OutputDates.h"
+#include "model/PhotoBatch.h"
 #include "model/SafeOutput.h"
 
 #include <QFileInfo>
@@ -16,12 +17,11 @@ CommandResult downloadCameraFiles(CameraSession& session, const QList<CameraFile
         result.alert = Alerts::noSelection();
         return result;
     }
-    QString folderError;
-    if (!context.dryRun && !ensureFolder(context.storageFolder, &folderError)) {
-        for (const CameraFileRef& file : files)
-            result.skip(cameraFilePath(file), folderError);
+    QStringList labels;
+    for (const CameraFileRef& file : files)
+        labels.append(cameraFilePath(file));
+    if (!prepareStorageFolder(labels, context, result))
         return result;
-    }
     const int total = static_cast<int>(files.size());
     for (int i = 0; i < total; ++i) {
         if (context.isCancelled())

@@ -4,7 +4,13 @@
 #include "model/CommandResult.h"
 #include "model/PhotoSelection.h"
 
+#include <QStringList>
+
 namespace pelorin {
+
+// Makes the storage folder of the context (nothing in a dry run). When it cannot be made, every
+// item is skipped with the reason and the answer is false.
+bool prepareStorageFolder(const QStringList& items, const CommandContext& context, CommandResult& result);
 
 // The start every photo command shares: an empty selection raises the "No Item has been
 // selected" alert, and a storage folder that cannot be made skips every photo with the reason

@@ -1,5 +1,6 @@
 #include "video/MovieBatch.h"
 
+#include "model/PhotoBatch.h"
 #include "model/SafeOutput.h"
 
 #include <QFileInfo>
@@ -9,12 +10,8 @@ namespace pelorin {
 CommandResult forEachMovie(const QStringList& files, const CommandContext& context, const MovieWork& work)
 {
     CommandResult result;
-    QString error;
-    if (!context.dryRun && !ensureFolder(context.storageFolder, &error)) {
-        for (const QString& file : files)
-            result.skip(file, error);
+    if (!prepareStorageFolder(files, context, result))
         return result;
-    }
     int done = 0;
     for (const QString& file : files) {
         if (context.isCancelled())

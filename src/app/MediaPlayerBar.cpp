@@ -5,6 +5,8 @@
 #include <QHBoxLayout>
 #include <QIcon>
 #include <QLabel>
+#include <QAudioDevice>
+#include <QMediaDevices>
 #include <QMediaPlayer>
 #include <QPainter>
 #include <QPainterPath>
@@ -21,6 +23,7 @@ namespace pelorin {
 namespace {
 
 const QString kCannotPlay = QStringLiteral("Cannot play this file");
+const QString kNoSoundDevice = QStringLiteral("no sound device");
 constexpr int kButtonSide = 30;
 
 const char* const kLook = R"(
@@ -72,8 +75,9 @@ MediaPlayerBar::MediaPlayerBar(bool video, QWidget* parent) : QWidget(parent)
     setStyleSheet(QString::fromLatin1(kLook));
 
     player_ = new QMediaPlayer(this);
+    // Attached only while a sound device exists: Qt's FFmpeg player crashes when it renders
+    // audio to an output that has no device behind it.
     audio_ = new QAudioOutput(this);
-    player_->setAudioOutput(audio_);
 
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -150,6 +154,7 @@ void MediaPlayerBar::load(const QString& path, bool autoplay)
 {
     pause();
     failed_ = false;
+    silent_ = false;
     {
         const QSignalBlocker block(slider_);
         slider_->setRange(0, 0);
@@ -166,7 +171,7 @@ void MediaPlayerBar::load(const QString& path, bool autoplay)
     player_->setSource(QUrl::fromLocalFile(file.absoluteFilePath()));
     showTimes();
     if (autoplay && !failed_)
-        player_->play();
+        play();
 }
 
 void MediaPlayerBar::pause()
@@ -180,6 +185,11 @@ void MediaPlayerBar::stop()
     player_->stop();
 }
 
+bool MediaPlayerBar::hasSoundDevice()
+{
+    return !QMediaDevices::audioOutputs().isEmpty();
+}
+
 QString MediaPlayerBar::timeText(qint64 milliseconds)
 {
     const qint64 seconds = std::max<qint64>(0, milliseconds) / 1000;
@@ -190,10 +200,26 @@ void MediaPlayerBar::togglePlayback()
 {
     if (failed_ || player_->source().isEmpty())
         return;
-    if (player_->playbackState() == QMediaPlayer::PlayingState)
+    if (player_->playbackState() == QMediaPlayer::PlayingState) {
         player_->pause();
-    else
-        player_->play();
+        return;
+    }
+    play();
+}
+
+void MediaPlayerBar::play()
+{
+    // The device may have come or gone since the last play; the output only changes while the
+    // player is not playing.
+    const bool sound = hasSoundDevice();
+    player_->setAudioOutput(sound ? audio_ : nullptr);
+    silent_ = !sound;
+    if (silent_ && !video_) {
+        showTimes();
+        return;
+    }
+    player_->play();
+    showTimes();
 }
 
 void MediaPlayerBar::showPlaybackState()
@@ -225,7 +251,11 @@ void MediaPlayerBar::showTimes()
 {
     if (failed_)
         return;
-    time_->setText(timeText(player_->position()) + QStringLiteral(" / ") + timeText(player_->duration()));
+    QString text = timeText(player_->position()) + QStringLiteral(" / ") + timeText(player_->duration());
+    if (silent_)
+        text = video_ ? text + QStringLiteral(" (") + kNoSoundDevice + QLatin1Char(')')
+                      : QStringLiteral("Cannot play: ") + kNoSoundDevice;
+    time_->setText(text);
 }
 
 void MediaPlayerBar::showProblem()

@@ -27,11 +27,15 @@ public:
     void stop();
     QMediaPlayer* player() const { return player_; }
 
+    // Whether the system offers any audio output; without one the bar plays movies silently.
+    static bool hasSoundDevice();
+
     // "m:ss" of a time in milliseconds; minutes keep counting past the hour.
     static QString timeText(qint64 milliseconds);
 
 private:
     void togglePlayback();
+    void play();
     void showPlaybackState();
     void showPosition(qint64 position);
     void showDuration(qint64 duration);
@@ -45,6 +49,7 @@ private:
     QSlider* slider_ = nullptr;
     QLabel* time_ = nullptr;
     bool failed_ = false;
+    bool silent_ = false;  // the last play found no sound device
 };
 
 }  // namespace pelorin

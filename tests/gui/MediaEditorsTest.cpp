@@ -17,6 +17,7 @@
 #include <QMediaPlayer>
 #include <QMimeData>
 #include <QPlainTextEdit>
+#include <QProcess>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QSignalSpy>
@@ -183,6 +184,7 @@ private slots:
     void playerTimeTexts();
     void playerLoadsAMovie();
     void playerSurvivesUnplayableFiles();
+    void playWithoutSoundDevicePlaysOrSaysSo();
 
     void screenshots();
 };
@@ -690,6 +692,47 @@ void MediaEditorsTest::playerSurvivesUnplayableFiles()
     QVERIFY(labelText(&bar, "playerTimeLabel").contains(QStringLiteral(" / ")));
     waitForDuration(bar);
     QTRY_VERIFY(labelText(&bar, "playerTimeLabel").endsWith(MediaPlayerBar::timeText(bar.player()->duration())));
+}
+
+// This machine (and CI) has no sound device: pressing Play on a song and on a movie with sound
+// (made by ffmpeg, long enough to be still playing) must neither crash nor hang; the movie plays
+// its picture and the bar says why there is no sound.
+void MediaEditorsTest::playWithoutSoundDevicePlaysOrSaysSo()
+{
+    QTemporaryDir dir;
+    QVERIFY(dir.isValid());
+    const QString movie = dir.filePath(QStringLiteral("tone.mp4"));
+    QProcess ffmpeg;
+    ffmpeg.start(QStringLiteral("ffmpeg"),
+                 {QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-f"), QStringLiteral("lavfi"),
+                  QStringLiteral("-i"), QStringLiteral("testsrc=size=160x120:rate=15:duration=6"),
+                  QStringLiteral("-f"), QStringLiteral("lavfi"), QStringLiteral("-i"),
+                  QStringLiteral("sine=frequency=440:duration=6"), QStringLiteral("-c:v"), QStringLiteral("mpeg4"),
+                  QStringLiteral("-c:a"), QStringLiteral("aac"), movie});
+    QVERIFY(ffmpeg.waitForFinished(60000) && ffmpeg.exitCode() == 0);
+
+    for (const QString& path : {test::dataPath(QStringLiteral("atl-id3v23_utf16_apic.mp3")), movie}) {
+        const bool isMovie = path == movie;
+        MediaPlayerBar bar(isMovie);
+        bar.resize(420, 300);
+        bar.show();
+        bar.load(path, false);
+        waitForDuration(bar);
+        QTest::mouseClick(child<QToolButton>(&bar, "playPauseButton"), Qt::LeftButton);
+        QTest::qWait(1500);
+        if (MediaPlayerBar::hasSoundDevice()) {
+            QCOMPARE(bar.player()->playbackState(), QMediaPlayer::PlayingState);
+        } else {
+            QVERIFY2(labelText(&bar, "playerTimeLabel").contains(QStringLiteral("no sound device")),
+                     qPrintable(labelText(&bar, "playerTimeLabel")));
+            // A movie still shows its picture; a song cannot play at all.
+            QCOMPARE(bar.player()->playbackState() == QMediaPlayer::PlayingState, isMovie);
+            if (isMovie)
+                QTRY_VERIFY(bar.player()->position() > 500);
+        }
+        QTest::mouseClick(child<QToolButton>(&bar, "playPauseButton"), Qt::LeftButton);
+        QVERIFY(bar.player()->playbackState() != QMediaPlayer::PlayingState);
+    }
 }
 
 void MediaEditorsTest::screenshots()

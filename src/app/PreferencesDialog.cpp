@@ -1,5 +1,7 @@
 #include "app/PreferencesDialog.h"
 
+#include "photo/StampFont.h"
+
 #include "ui/DialogLook.h"
 
 #include <QColorDialog>
@@ -176,7 +178,14 @@ void PreferencesDialog::setStampFont(const QString& family, int pointSize)
 {
     fontName_ = family;
     fontSize_ = pointSize;
-    fontLabel_->setText(QStringLiteral("%1 %2").arg(family).arg(pointSize));
+    // The label names the font the stamp is really drawn with; a chosen family that this machine
+    // lacks stays chosen (it is used wherever it is installed) and is named as missing.
+    const QString used = stampFontFamily(family);
+    QString text = QStringLiteral("%1 %2").arg(used).arg(pointSize);
+    if (!isFontFamilyInstalled(family))
+        text += QStringLiteral(" (%1 is not installed)").arg(family);
+    fontLabel_->setText(text);
+    fontLabel_->setToolTip(text);
 }
 
 void PreferencesDialog::setStampColor(const QColor& color)

@@ -48,13 +48,14 @@ PreferenceValues Preferences::peek() const
 {
     PreferenceValues v;
     v.storagePath = store_->value(PreferenceKey::StoragePath, defaultStoragePath()).toString();
-    if (store_->contains(PreferenceKey::FontName)) {
-        v.fontName = store_->value(PreferenceKey::FontName).toString();
-        v.fontSize = store_->value(PreferenceKey::FontSize).toInt();  // 0 when missing or bad
-    } else {
+    v.fontName = store_->value(PreferenceKey::FontName).toString();
+    if (v.fontName.trimmed().isEmpty())
         v.fontName = QString::fromLatin1(kDefaultFontName);
-        v.fontSize = kDefaultFontSize;
-    }
+    // "fontsize" is never written at first start, so a missing (or broken) size means the
+    // default, at every start; a size of 0 would draw nothing and be saved back as 0.
+    bool sizeOk = false;
+    const int size = store_->value(PreferenceKey::FontSize).toInt(&sizeOk);
+    v.fontSize = sizeOk && size >= kMinFontSize && size <= kMaxFontSize ? size : kDefaultFontSize;
     v.cornerTitle =
         store_->value(PreferenceKey::Position, QString::fromLatin1(kFirstStartCorner)).toString();
     v.dateFormatTitle =
@@ -104,7 +105,7 @@ bool Preferences::setFromText(const QString& key, const QString& value, QString*
     } else if (key == PreferenceKey::FontSize) {
         bool ok = false;
         const int size = value.trimmed().toInt(&ok);
-        if (!ok || size <= 0 || size > 1000)
+        if (!ok || size < kMinFontSize || size > kMaxFontSize)
             return fail(QStringLiteral("the font size must be a whole number from 1 to 1000"));
         store_->setValue(key, size);
     } else if (key == PreferenceKey::Position || key == PreferenceKey::DateFormat) {

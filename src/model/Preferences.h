@@ -62,6 +62,8 @@ public:
     static QString defaultStoragePath();  // <videos folder>/com.Quorvane.mediametadata
     static constexpr const char* kDefaultFontName = "Lucida Grande";
     static constexpr int kDefaultFontSize = 14;
+    static constexpr int kMinFontSize = 1;
+    static constexpr int kMaxFontSize = 1000;
     static constexpr const char* kFirstStartCorner = "lower left corner";
     static constexpr const char* kDefaultDateFormat = "MM/DD/YYYY HH:MM";
 

@@ -1,4 +1,5 @@
 #include "photo/PhotoDateStamp.h"
+#include "photo/StampFont.h"
 
 #include "model/PhotoBatch.h"
 #include "model/DateText.h"
@@ -44,7 +45,7 @@ QImage drawDateStamp(const QImage& picture, const QString& text, const DateStamp
 {
     QImage stamped = picture.convertToFormat(QImage::Format_ARGB32_Premultiplied);
     const int shorter = qMin(stamped.width(), stamped.height());
-    QFont font(style.fontFamily);
+    QFont font(stampFontFamily(style.fontFamily));
     font.setPixelSize(qMax(6, int(qRound(style.fontSize * shorter / 1000.0))));
     const QFontMetricsF metrics(font);
     const qreal margin = qMax(2.0, shorter * 0.02);

@@ -30,6 +30,8 @@
 #include <QComboBox>
 #include <QDir>
 #include <QFile>
+#include <QFontDatabase>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
 #include <QMessageBox>
@@ -491,6 +493,30 @@ private slots:
         QVERIFY(xml.contains("<key>et-GPS.jpg</key>"));
         QVERIFY(xml.contains("<key>exiv2-nikon-d70.jpg</key>"));
         QVERIFY(xml.contains("<key>{GPS}</key>"));
+    }
+
+    // The store of a first start holds "fontName" but no "fontsize": the second start still
+    // uses size 14, saves 14, and names the font the stamp will really be drawn with.
+    void secondStartKeepsTheFontSizeAndNamesTheFontUsed()
+    {
+        const QString file = temp_.filePath(QStringLiteral("secondStartKeepsTheFontSizeAndNamesTheFontUsed.ini"));
+        app_.reset();
+        app_ = test::startTestWindow(file, QString());
+        QVERIFY(app_);
+        PreferencesDialog* sheet = app_->preferencesSheet();
+        QCOMPARE(sheet->values().fontSize, 14);
+        const QString label = sheet->findChild<QLabel*>(QStringLiteral("fontLabel"))->text();
+        if (QFontDatabase::families().contains(QStringLiteral("Lucida Grande"), Qt::CaseInsensitive)) {
+            QCOMPARE(label, QStringLiteral("Lucida Grande 14"));
+        } else {
+            const QString general = QFontDatabase::systemFont(QFontDatabase::GeneralFont).family();
+            QCOMPARE(label, general + QStringLiteral(" 14 (Lucida Grande is not installed)"));
+        }
+        trigger(QStringLiteral("actionPreferences"));
+        QTest::mouseClick(sheet->findChild<QPushButton*>(QStringLiteral("savePreferencesButton")), Qt::LeftButton);
+        QSettings settings(file, QSettings::IniFormat);
+        QCOMPARE(settings.value(QStringLiteral("fontsize")).toInt(), 14);
+        QCOMPARE(settings.value(QStringLiteral("fontName")).toString(), QStringLiteral("Lucida Grande"));
     }
 
     void preferencesRoundTrip()

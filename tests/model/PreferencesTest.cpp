@@ -42,8 +42,15 @@ TEST_F(PreferencesTest, SecondStartSelectsTheStoredCornerWhateverItsCase)
     const PreferenceValues v = Preferences(store()).loadAtStartup();
     EXPECT_EQ(v.cornerTitle, QStringLiteral("lower left corner"));
     EXPECT_EQ(stampCornerTitles().at(v.cornerIndex), QStringLiteral("Lower left corner"));
-    // A font name without a size gives size 0, as stored stores have it.
-    EXPECT_EQ(v.fontSize, 0);
+    // No size was ever written: the default holds at every start, and so it does for a size
+    // that is not a usable number.
+    EXPECT_EQ(v.fontSize, 14);
+    for (const char* stored : {"0", "-3", "big", "100000"}) {
+        store()->setValue(QStringLiteral("fontsize"), QString::fromLatin1(stored));
+        EXPECT_EQ(Preferences(store()).loadAtStartup().fontSize, 14) << stored;
+    }
+    store()->setValue(QStringLiteral("fontName"), QString());
+    EXPECT_EQ(Preferences(store()).peek().fontName, QStringLiteral("Lucida Grande"));
 }
 
 TEST_F(PreferencesTest, UnknownTitlesSelectTheFirstItem)

@@ -335,14 +335,25 @@ void AppDelegate::ResetPreferenceSetting()
 
 void AppDelegate::ChangeToImportComputerPhoto()
 {
+    const bool wasCamera = !blocalMode;
     blocalMode = true;
     refreshLeftPane();
+    // The right pane shows what the pane on the left has selected, never the other mode's photo.
+    if (wasCamera) {
+        if (selectedPhotoRows().isEmpty())
+            showNoPhotoDetails(QStringLiteral("No photo selected"), QStringLiteral("Select a photo to see its metadata."));
+        else
+            imageBrowserSelectionDidChange();
+    }
     if (browserModel_->rowCount() == 0)
         window_->showPhotoHint();
 }
 
 void AppDelegate::ChangeToImportiOSDevicePhoto()
 {
+    if (blocalMode)
+        showNoPhotoDetails(QStringLiteral("No photo selected"),
+                           QStringLiteral("Select a photo on the camera to see it here."));
     blocalMode = false;
     window_->showCameraMode(camera_->items()->rowCount() > 0);
 }
@@ -395,36 +406,52 @@ void AppDelegate::imageBrowserSelectionDidChange()
     if (rows.isEmpty())
         return;
     const IKImageItem& item = items_->item(rows.first());
+    const QModelIndex first = browserModel_->mapFromSource(items_->index(rows.first(), 0));
+    showPhotoDetails(item.filePath, item.fileName,
+                     first.data(Qt::DecorationRole).value<QIcon>().pixmap(170).toImage());
+}
+
+void AppDelegate::showPhotoDetails(const QString& path, const QString& fileName, const QImage& preview)
+{
     window_->rightStack->setCurrentWidget(window_->inspector);
-    if (!isImageExtension(pathExtension(item.filePath))) {
-        window_->inspector->showMessage(item.fileName, QStringLiteral("Movies are shown in the media table."));
+    window_->inspector->hideLocation();
+    if (!isImageExtension(pathExtension(path))) {
+        window_->inspector->showMessage(fileName, QStringLiteral("Movies are shown in the media table."));
         return;
     }
-    currentChooseFilePath = item.filePath;
-    const PhotoProperties photo = readPhotoProperties(item.filePath);
+    currentChooseFilePath = path;
+    const PhotoProperties photo = readPhotoProperties(path);
     if (!photo.ok()) {
-        window_->inspector->showMessage(item.fileName, photo.error);
+        window_->inspector->showMessage(fileName, photo.error);
         window_->photoEditorView->setPreview(QImage());
         return;
     }
     currentExifDictionary = photo.properties;
-    currentFileName = item.fileName;
-    const FileDateReading dates = readFileDates(item.filePath);
-    const PhotoFileFacts facts{item.fileName, dates.created, dates.modified, QFileInfo(item.filePath).size()};
+    currentFileName = fileName;
+    const FileDateReading dates = readFileDates(path);
+    const PhotoFileFacts facts{fileName, dates.created, dates.modified, QFileInfo(path).size()};
     const PhotoEditorFill fill = fillPhotoEditorFields(photo.properties, facts);
     oldTexts = fill.old;
-    window_->rightStack->setCurrentWidget(window_->inspector);
     bMapPreview = fill.hasGps;
     currentCoords = QPointF(fill.latitude, fill.longitude);
     if (fill.hasGps)
         window_->inspector->showLocation(fill.latitude, fill.longitude);
-    else
-        window_->inspector->hideLocation();
     window_->inspector->showPhoto(propTree(photo.properties),
-                                  {item.fileName, fill.fields.fileSize, fill.fields.imageSize, fill.fields.creationDate});
+                                  {fileName, fill.fields.fileSize, fill.fields.imageSize, fill.fields.creationDate});
     window_->photoEditorView->setTexts(fill.fields);
-    const QModelIndex first = browserModel_->mapFromSource(items_->index(rows.first(), 0));
-    window_->photoEditorView->setPreview(first.data(Qt::DecorationRole).value<QIcon>().pixmap(170).toImage());
+    window_->photoEditorView->setPreview(preview);
+}
+
+void AppDelegate::showNoPhotoDetails(const QString& title, const QString& message)
+{
+    window_->hideEditor();
+    window_->rightStack->setCurrentWidget(window_->inspector);
+    window_->inspector->hideLocation();
+    window_->inspector->showMessage(title, message);
+    currentChooseFilePath.clear();
+    currentFileName.clear();
+    currentExifDictionary.clear();
+    bMapPreview = false;
 }
 
 }  // namespace pelorin

@@ -120,6 +120,11 @@ public slots:
     void CheckforUpdateAction();
     // Shows the selected photo in the inspector and fills the editor.
     void imageBrowserSelectionDidChange();
+    // One photo file's metadata in the inspector and the editor's fields (a computer photo, or
+    // the downloaded copy of a camera photo).
+    void showPhotoDetails(const QString& path, const QString& fileName, const QImage& preview);
+    // The inspector says something in place of a photo's metadata; the editor closes.
+    void showNoPhotoDetails(const QString& title, const QString& message);
     // Lays the left pane out for the list: its hint when empty, the browser otherwise.
     void refreshLeftPane();
 

@@ -45,6 +45,8 @@ CameraActions::CameraActions(AppDelegate& app) : QObject(&app), app_(app), items
             button->setEnabled(any);
     };
     connect(w->imageBrowserView->selectionModel(), &QItemSelectionModel::selectionChanged, this, enableSelectionButtons);
+    connect(w->imageBrowserView->selectionModel(), &QItemSelectionModel::selectionChanged, this,
+            &CameraActions::showSelectedFile);
     connect(items_, &QAbstractItemModel::modelReset, this, enableSelectionButtons);
 }
 
@@ -200,6 +202,36 @@ void CameraActions::OpenDeviceAction()
             app_.window()->showCameraMode(!listing->records.isEmpty());
             fetchThumbnails();
         });
+}
+
+// The right pane follows the camera's selection: a photo already downloaded shows the metadata
+// of its copy, any other file what the device says of it.
+void CameraActions::showSelectedFile()
+{
+    const QList<CameraFileRef> files = selectedFiles();
+    if (files.isEmpty() || app_.blocalMode)
+        return;
+    const CameraFileRef& file = files.first();
+    const QString copy = storageOutputPath(app_.storagelocation, file.name);
+    const auto it = std::find_if(items_->items().begin(), items_->items().end(),
+                                 [&](const IKImageItem& item) { return item.cameraItem == file; });
+    if (it == items_->items().end())
+        return;
+    const QModelIndex index = items_->index(int(it - items_->items().begin()));
+    const QImage preview = index.data(Qt::DecorationRole).value<QIcon>().pixmap(170).toImage();
+    if (isImageExtension(pathExtension(file.name)) && QFileInfo(copy).isFile()) {
+        app_.showPhotoDetails(copy, file.name, preview);
+        return;
+    }
+    QStringList facts;
+    if (!it->fileSize.isEmpty())
+        facts.append(it->fileSize);
+    if (it->fileModifyDate.isValid())
+        facts.append(QStringLiteral("modified ") + it->fileModifyDate.toString(QStringLiteral("yyyy:MM:dd HH:mm:ss")));
+    QString message = QStringLiteral("Download it to see all of its metadata.");
+    if (!facts.isEmpty())
+        message.prepend(QStringLiteral("On the camera: %1. ").arg(facts.join(QStringLiteral(", "))));
+    app_.showNoPhotoDetails(file.name, message);
 }
 
 void CameraActions::fetchThumbnails()

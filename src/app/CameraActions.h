@@ -52,6 +52,7 @@ private:
     void download(bool importToEdit);
     void rescan();
     void fetchThumbnails();
+    void showSelectedFile();
     void thumbnailsFromDownloads(const QStringList& written);
     QList<CameraFileRef> selectedFiles() const;
 

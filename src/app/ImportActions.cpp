@@ -50,7 +50,6 @@ void ImportActions::OpenComputerFoldertoImportAction()
     const QStringList paths = app_.panels.chooseFiles(app_.window(), kImportMessage, photoAndMovieFilter());
     if (paths.isEmpty())
         return;
-    app_.blocalMode = true;
     app_.ChangeToImportComputerPhoto();
     app_.importer()->import(paths, ImportScope::PhotosAndMovies);
     ensureFolder(app_.storagelocation);

@@ -111,8 +111,7 @@ void MediaEditActions::ShowAudioViewWithItem(int row)
     videoView_->playerBar()->pause();
     const IKImageItem& item = app_.localPhotoItemArray()->item(row);
     audioView_->showItem(item);
-    app_.window()->rightStack->setCurrentWidget(audioView_);
-    app_.window()->SaveMediaChangesBtn->setEnabled(true);
+    showEditor(audioView_);
 }
 
 void MediaEditActions::ShowVideoViewWithItem(int row)
@@ -129,7 +128,15 @@ void MediaEditActions::ShowVideoViewWithItem(int row)
         videoMap_->showCoordinate(latitude, longitude);
     else
         videoMap_->clearPin();
-    app_.window()->rightStack->setCurrentWidget(videoView_);
+    showEditor(videoView_);
+}
+
+// The editor asked for comes to the front: the photo editor slides over the right pane and
+// would otherwise stay above it.
+void MediaEditActions::showEditor(QWidget* view)
+{
+    app_.window()->hideEditor();
+    app_.window()->rightStack->setCurrentWidget(view);
     app_.window()->SaveMediaChangesBtn->setEnabled(true);
 }
 

@@ -29,6 +29,7 @@ public slots:
 
 private:
     void showMediaRow(int row);
+    void showEditor(QWidget* view);
 
     AppDelegate& app_;
     AudioEditorView* audioView_;

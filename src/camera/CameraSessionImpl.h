@@ -39,6 +39,7 @@ struct CameraSession::Impl {
     bool accepts(const CameraFileRef& file, QString* error) const;
     // Fetches one kind of a file into the sink; answers libgphoto2's result code.
     int fetch(const CameraFileRef& file, CameraFileType type);
+    QImage pictureOfPhoto(const CameraFileRef& file);
 };
 
 }  // namespace pelorin

@@ -1,7 +1,13 @@
 #include "camera/CameraPaths.h"
 #include "camera/CameraSession.h"
 #include "camera/CameraSessionImpl.h"
+#include "model/FileKinds.h"
 #include "model/SafeOutput.h"
+
+#include <QBuffer>
+#include <QImageReader>
+
+#include <algorithm>
 
 #include <gphoto2/gphoto2-file.h>
 
@@ -10,6 +16,8 @@ namespace {
 
 // A device's preview is a small picture; anything larger is not one.
 constexpr qint64 kMaxPreviewBytes = 32 * 1024 * 1024;
+// The longer side of a preview made from a photo's own pixels, as large as a device's.
+constexpr int kPreviewSide = 256;
 
 void setError(QString* error, const QString& text)
 {
@@ -56,6 +64,31 @@ CameraFileHandler sinkHandler{&sinkSize, &sinkRead, &sinkWrite};
 
 }  // namespace
 
+// A photo the device has no preview for (no thumbnail in its EXIF, a PNG, a thumbnail that does
+// not decode) is shown from its own pixels, as long as it is small enough to fetch for that.
+QImage CameraSession::Impl::pictureOfPhoto(const CameraFileRef& file)
+{
+    if (!isImageExtension(pathExtension(file.name)))
+        return {};
+    QByteArray bytes;
+    sink.reset();
+    sink.buffer = &bytes;
+    sink.limit = kMaxPreviewBytes;
+    context.begin();
+    const int code = fetch(file, GP_FILE_TYPE_NORMAL);
+    sink.reset();
+    if (code < GP_OK)
+        return {};
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::ReadOnly);
+    QImageReader reader(&buffer);
+    reader.setAutoTransform(true);
+    const QSize size = reader.size();
+    if (size.isValid() && std::max(size.width(), size.height()) > kPreviewSide)
+        reader.setScaledSize(size.scaled(kPreviewSide, kPreviewSide, Qt::KeepAspectRatio));
+    return reader.read();
+}
+
 int CameraSession::Impl::fetch(const CameraFileRef& file, CameraFileType type)
 {
     CameraFile* cameraFile = nullptr;
@@ -80,10 +113,12 @@ QImage CameraSession::thumbnail(const CameraFileRef& file, QString* error)
     d->context.begin();
     const int code = d->fetch(file, GP_FILE_TYPE_PREVIEW);
     d->sink.reset();
-    if (code >= GP_OK)
-        return QImage::fromData(bytes);  // a preview that does not decode is no preview
+    if (code >= GP_OK) {
+        QImage preview = QImage::fromData(bytes);  // a preview that does not decode is no preview
+        return preview.isNull() ? d->pictureOfPhoto(file) : preview;
+    }
     if (code == GP_ERROR_NOT_SUPPORTED || code == GP_ERROR_FIXED_LIMIT_EXCEEDED)
-        return {};
+        return d->pictureOfPhoto(file);
     const QString failure = d->context.failure(QStringLiteral("cannot read the preview of %1")
                                                    .arg(cameraFilePath(file)), code);
     if (code != GP_ERROR) {

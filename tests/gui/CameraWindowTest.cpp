@@ -10,7 +10,9 @@
 #include "app/DateActions.h"
 #include "app/DateDialog.h"
 #include "app/DesktopReveal.h"
+#include "app/ImportActions.h"
 #include "app/ImportedItemsModel.h"
+#include "app/InspectorPanel.h"
 #include "app/MainWindow.h"
 #include "app/MediaImporter.h"
 #include "camera/CameraDevices.h"
@@ -21,6 +23,7 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
@@ -28,6 +31,7 @@
 #include <QStackedWidget>
 #include <QTemporaryDir>
 #include <QTimer>
+#include <QTreeWidget>
 #include <QtTest>
 
 using namespace pelorin;
@@ -124,6 +128,10 @@ private slots:
             names.append(item.fileName);
         QVERIFY2(names.contains(QStringLiteral("exiv2-nikon-d70.jpg")), qPrintable(names.join(',')));
         QVERIFY(names.contains(QStringLiteral("ft-imovie.mp4")));
+        // Every photo shows a picture: the device's preview, or one made from the photo itself
+        // where the device has none (et-GPS.jpg carries no usable thumbnail).
+        for (const IKImageItem& item : app_->camera()->items()->items())
+            QVERIFY2(item.fileImage.isNull() == (item.fileType == QLatin1String("Movie")), qPrintable(item.fileName));
         QTest::qWait(200);
         QVERIFY(app_->window()->grab().save(QStringLiteral(PELORIN_SCREENSHOT_DIR "/camera-window.png")));
 
@@ -141,6 +149,40 @@ private slots:
         QCOMPARE(app_->localPhotoItemArray()->rowCount(), 1);
         QCOMPARE(app_->localPhotoItemArray()->item(0).filePath, output(QStringLiteral("exiv2-nikon-d70.jpg")));
         QVERIFY(app_->blocalMode);
+    }
+
+    // The right pane follows the pane on the left: a computer photo's metadata does not stay
+    // when the camera is shown, and a camera photo shows its downloaded copy's metadata.
+    void rightPaneFollowsTheCameraSelection()
+    {
+        QTest::mouseClick(app_->window()->localphotoBtn, Qt::LeftButton);
+        app_->panels.chooseFiles = [](QWidget*, const QString&, const QString&) {
+            return QStringList{test::dataPath(QStringLiteral("exiv2-FurnaceCreekInn_gps.jpg"))};
+        };
+        app_->importActions()->OpenComputerFoldertoImportAction();
+        app_->importer()->waitForDone();
+        QTRY_COMPARE(app_->localPhotoItemArray()->rowCount(), 1);
+        app_->window()->localImageBrowserView->selectionModel()->select(
+            app_->window()->localImageBrowserView->model()->index(0, 0), QItemSelectionModel::ClearAndSelect);
+        auto* name = app_->window()->inspector->findChild<QLabel*>(QStringLiteral("inspectorFileName"));
+        QVERIFY(name);
+        QTRY_COMPARE(name->text(), QStringLiteral("exiv2-FurnaceCreekInn_gps.jpg"));
+        QVERIFY(app_->window()->inspector->tree()->topLevelItemCount() > 0);
+
+        QTest::mouseClick(app_->window()->cameraphotoBtn, Qt::LeftButton);
+        QVERIFY(name->text() != QStringLiteral("exiv2-FurnaceCreekInn_gps.jpg"));
+        QCOMPARE(app_->window()->inspector->tree()->topLevelItemCount(), 0);
+        QVERIFY(app_->currentChooseFilePath.isEmpty());
+
+        selectCameraFiles({QStringLiteral("pil-iptc_NokiaN70.jpg")});
+        QCOMPARE(name->text(), QStringLiteral("pil-iptc_NokiaN70.jpg"));
+        QCOMPARE(app_->window()->inspector->tree()->topLevelItemCount(), 0);  // not downloaded yet
+        QTest::mouseClick(app_->window()->downloadPhotoBtn, Qt::LeftButton);
+        app_->runner()->waitForDone();
+        selectCameraFiles({QStringLiteral("et-GPS.jpg")});
+        selectCameraFiles({QStringLiteral("pil-iptc_NokiaN70.jpg")});
+        QVERIFY(app_->window()->inspector->tree()->topLevelItemCount() > 0);
+        QCOMPARE(app_->currentChooseFilePath, output(QStringLiteral("pil-iptc_NokiaN70.jpg")));
     }
 
     void photoCommandsWorkOnTheDownloadedCopies()

@@ -250,6 +250,24 @@ private slots:
         QVERIFY(id3Frames(output(song)).contains(QStringLiteral("TIT2 Played Silently")));
     }
 
+    // The photo editor slides over the right pane; an editor asked for afterwards comes to the
+    // front instead of opening behind it.
+    void mediaEditorComesInFrontOfThePhotoEditor()
+    {
+        const QString song = QStringLiteral("atl-id3v23_utf16_apic.mp3");
+        importWithAddCommand({song, QStringLiteral("et-QuickTime.mov")});
+        app_->StartEditViewAction();
+        QTRY_VERIFY(app_->window()->isEditorShown());
+        openInEditor(song);
+        QVERIFY(!app_->window()->isEditorShown());
+        QCOMPARE(app_->window()->rightStack->currentWidget(), app_->mediaEdits()->audioView());
+        QVERIFY(app_->mediaEdits()->audioView()->isVisible());
+        app_->StartEditViewAction();
+        openInEditor(QStringLiteral("et-QuickTime.mov"));
+        QVERIFY(!app_->window()->isEditorShown());
+        QVERIFY(app_->mediaEdits()->videoView()->isVisible());
+    }
+
     void droppedArtworkIsWrittenOnSave()
     {
         const QString name = QStringLiteral("mutagen-no-tags.mp3");

@@ -62,7 +62,7 @@ void InspectorPanel::addNodes(QTreeWidgetItem* parent, const QList<PropertyTreeN
             item->setFont(0, bold);
             addNodes(item, node.children);
         } else {
-            const QString value = propertyValueText(node.val);
+            const QString value = node.text;
             item->setText(1, value);
             item->setToolTip(1, value);
         }

@@ -54,7 +54,7 @@ void printTree(std::FILE* out, const QList<PropertyTreeNode>& nodes, int depth)
             printLine(out, indent + node.key);
             printTree(out, node.children, depth + 1);
         } else {
-            printLine(out, QStringLiteral("%1%2: %3").arg(indent, node.key, propertyValueText(node.val)));
+            printLine(out, QStringLiteral("%1%2: %3").arg(indent, node.key, node.text));
         }
     }
 }

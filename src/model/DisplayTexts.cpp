@@ -1,5 +1,7 @@
 #include "model/DisplayTexts.h"
 
+#include <cmath>
+
 #include <cstdio>
 
 namespace pelorin {
@@ -41,6 +43,22 @@ QString getMediaDuration(std::int32_t n)
     if (n < 3600)
         return QString::asprintf("%dm:%ds", n / 60, n % 60);
     return QString::asprintf("%dh:%dm:%ds", n / 3600, (n % 3600) / 60, n % 60);
+}
+
+QString decimalText(double value, int decimals)
+{
+    if (!std::isfinite(value))
+        return QString::number(value);
+    QString text = QString::number(value, 'f', decimals);
+    if (text.contains(QLatin1Char('.'))) {
+        while (text.endsWith(QLatin1Char('0')))
+            text.chop(1);
+        if (text.endsWith(QLatin1Char('.')))
+            text.chop(1);
+    }
+    if (text == QLatin1String("-0"))
+        text = QStringLiteral("0");
+    return text;
 }
 
 }  // namespace pelorin

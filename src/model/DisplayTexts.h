@@ -19,4 +19,9 @@ QString sizeText(std::uint64_t size);
 // Whole seconds as display text: "59s", "1m:0s", "1h:1m:1s".
 QString getMediaDuration(std::int32_t seconds);
 
+// A number rounded to at most `decimals` places, without trailing zeros: a degree value computed
+// from rationals reads 2.2945, not 2.2944999999999998. Coordinates use 6 places (about 10 cm).
+QString decimalText(double value, int decimals);
+inline QString coordinateText(double degrees) { return decimalText(degrees, 6); }
+
 }  // namespace pelorin

@@ -14,7 +14,6 @@ QString text(const QVariantMap& group, const char* key)
     return value.isValid() ? propertyValueText(value) : QString();
 }
 
-QString number(double v) { return QString::number(v, 'g', QLocale::FloatingPointShortest); }
 
 QString dateText(const QDateTime& instant)
 {
@@ -73,13 +72,13 @@ PhotoEditorFill fillPhotoEditorFields(const QVariantMap& properties, const Photo
     f.gpsTime = text(gps, "TimeStamp");
     if (gps.contains(QStringLiteral("Altitude"))) {
         const double altitude = gps.value(QStringLiteral("Altitude")).toDouble();
-        f.gpsAltitude = number(gps.value(QStringLiteral("AltitudeRef")).toInt() == 1 ? -altitude : altitude);
+        f.gpsAltitude = decimalText(gps.value(QStringLiteral("AltitudeRef")).toInt() == 1 ? -altitude : altitude, 3);
     }
     double latitude = 0, longitude = 0;
     if (signedCoordinate(gps, "Latitude", "LatitudeRef", "N", &latitude))
-        f.gpsLatitude = number(latitude);
+        f.gpsLatitude = coordinateText(latitude);
     if (signedCoordinate(gps, "Longitude", "LongitudeRef", "E", &longitude))
-        f.gpsLongitude = number(longitude);
+        f.gpsLongitude = coordinateText(longitude);
 
     f.keywords = text(iptc, "Keywords");
     f.title = text(iptc, "ObjectName");

@@ -1,9 +1,13 @@
 #include "photo/PropertyTree.h"
 
+#include "model/DisplayTexts.h"
+
 #include <QByteArray>
 #include <QDateTime>
 #include <QHash>
+#include <QRegularExpression>
 #include <QSet>
+#include <QStringList>
 
 namespace pelorin {
 namespace {
@@ -102,6 +106,7 @@ PropertyTreeNode nodeFor(const QString& key, const QVariant& value)
         node.children = propTree(value.toMap());
     } else {
         node.val = value;
+        node.text = propertyDisplayText(key, value);
     }
     return node;
 }
@@ -143,7 +148,8 @@ QString propertyValueText(const QVariant& value)
         return QString();
     case QMetaType::Double:
     case QMetaType::Float:
-        return QString::number(value.toDouble(), 'g', QLocale::FloatingPointShortest);
+        // Twelve digits drop the noise of values computed from rationals (2.2944999999999998).
+        return QString::number(value.toDouble(), 'g', 12);
     case QMetaType::Bool:
         return value.toBool() ? QStringLiteral("true") : QStringLiteral("false");
     case QMetaType::QByteArray: {
@@ -151,10 +157,106 @@ QString propertyValueText(const QVariant& value)
         return QStringLiteral("<%1 bytes>").arg(bytes.size());
     }
     case QMetaType::QDateTime:
-        return value.toDateTime().toUTC().toString(Qt::ISODate);
+        return value.toDateTime().toUTC().toString(QStringLiteral("yyyy:MM:dd HH:mm:ss")) + QLatin1Char('Z');
     default:
         return value.toString();
     }
+}
+
+namespace {
+
+bool isCoordinateKey(const QString& key)
+{
+    static const QSet<QString> keys{QStringLiteral("Latitude"), QStringLiteral("Longitude"),
+                                    QStringLiteral("DestLatitude"), QStringLiteral("DestLongitude")};
+    return keys.contains(key);
+}
+
+QString versionText(const QString& key, const QVariantList& digits)
+{
+    QStringList parts;
+    for (const QVariant& digit : digits)
+        parts.append(QString::number(digit.toInt()));
+    if (parts.isEmpty())
+        return QString();
+    if (key == QLatin1String("GPSVersion"))
+        return parts.join(QLatin1Char('.'));  // 2.3.0.0
+    if (key == QLatin1String("JFIFVersion"))  // major, then a two-digit minor: 1.01, 1.02
+        return parts.size() == 2 ? QStringLiteral("%1.%2").arg(parts[0]).arg(digits[1].toInt(), 2, 10, QLatin1Char('0'))
+                                 : parts.join(QLatin1Char('.'));
+    // Exif and FlashPix: "0232" is held as 2, 3, 2 and read 2.32.
+    return parts.first() + QLatin1Char('.') + (parts.size() > 1 ? parts.mid(1).join(QString()) : QStringLiteral("0"));
+}
+
+QString colorSpaceText(const QVariant& value)
+{
+    bool ok = false;
+    const int code = value.toInt(&ok);
+    if (!ok)
+        return propertyValueText(value);
+    switch (code) {
+    case 1:
+        return QStringLiteral("sRGB");
+    case 2:
+        return QStringLiteral("Adobe RGB");
+    case 0xFFFF:
+        return QStringLiteral("Uncalibrated");
+    default:
+        return QString::number(code);
+    }
+}
+
+// "20040621" -> "2004:06:21", "233753-0400" -> "23:37:53-04:00", "2004-06-21T23:37:53+01:00" ->
+// "2004:06:21 23:37:53+01:00"; any other text stays as it is.
+QString uniformDateText(const QString& text)
+{
+    static const QRegularExpression compactDate(QStringLiteral("^(\\d{4})(\\d{2})(\\d{2})$"));
+    static const QRegularExpression compactTime(QStringLiteral("^(\\d{2})(\\d{2})(\\d{2})(?:([+-])(\\d{2})(\\d{2}))?$"));
+    static const QRegularExpression isoDate(
+        QStringLiteral("^(\\d{4})-(\\d{2})-(\\d{2})(?:T(\\d{2}:\\d{2}(?::\\d{2})?(?:\\.\\d+)?)(Z|[+-]\\d{2}:\\d{2})?)?$"));
+    const QString trimmed = text.trimmed();
+    QRegularExpressionMatch m = compactDate.match(trimmed);
+    if (m.hasMatch())
+        return QStringLiteral("%1:%2:%3").arg(m.captured(1), m.captured(2), m.captured(3));
+    m = compactTime.match(trimmed);
+    if (m.hasMatch()) {
+        QString out = QStringLiteral("%1:%2:%3").arg(m.captured(1), m.captured(2), m.captured(3));
+        if (m.hasCaptured(4) && !m.captured(4).isEmpty())
+            out += m.captured(4) + m.captured(5) + QLatin1Char(':') + m.captured(6);
+        return out;
+    }
+    m = isoDate.match(trimmed);
+    if (m.hasMatch()) {
+        QString out = QStringLiteral("%1:%2:%3").arg(m.captured(1), m.captured(2), m.captured(3));
+        if (!m.captured(4).isEmpty())
+            out += QLatin1Char(' ') + m.captured(4) + m.captured(5);
+        return out;
+    }
+    return text;
+}
+
+bool isDateOrTimeKey(const QString& key)
+{
+    // Model keys (DateCreated, TimeCreated, DigitalCreationTime, ...) and XMP names
+    // (xmp:CreateDate, photoshop:DateCreated, exif:DateTimeOriginal, ...).
+    const QString name = key.mid(key.indexOf(QLatin1Char(':')) + 1);
+    return name.contains(QLatin1String("Date")) || name.contains(QLatin1String("Time"));
+}
+
+}  // namespace
+
+QString propertyDisplayText(const QString& key, const QVariant& value)
+{
+    const int type = value.typeId();
+    if (isCoordinateKey(key) && (type == QMetaType::Double || type == QMetaType::Float))
+        return coordinateText(value.toDouble());
+    if (key.endsWith(QLatin1String("Version")) && type == QMetaType::QVariantList && key != QLatin1String("ProgramVersion"))
+        return versionText(key, value.toList());
+    if (key == QLatin1String("ColorSpace"))
+        return colorSpaceText(value);
+    if (type == QMetaType::QString && isDateOrTimeKey(key))
+        return uniformDateText(value.toString());
+    return propertyValueText(value);
 }
 
 }  // namespace pelorin

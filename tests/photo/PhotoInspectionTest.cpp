@@ -6,12 +6,72 @@
 #include "QtPrinters.h"
 #include "TestPaths.h"
 
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QProcess>
 #include <gtest/gtest.h>
+
+#include <cmath>
 
 namespace pelorin {
 namespace {
 
 using test::dataPath;
+
+// The tree reads as a person reads: coordinates to 6 places, versions and the colour space as
+// exiftool prints them, and every date and time in one form whichever group holds it.
+TEST(PropertyTree, ValuesReadAsPeopleWriteThem)
+{
+    const auto leaf = [](const QList<PropertyTreeNode>& tree, const QString& group, const QString& key) {
+        for (const PropertyTreeNode& node : tree) {
+            if (node.key != group)
+                continue;
+            for (const PropertyTreeNode& child : node.children) {
+                if (child.key == key)
+                    return child.text;
+            }
+        }
+        return QStringLiteral("<none>");
+    };
+    // exiftool's "0232" is read 2.32, "0220" 2.2.
+    const auto version = [](const QString& digits) {
+        QString minor = digits.mid(2);
+        while (minor.size() > 1 && minor.endsWith(QLatin1Char('0')))
+            minor.chop(1);
+        return QString::number(digits.left(2).toInt()) + QLatin1Char('.') + minor;
+    };
+    for (const char* name : {"exiv2-FurnaceCreekInn_gps.jpg", "exiv2-Reagan_all.jpg", "et-Apple.jpg",
+                             "mde-Sony_Cybershot_orient6.jpg", "exiv2-iPhoneXR_orient6.heic"}) {
+        SCOPED_TRACE(name);
+        const QString path = dataPath(QString::fromLatin1(name));
+        const PhotoProperties photo = readPhotoProperties(path);
+        ASSERT_TRUE(photo.ok()) << photo.error.toStdString();
+        const QList<PropertyTreeNode> tree = propTree(photo.properties);
+        QProcess exiftool;  // exiftool's printed values, not its numbers
+        exiftool.start(QStringLiteral("exiftool"), {QStringLiteral("-j"), QStringLiteral("-G1"), path});
+        ASSERT_TRUE(exiftool.waitForFinished(60000));
+        const QJsonObject printed = QJsonDocument::fromJson(exiftool.readAllStandardOutput()).array().at(0).toObject();
+        const QJsonObject numbers = test::exiftool(path);
+        EXPECT_EQ(leaf(tree, QStringLiteral("Exif"), QStringLiteral("Exif Version")),
+                  version(printed.value(QStringLiteral("ExifIFD:ExifVersion")).toString()));
+        EXPECT_EQ(leaf(tree, QStringLiteral("Exif"), QStringLiteral("Color Space")),
+                  printed.value(QStringLiteral("ExifIFD:ColorSpace")).toString());
+        if (printed.contains(QStringLiteral("GPS:GPSVersionID"))) {
+            EXPECT_EQ(leaf(tree, QStringLiteral("GPS"), QStringLiteral("GPS Version")),
+                      printed.value(QStringLiteral("GPS:GPSVersionID")).toString());  // "2.2.0.0"
+            const double latitude = std::abs(numbers.value(QStringLiteral("GPS:GPSLatitude")).toDouble());
+            const QString shown = leaf(tree, QStringLiteral("GPS"), QStringLiteral("Latitude"));
+            EXPECT_LE(shown.section(QLatin1Char('.'), 1).size(), 6) << shown.toStdString();
+            EXPECT_NEAR(shown.toDouble(), latitude, 5e-7);
+        }
+    }
+    // IPTC's compact forms and XMP's ISO form in the form of the EXIF dates, zones kept.
+    const QList<PropertyTreeNode> reagan = propTree(readPhotoProperties(dataPath(QStringLiteral("exiv2-Reagan_all.jpg"))).properties);
+    EXPECT_EQ(leaf(reagan, QStringLiteral("IPTC"), QStringLiteral("Date Created")), QStringLiteral("2004:06:21"));
+    EXPECT_EQ(leaf(reagan, QStringLiteral("IPTC"), QStringLiteral("Digital Creation Time")), QStringLiteral("23:37:53-04:00"));
+    EXPECT_EQ(leaf(reagan, QStringLiteral("XMP"), QStringLiteral("xmp:CreateDate")), QStringLiteral("2004:06:21 23:37:53+01:00"));
+    EXPECT_EQ(leaf(reagan, QStringLiteral("Exif"), QStringLiteral("Date Time Original")), QStringLiteral("2004:06:21 23:37:53"));
+}
 
 TEST(PhotoProperties, JpegGroupsCarryTheModelsKeysAndTypes)
 {

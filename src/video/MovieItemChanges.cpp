@@ -95,15 +95,52 @@ BoxNode& childOrNew(BoxNode& parent, const BoxNode& fresh)
     return parent.children.back();
 }
 
-// iTunes atoms live in udta/meta/ilst.
-void changeItunes(BoxNode& moov, const QByteArray& type, const ItemChange& change)
+bool changeQuickTimeMetadata(BoxNode& moov, const QString& key, const ItemChange& change, QString* error);
+
+bool holdsKeys(const BoxNode* meta)
 {
+    return meta && meta->child("keys") && meta->child("ilst");
+}
+
+// The key FFmpeg gives an iTunes atom in a QuickTime key table; empty for atoms without one.
+QString keyForAtom(const QByteArray& type)
+{
+    static const std::pair<const char*, const char*> kKeys[] = {
+        {"\251nam", "title"},   {"\251ART", "artist"},      {"\251alb", "album"},
+        {"\251cmt", "comment"}, {"\251des", "description"}, {"cprt", "copyright"},
+        {"\251day", "date"},    {"\251gen", "genre"},       {"\251pub", "publisher"},
+        {"aART", "album_artist"}, {"\251wrt", "composer"},   {"\251too", "encoder"},
+        {"covr", "com.apple.quicktime.artwork"},
+    };
+    for (const auto& [atom, key] : kKeys) {
+        if (type == atom)
+            return QString::fromLatin1(key);
+    }
+    return {};
+}
+
+// iTunes atoms live in udta/meta/ilst. Where that 'meta' holds QuickTime keys instead (FFmpeg's
+// use_metadata_tags writes it so), an iTunes atom cannot go into it: the item goes in as the
+// key FFmpeg would have used.
+bool changeItunes(BoxNode& moov, const QByteArray& type, const ItemChange& change, QString* error)
+{
+    if (const BoxNode* userData = moov.child("udta"); userData && holdsKeys(userData->child("meta"))) {
+        const QString key = keyForAtom(type);
+        if (!key.isEmpty())
+            return changeQuickTimeMetadata(moov, key, change, error);
+        if (!change.value)
+            return true;
+        *error = QStringLiteral("the movie keeps its metadata as QuickTime keys, which have no place for '%1'")
+                     .arg(boxTypeName(type));
+        return false;
+    }
     BoxNode& udta = childOrNew(moov, BoxNode::parent("udta", {}));
     BoxNode& meta = childOrNew(udta, BoxNode::parent("meta", {handler("mdir")}, QByteArray(4, '\0')));
     BoxNode& ilst = childOrNew(meta, BoxNode::parent("ilst", {}));
     ilst.removeChildren(type);
     if (change.value)
         ilst.children.push_back(BoxNode::parent(type, {dataBox(*change.value, change.dataType)}));
+    return true;
 }
 
 // QuickTime user-data text: length, language, UTF-8 text.
@@ -173,61 +210,137 @@ bool changeIsoUserData(BoxNode& moov, const QByteArray& type, const ItemChange& 
     return true;
 }
 
-// QuickTime metadata: 'keys' names the 'ilst' entries by one-based index. Removing a key
-// renumbers the entries after it.
-bool changeQuickTimeMetadata(BoxNode& moov, const QString& key, const ItemChange& change, QString* error)
-{
-    BoxNode* meta = moov.child("meta");
-    if (!meta) {
-        if (!change.value)
-            return true;
-        moov.children.push_back(BoxNode::parent("meta", {handler("mdta"), BoxNode::leaf("keys", QByteArray(8, '\0')),
-                                                         BoxNode::parent("ilst", {})}));
-        meta = &moov.children.back();
-    }
-    BoxNode* keysBox = meta->child("keys");
-    BoxNode* ilst = meta->child("ilst");
-    if (!keysBox || !ilst) {
-        *error = QStringLiteral("the movie's metadata box has no key table");
-        return false;
-    }
-    QList<QByteArray> keys;
-    const QByteArray& table = keysBox->payload;
-    qsizetype at = 8;
-    for (std::uint32_t i = 0; i < readU32(table, 4); ++i) {
-        const std::uint32_t size = readU32(table, at);
-        if (size < 8 || at + size > table.size()) {
-            *error = QStringLiteral("the movie's key table is damaged");
-            return false;
+// The key table of a QuickTime 'meta' box: 'keys' names the 'ilst' entries by one-based index.
+class KeyTable {
+public:
+    explicit KeyTable(BoxNode& meta) : keysBox_(*meta.child("keys")), ilst_(*meta.child("ilst")) {}
+
+    bool load(QString* error)
+    {
+        const QByteArray& table = keysBox_.payload;
+        qsizetype at = 8;
+        for (std::uint32_t i = 0; i < readU32(table, 4); ++i) {
+            const std::uint32_t size = readU32(table, at);
+            if (size < 8 || at + size > table.size()) {
+                *error = QStringLiteral("the movie's key table is damaged");
+                return false;
+            }
+            keys_.append(table.mid(at, size));
+            at += size;
         }
-        keys.append(table.mid(at, size));
-        at += size;
-    }
-    const QByteArray wanted = key.toUtf8();
-    qsizetype index = -1;
-    for (qsizetype i = 0; i < keys.size(); ++i) {
-        if (keys[i].mid(8) == wanted && keys[i].mid(4, 4) == "mdta")
-            index = i;
-    }
-    if (index < 0 && !change.value)
         return true;
-    if (index < 0) {
-        keys.append(u32(std::uint32_t(8 + wanted.size())) + "mdta" + wanted);
-        index = keys.size() - 1;
     }
-    const std::uint32_t number = std::uint32_t(index + 1);
-    std::erase_if(ilst->children, [&](const BoxNode& entry) { return readU32(entry.type, 0) == number; });
-    if (change.value) {
-        ilst->children.push_back(BoxNode::parent(u32(number), {dataBox(*change.value, change.dataType)}));
-    } else {
-        keys.removeAt(index);
-        for (BoxNode& entry : ilst->children) {
+
+    qsizetype indexOf(const QString& key) const
+    {
+        const QByteArray wanted = key.toUtf8();
+        for (qsizetype i = 0; i < keys_.size(); ++i) {
+            if (keys_[i].mid(8) == wanted && keys_[i].mid(4, 4) == "mdta")
+                return i;
+        }
+        return -1;
+    }
+
+    void set(const QString& key, const ItemChange& change)
+    {
+        qsizetype index = indexOf(key);
+        if (index < 0) {
+            const QByteArray name = key.toUtf8();
+            keys_.append(u32(std::uint32_t(8 + name.size())) + "mdta" + name);
+            index = keys_.size() - 1;
+        }
+        // The entry keeps its place in the list; a second entry of the same key goes.
+        const std::uint32_t number = std::uint32_t(index + 1);
+        BoxNode entry = BoxNode::parent(u32(number), {dataBox(*change.value, change.dataType)});
+        const auto same = [&](const BoxNode& node) { return readU32(node.type, 0) == number; };
+        const auto first = std::find_if(ilst_.children.begin(), ilst_.children.end(), same);
+        if (first == ilst_.children.end()) {
+            ilst_.children.push_back(std::move(entry));
+        } else {
+            *first = std::move(entry);
+            ilst_.children.erase(std::remove_if(first + 1, ilst_.children.end(), same), ilst_.children.end());
+        }
+        store();
+    }
+
+    // Removing a key renumbers the entries after it.
+    void remove(const QString& key)
+    {
+        const qsizetype index = indexOf(key);
+        if (index < 0)
+            return;
+        const std::uint32_t number = std::uint32_t(index + 1);
+        std::erase_if(ilst_.children, [&](const BoxNode& entry) { return readU32(entry.type, 0) == number; });
+        keys_.removeAt(index);
+        for (BoxNode& entry : ilst_.children) {
             const std::uint32_t old = readU32(entry.type, 0);
             if (old > number)
                 entry.type = u32(old - 1);
         }
+        store();
     }
-    keysBox->payload = table.left(4) + u32(std::uint32_t(keys.size())) + keys.join();
+
+private:
+    void store() { keysBox_.payload = keysBox_.payload.left(4) + u32(std::uint32_t(keys_.size())) + keys_.join(); }
+
+    BoxNode& keysBox_;
+    BoxNode& ilst_;
+    QList<QByteArray> keys_;
+};
+
+// The 'meta' boxes with QuickTime keys of the movie itself: in the movie box and in its user
+// data. With tracks, the tracks' own as well.
+std::vector<BoxNode*> keyMetas(BoxNode& moov, bool withTracks)
+{
+    std::vector<BoxNode*> metas;
+    for (BoxNode& child : moov.children) {
+        BoxNode* meta = nullptr;
+        if (child.type == "meta")
+            meta = &child;
+        else if (child.type == "udta" || (withTracks && child.type == "trak"))
+            meta = child.child("meta");
+        if (holdsKeys(meta))
+            metas.push_back(meta);
+    }
+    return metas;
+}
+
+// A key is changed where the movie keeps it, so that it stays in one place: a new value goes
+// into the table that already names the key (and leaves any other), else into the movie's one
+// key table, and only a movie without any gets a new 'meta' box. A removal clears the key from
+// every table, the tracks' included.
+bool changeQuickTimeMetadata(BoxNode& moov, const QString& key, const ItemChange& change, QString* error)
+{
+    std::vector<BoxNode*> metas = keyMetas(moov, !change.value);
+    if (metas.empty()) {
+        if (!change.value)
+            return true;
+        if (moov.child("meta")) {
+            *error = QStringLiteral("the movie's metadata box has no key table");
+            return false;
+        }
+        moov.children.push_back(BoxNode::parent("meta", {handler("mdta"), BoxNode::leaf("keys", QByteArray(8, '\0')),
+                                                         BoxNode::parent("ilst", {})}));
+        metas = keyMetas(moov, false);
+    }
+    std::vector<KeyTable> tables;
+    for (BoxNode* meta : metas) {
+        tables.emplace_back(*meta);
+        if (!tables.back().load(error))
+            return false;
+    }
+    if (!change.value) {
+        for (KeyTable& table : tables)
+            table.remove(key);
+        return true;
+    }
+    const auto home = std::find_if(tables.begin(), tables.end(), [&](const KeyTable& t) { return t.indexOf(key) >= 0; });
+    KeyTable& target = home == tables.end() ? tables.front() : *home;
+    for (KeyTable& table : tables) {
+        if (&table != &target)
+            table.remove(key);
+    }
+    target.set(key, change);
     return true;
 }
 
@@ -244,7 +357,7 @@ bool applyItemChanges(BoxNode& moov, const QList<ItemChange>& changes, QString* 
         if (space == QLatin1String("mdta") && slash > 0 && !key.isEmpty()) {
             ok = changeQuickTimeMetadata(moov, key, change, error);
         } else if (space == QLatin1String("itsk") && !type.isEmpty()) {
-            changeItunes(moov, type, change);
+            ok = changeItunes(moov, type, change, error);
         } else if (space == QLatin1String("udta") && !type.isEmpty()) {
             changeUserData(moov, type, change);
         } else if (space == QLatin1String("uiso") && !type.isEmpty()) {

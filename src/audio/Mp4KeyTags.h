@@ -1,6 +1,7 @@
 #pragma once
 
 #include "audio/AudioEdits.h"
+#include "model/MediaMetadataItem.h"
 
 #include <QByteArray>
 #include <QList>
@@ -13,6 +14,9 @@ namespace pelorin {
 // drops every entry it cannot name on saving, so these files are written through the box
 // writer instead.
 bool mp4KeepsQuickTimeKeys(const QString& path);
+
+// Those keys as items ("mdta/title", ...) in file order: texts, and pictures as their bytes.
+MediaMetadataItems readMp4KeyTags(const QString& path);
 
 // Writes target as the source with the changed fields set (an empty text removes) under the
 // key names FFmpeg uses, and the artwork as Apple's artwork key; every other key, box and

@@ -208,6 +208,24 @@ bool changeQuickTimeKey(BoxNode& moov, const QString& key, const std::optional<Q
     return true;
 }
 
+QStringList quickTimeKeyNamesOf(const QByteArray& keys, bool* damaged)
+{
+    QStringList names;
+    const std::uint32_t count = readU32(keys, 4);
+    qsizetype at = 8;
+    for (std::uint32_t i = 0; i < count && at + 8 <= keys.size(); ++i) {
+        const std::uint32_t size = readU32(keys, at);
+        if (size < 8 || size > keys.size() - at) {
+            if (damaged)
+                *damaged = true;
+            break;
+        }
+        names.append(QString::fromUtf8(keys.mid(at + 8, size - 8)));
+        at += size;
+    }
+    return names;
+}
+
 QStringList quickTimeKeyNames(BoxNode& moov)
 {
     QStringList names;

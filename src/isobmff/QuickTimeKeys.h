@@ -28,6 +28,9 @@ bool holdsQuickTimeKeys(const BoxNode* meta);
 bool changeQuickTimeKey(BoxNode& moov, const QString& key, const std::optional<QVariant>& value,
                         const QString& dataType, QString* error);
 
+// The names of a 'keys' payload in table order; damaged tells of a table that stops short.
+QStringList quickTimeKeyNamesOf(const QByteArray& keysPayload, bool* damaged = nullptr);
+
 // The keys the movie itself names (tracks aside), in table order.
 QStringList quickTimeKeyNames(BoxNode& moov);
 

@@ -1,5 +1,7 @@
 #include "video/MovieItems.h"
 
+#include "isobmff/QuickTimeKeys.h"
+
 #include <QStringDecoder>
 
 #include <array>
@@ -225,19 +227,10 @@ public:
             itunes(*ilst);
             return;
         }
-        const QByteArray keys = payload(*keysBox);
-        const std::uint32_t count = readU32(keys, 4);
-        QStringList names;
-        qsizetype at = 8;
-        for (std::uint32_t i = 0; i < count && at + 8 <= keys.size(); ++i) {
-            const std::uint32_t size = readU32(keys, at);
-            if (size < 8 || size > keys.size() - at) {
-                problem(QStringLiteral("the metadata key table is damaged"));
-                break;
-            }
-            names.append(QString::fromUtf8(keys.mid(at + 8, size - 8)));
-            at += size;
-        }
+        bool damaged = false;
+        const QStringList names = quickTimeKeyNamesOf(payload(*keysBox), &damaged);
+        if (damaged)
+            problem(QStringLiteral("the metadata key table is damaged"));
         for (const Box& entry : ilst->children) {
             const std::uint32_t index = readU32(entry.type, 0);
             if (index == 0 || index > std::uint32_t(names.size())) {

@@ -4,6 +4,7 @@
 #include "ExifTool.h"
 #include "ToolMovies.h"
 #include "audio/AudioEdits.h"
+#include "audio/AudioRecord.h"
 
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
@@ -17,6 +18,12 @@ TEST(M4aKeys, AnEditChangesOneKeyAndKeepsEveryOther)
     ASSERT_TRUE(test::makeFfmpegFile(source, {"-movflags", "use_metadata_tags", "-metadata", "title=T",
                                               "-metadata", "artist=A", "-metadata", "comment=C"},
                                      false, true));
+    // The editor opens the song with its title and artist.
+    const IKImageItem opened = readAudioRecord(source);
+    EXPECT_EQ(opened.fileTitle, "T");
+    EXPECT_EQ(opened.fileArist, "A");
+    EXPECT_EQ(opened.fileComments, "C");
+
     CommandContext context;
     context.storageFolder = dir.filePath(QStringLiteral("out"));
     const QString output = context.storageFolder + QStringLiteral("/keys.m4a");
@@ -41,6 +48,7 @@ TEST(M4aKeys, AnEditChangesOneKeyAndKeepsEveryOther)
                             "print(' '.join(str(t[k][0]) for k in sorted(t.keys())))", output),
               "T A " + before.value("encoder") + " X");
     EXPECT_EQ(test::audioStreamHash(output), test::audioStreamHash(source));
+    EXPECT_EQ(readAudioRecord(output).fileAblumName, "X");
 
     // Removal clears the keys along with their values.
     ASSERT_TRUE(removeAudioTags(source, context).succeeded());

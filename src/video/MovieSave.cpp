@@ -4,6 +4,7 @@
 
 #include "model/DateText.h"
 #include "model/FileDates.h"
+#include "model/LocalTime.h"
 #include "model/OutputDates.h"
 #include "model/SafeOutput.h"
 #include "video/MovieDateWrite.h"
@@ -73,7 +74,7 @@ QList<ItemChange> changesFor(const MovieFieldEdits& edits, const MediaMetadataIt
     return changes;
 }
 
-std::optional<QDateTime> localDate(const std::optional<QString>& text)
+std::optional<QDateTime> recordingDate(const std::optional<QString>& text)
 {
     const std::optional<WallClock> clock = text ? parseDateText(*text) : std::nullopt;
     const QDateTime date = clock ? movieDateFromWallClock(*clock) : QDateTime();
@@ -151,8 +152,11 @@ CommandResult saveMovieFields(const QStringList& files, const MovieFieldEdits& e
 {
     CommandResult result;
     QList<ItemChange> fixedChanges;
-    const std::optional<QDateTime> shootDate = localDate(edits.shootDate);
-    const std::optional<QDateTime> createdDate = localDate(edits.createdDate);
+    const std::optional<QDateTime> shootDate = recordingDate(edits.shootDate);
+    // The created date becomes a file date: an instant, through the local zone.
+    const std::optional<WallClock> createdClock = edits.createdDate ? parseDateText(*edits.createdDate) : std::nullopt;
+    const std::optional<QDateTime> createdDate =
+        createdClock ? std::optional(instantFromWallClock(*createdClock)) : std::nullopt;
     if ((edits.shootDate && !shootDate) || (edits.createdDate && !createdDate)) {
         result.alert = Alerts::invalidDateFormat();
         return result;

@@ -20,7 +20,7 @@ struct Row {
 constexpr Row kRows[] = {
     {Field::Album, {"id3/TALB", "itsk/%A9alb", "udta/%A9alb", "mdta/album", "mdta/com.apple.quicktime.album", "uiso/albm"}},
     {Field::Artist, {"id3/TPE1", "itsk/%A9ART", "udta/%A9ART", "mdta/artist", "mdta/com.apple.quicktime.artist"}},
-    {Field::Artwork, {"id3/APIC", "itsk/covr"}},
+    {Field::Artwork, {"id3/APIC", "itsk/covr", "mdta/com.apple.quicktime.artwork"}},
     {Field::Title, {"id3/TIT2", "itsk/%A9nam", "udta/%A9nam", "mdta/title", "mdta/com.apple.quicktime.title", "uiso/titl"}},
     {Field::Location, {"uiso/loci", "mdta/com.apple.quicktime.location.ISO6709"}},
     {Field::Make, {"mdta/com.apple.quicktime.make"}},

@@ -1,12 +1,11 @@
 #include "video/MovieItemChanges.h"
 
-#include "video/MovieFields.h"
-#include "video/MovieItems.h"
 #include "isobmff/MovieBoxRewrite.h"
 #include "isobmff/QuickTimeKeys.h"
+#include "video/MovieFields.h"
+#include "video/MovieItems.h"
 
 #include <cmath>
-#include <cstring>
 
 namespace pelorin {
 

@@ -12,6 +12,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QImage>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -95,6 +96,29 @@ TEST(MoviesFromTools, KeysInTheUserDataAreReadAndChangedWhereTheyAre)
         EXPECT_EQ(test::streamHash(output), test::streamHash(source));
         EXPECT_EQ(readMovieFile(output).item.fileTitle, "Rio");
     }
+}
+
+TEST(MoviesFromTools, NewFieldsOfAKeysMovieJoinItsKeyTable)
+{
+    QTemporaryDir dir;
+    const QString source = dir.filePath("keys.mov");
+    ASSERT_TRUE(test::makeFfmpegFile(source, {"-movflags", "use_metadata_tags", "-metadata", "title=T"}));
+    QImage cover(8, 8, QImage::Format_RGB32);
+    cover.fill(Qt::red);
+    ASSERT_TRUE(cover.save(dir.filePath("cover.png")));
+    CommandContext context = contextIn(dir);
+    MovieFieldEdits edits;
+    edits.albumArtist = "Album";
+    edits.artworkPath = dir.filePath("cover.png");
+    ASSERT_TRUE(saveMovieFields({source}, edits, context).succeeded());
+    const QString output = context.storageFolder + "/keys.mov";
+    EXPECT_EQ(test::ffprobeTags(output).value("album"), "Album");
+    EXPECT_TRUE(test::exiftool(output).contains("Keys:Artwork"));
+    EXPECT_EQ(metaBoxCounts(output), std::make_pair(std::size_t(0), std::size_t(1)));
+    const IKImageItem item = readMovieFile(output).item;
+    EXPECT_EQ(item.fileTitle, "T");
+    EXPECT_EQ(item.fileAblumName, "Album");
+    EXPECT_EQ(item.fileImage.size(), QSize(8, 8));
 }
 
 TEST(MoviesFromTools, KeysInTheMovieBoxAsExiftoolWritesThemStayThere)

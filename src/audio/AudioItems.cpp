@@ -1,5 +1,7 @@
 #include "audio/AudioItems.h"
+
 #include "audio/AudioStoredOrder.h"
+#include "audio/Mp4KeyTags.h"
 
 #include "audio/CafInfo.h"
 #include "audio/TagLibFiles.h"
@@ -401,7 +403,10 @@ void readWithTagLib(const QString& path, AudioReading& reading)
             reading.id3Version = static_cast<int>(aiff->tag()->header()->majorVersion());
         aiffItems(*aiff, items);
     } else if (auto mp4 = dynamic_cast<TagLib::MP4::File*>(file.get())) {
-        mp4Items(mp4->hasMP4Tag() ? mp4->tag() : nullptr, path, items);
+        if (mp4KeepsQuickTimeKeys(path))
+            items += readMp4KeyTags(path);  // TagLib sees that list as nameless iTunes atoms
+        else
+            mp4Items(mp4->hasMP4Tag() ? mp4->tag() : nullptr, path, items);
     } else if (auto ogg = dynamic_cast<TagLib::Ogg::File*>(file.get())) {
         xiphItems(dynamic_cast<TagLib::Ogg::XiphComment*>(ogg->tag()), items);
     } else {

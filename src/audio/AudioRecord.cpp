@@ -41,6 +41,13 @@ const Row kMp3Rows[] = {
     {Target::Composer, {"id3/TCOM", "itsk/%A9wrt"}},
     {Target::Track, {"id3/TRCK", "itsk/trkn"}},
     {Target::Date, {"uiso/date", "mdta/com.apple.quicktime.creationdate", "id3/TRDA"}},
+    // FFmpeg's key names, as M4A files made with use_metadata_tags hold them.
+    {Target::Title, {"mdta/title"}}, {Target::Subtitle, {"mdta/subtitle"}}, {Target::Album, {"mdta/album"}},
+    {Target::Artist, {"mdta/artist"}}, {Target::Track, {"mdta/track"}}, {Target::Composer, {"mdta/composer"}},
+    {Target::Date, {"mdta/date"}}, {Target::Year, {"mdta/year"}}, {Target::Copyright, {"mdta/copyright"}},
+    {Target::Publisher, {"mdta/publisher"}}, {Target::Band, {"mdta/album_artist"}},
+    {Target::Comments, {"mdta/comment"}}, {Target::Lyricist, {"mdta/lyrics"}},
+    {Target::Picture, {"mdta/com.apple.quicktime.artwork"}},
 };
 
 const Row kAiffRows[] = {

@@ -19,6 +19,7 @@
 #include "audio/AudioItems.h"
 #include "audio/AudioScratchCopy.h"
 #include "audio/CafInfo.h"
+#include "audio/Mp4KeyTags.h"
 #include "audio/TagLibFiles.h"
 #include "model/DateText.h"
 #include "model/FileDates.h"
@@ -508,6 +509,8 @@ CommandResult run(const QString& source, Job job, const QString& openingCreated,
     try {
         if (job.container == AudioContainer::Caf) {
             ok = editCaf(source, target, job, &problem);
+        } else if (job.container == AudioContainer::Mp4 && mp4KeepsQuickTimeKeys(source)) {
+            ok = writeMp4KeyTags(source, target, job.changes, job.artwork, job.remove, &problem);
         } else {
             AudioScratchCopy copy(source, target);
             ok = copy.create() && editWithTagLib(copy.path(), job, result, source, &problem)

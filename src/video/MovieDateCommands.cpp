@@ -6,6 +6,7 @@
 #include "model/SafeOutput.h"
 #include "video/MovieBatch.h"
 #include "video/MovieDateWrite.h"
+#include "video/MovieItems.h"
 #include "video/MovieNameDates.h"
 #include "video/MovieReader.h"
 
@@ -21,9 +22,11 @@ void writeDated(const QString& file, const QString& target, const QDateTime& loc
                 CommandResult& result)
 {
     if (context.dryRun) {
-        for (const ItemChange& change : recordingDateChanges(local)) {
+        const MediaMetadataItems present = readMovieItemsOfFile(file);
+        for (const ItemChange& change : recordingDateChanges(local, present)) {
             if (change.value)
-                result.plan(target, change.identifier, {}, change.value->toString());
+                result.plan(target, change.identifier, lastItemText(present, change.identifier),
+                            change.value->toString());
         }
         result.plan(target, QStringLiteral("movie header creation time"), {}, local.toUTC().toString(Qt::ISODate));
         setOutputFileDates(target, local, local, context, result);
@@ -52,7 +55,7 @@ CommandResult movieShootDatesToFileDates(const QStringList& files, const Command
             const std::optional<QString> detected = detectDateText(text);
             const std::optional<WallClock> clock = detected ? parseDateText(*detected) : std::nullopt;
             if (clock)
-                when = QDateTime(clock->date(), clock->time(), Qt::LocalTime);
+                when = movieDateFromWallClock(*clock);
         }
         if (!when.isValid()) {
             result.skip(file, QStringLiteral("the movie has no recording date"));
@@ -95,7 +98,7 @@ CommandResult movieDatesFromFileNames(const QStringList& files, const CommandCon
             result.skip(file, QStringLiteral("the file name holds no date"));
             return;
         }
-        writeDated(file, target, QDateTime(clock->date(), clock->time(), Qt::LocalTime), context, result);
+        writeDated(file, target, movieDateFromWallClock(*clock), context, result);
     });
 }
 

@@ -1,11 +1,12 @@
 #include "video/MovieDateWrite.h"
 
+#include "model/LocalTime.h"
+#include "video/MovieFields.h"
+#include "video/MovieItems.h"
+
 namespace pelorin {
 
 namespace {
-
-// Seconds from 1904-01-01 (the movie clock's epoch) to 1970-01-01.
-constexpr std::int64_t kEpochOffset = 2082844800;
 
 void writeBigEndian(QByteArray& bytes, qsizetype at, std::uint64_t value, int width)
 {
@@ -32,47 +33,85 @@ bool setCreation(BoxNode* header, std::uint64_t seconds, QString* error)
     return true;
 }
 
-}  // namespace
-
-QList<ItemChange> recordingDateChanges(const QDateTime& local)
+bool setHeaderCreationSeconds(BoxNode& moov, std::uint64_t seconds, QString* error)
 {
-    const QDateTime when = local.toLocalTime();
-    const int offset = when.offsetFromUtc();
-    const QString zone = QStringLiteral("%1%2%3")
-                             .arg(offset < 0 ? QLatin1Char('-') : QLatin1Char('+'))
-                             .arg(std::abs(offset) / 3600, 2, 10, QLatin1Char('0'))
-                             .arg(std::abs(offset) % 3600 / 60, 2, 10, QLatin1Char('0'));
-    return {
-        ItemChange::remove(QStringLiteral("udta/date")),
-        ItemChange::set(QStringLiteral("uiso/date"), when.toString(QStringLiteral("yyyy:MM:dd HH:mm:ss"))),
-        ItemChange::set(QStringLiteral("mdta/com.apple.quicktime.creationdate"),
-                        when.toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss")) + zone),
-    };
-}
-
-bool setHeaderCreationTimes(BoxNode& moov, const QDateTime& instant, QString* error)
-{
-    const std::int64_t seconds = instant.toSecsSinceEpoch() + kEpochOffset;
-    if (seconds < 0) {
-        *error = QStringLiteral("the date lies before 1904");
-        return false;
-    }
-    if (!setCreation(moov.child("mvhd"), std::uint64_t(seconds), error))
+    if (!setCreation(moov.child("mvhd"), seconds, error))
         return false;
     for (BoxNode& trak : moov.children) {
         if (trak.type != "trak")
             continue;
-        if (!setCreation(trak.child("tkhd"), std::uint64_t(seconds), error)
-            || !setCreation(trak.find("mdia/mdhd"), std::uint64_t(seconds), error))
+        if (!setCreation(trak.child("tkhd"), seconds, error) || !setCreation(trak.find("mdia/mdhd"), seconds, error))
             return false;
     }
     return true;
 }
 
-RewriteReport writeMovieRecordingDate(const QString& sourcePath, const QDateTime& local, const QString& targetPath)
+}  // namespace
+
+QDateTime movieDateFromWallClock(const WallClock& clock)
 {
-    return writeMovieChanges(sourcePath, recordingDateChanges(local), targetPath, Durability::FlushEach,
-                             [&](BoxNode& moov, QString* error) { return setHeaderCreationTimes(moov, local, error); });
+    if (!clock.date().isValid() || !clock.time().isValid())
+        return {};
+    const QDateTime instant = instantFromWallClock(clock);
+    const std::optional<WallClock> shown = wallClockFromInstant(instant);
+    if (!instant.isValid() || !shown)
+        return {};
+    // The offset in force at the instant; in a gap the instant is the first one after it.
+    const std::int64_t offset = shown->clockSeconds() - instant.toSecsSinceEpoch();
+    return QDateTime(clock.date(), clock.time(), Qt::OffsetFromUTC, int(offset));
+}
+
+QList<ItemChange> recordingDateChanges(const QDateTime& when, const MediaMetadataItems& present)
+{
+    if (!when.isValid())
+        return {};
+    const int offset = when.offsetFromUtc();
+    const QString zone = QStringLiteral("%1%2%3")
+                             .arg(offset < 0 ? QLatin1Char('-') : QLatin1Char('+'))
+                             .arg(std::abs(offset) / 3600, 2, 10, QLatin1Char('0'))
+                             .arg(std::abs(offset) % 3600 / 60, 2, 10, QLatin1Char('0'));
+    const QString iso = when.toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss")) + zone;
+    QList<ItemChange> changes = {
+        ItemChange::remove(QStringLiteral("udta/date")),
+        ItemChange::set(QStringLiteral("uiso/date"), when.toString(QStringLiteral("yyyy:MM:dd HH:mm:ss"))),
+        ItemChange::set(QStringLiteral("mdta/com.apple.quicktime.creationdate"), iso),
+    };
+    QStringList done = {QStringLiteral("udta/date"), QStringLiteral("uiso/date"),
+                        QStringLiteral("mdta/com.apple.quicktime.creationdate")};
+    for (const MediaMetadataItem& item : present) {
+        if (movieFieldOf(item.identifier) != MovieField::Date || done.contains(item.identifier))
+            continue;
+        done.append(item.identifier);
+        changes.append(ItemChange::set(item.identifier, iso));
+    }
+    return changes;
+}
+
+bool setHeaderCreationTimes(BoxNode& moov, const QDateTime& instant, QString* error)
+{
+    const std::int64_t seconds = instant.toSecsSinceEpoch() + kMovieClockEpochOffset;
+    if (seconds < 0) {
+        *error = QStringLiteral("the date lies before 1904");
+        return false;
+    }
+    return setHeaderCreationSeconds(moov, std::uint64_t(seconds), error);
+}
+
+bool clearHeaderCreationTimes(BoxNode& moov, QString* error)
+{
+    return setHeaderCreationSeconds(moov, 0, error);
+}
+
+RewriteReport writeMovieRecordingDate(const QString& sourcePath, const QDateTime& when, const QString& targetPath)
+{
+    const QList<ItemChange> changes = recordingDateChanges(when, readMovieItemsOfFile(sourcePath));
+    if (changes.isEmpty()) {
+        RewriteReport report;
+        report.error = QStringLiteral("the recording date is no valid date");
+        return report;
+    }
+    return writeMovieChanges(sourcePath, changes, targetPath, Durability::FlushEach,
+                             [&](BoxNode& moov, QString* error) { return setHeaderCreationTimes(moov, when, error); });
 }
 
 }  // namespace pelorin

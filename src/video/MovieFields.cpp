@@ -7,45 +7,45 @@ namespace pelorin {
 
 namespace {
 
-enum class Field {
-    Album, Artist, Artwork, Title, Location, Make, Model, Publisher, Copyright, Keywords,
-    Description, Director, Performer, Producer, ReleaseYear, Date
-};
+using Field = MovieField;
 
 struct Row {
     Field field;
-    const char* identifiers[3];
+    const char* identifiers[8];
 };
 
-// One row per field; an identifier belongs to exactly one row.
+// One row per field; an identifier belongs to exactly one row. Besides the iTunes list and
+// Apple's keys, a field takes the forms other tools write: QuickTime user-data texts
+// (FFmpeg's plain -metadata), FFmpeg's own key names (use_metadata_tags) and 3GPP boxes.
 constexpr Row kRows[] = {
-    {Field::Album, {"id3/TALB", "itsk/%A9alb"}},
-    {Field::Artist, {"id3/TPE1", "itsk/%A9ART"}},
-    {Field::Artwork, {"id3/APIC", "itsk/covr"}},
-    {Field::Title, {"id3/TIT2", "itsk/%A9nam"}},
+    {Field::Album, {"id3/TALB", "itsk/%A9alb", "udta/%A9alb", "mdta/album", "mdta/com.apple.quicktime.album", "uiso/albm"}},
+    {Field::Artist, {"id3/TPE1", "itsk/%A9ART", "udta/%A9ART", "mdta/artist", "mdta/com.apple.quicktime.artist"}},
+    {Field::Artwork, {"id3/APIC", "itsk/covr", "mdta/com.apple.quicktime.artwork"}},
+    {Field::Title, {"id3/TIT2", "itsk/%A9nam", "udta/%A9nam", "mdta/title", "mdta/com.apple.quicktime.title", "uiso/titl"}},
     {Field::Location, {"uiso/loci", "mdta/com.apple.quicktime.location.ISO6709"}},
     {Field::Make, {"mdta/com.apple.quicktime.make"}},
     {Field::Model, {"mdta/com.apple.quicktime.model"}},
     {Field::Publisher, {"mdta/com.apple.quicktime.publisher", "itsk/%A9pub"}},
-    {Field::Copyright, {"mdta/com.apple.quicktime.copyright", "itsk/cprt"}},
+    {Field::Copyright, {"mdta/com.apple.quicktime.copyright", "itsk/cprt", "udta/%A9cpy", "mdta/copyright", "uiso/cprt"}},
     {Field::Keywords, {"mdta/com.apple.quicktime.keywords", "udta/%A9key"}},
-    {Field::Description, {"mdta/com.apple.quicktime.description", "itsk/%A9des"}},
+    {Field::Description, {"mdta/com.apple.quicktime.description", "itsk/%A9des", "udta/%A9des", "mdta/description", "uiso/dscp"}},
     {Field::Director, {"mdta/com.apple.quicktime.director", "itsk/%A9dir"}},
-    {Field::Performer, {"mdta/com.apple.quicktime.performer", "itsk/%A9prf"}},
+    {Field::Performer, {"mdta/com.apple.quicktime.performer", "itsk/%A9prf", "uiso/perf"}},
     {Field::Producer, {"mdta/com.apple.quicktime.producer", "itsk/%A9prd", "mdta/com.apple.proapps.manufacturer"}},
     {Field::ReleaseYear, {"id3/TYER"}},
-    {Field::Date, {"uiso/date", "mdta/com.apple.quicktime.creationdate"}},
+    {Field::Date, {"uiso/date", "mdta/com.apple.quicktime.creationdate", "udta/%A9day", "itsk/%A9day", "mdta/date", "mdta/creation_time"}},
 };
 
-std::optional<Field> fieldFor(const QString& identifier)
+// Which date wins when a movie holds several: the camera's own creation date first, then the
+// dates of the user data, then FFmpeg's creation_time (a copy of the header time); among equals
+// the later item. The movie header comes last of all (see readMovieFile).
+int dateRank(const QString& identifier)
 {
-    for (const Row& row : kRows) {
-        for (const char* name : row.identifiers) {
-            if (name && identifier == QLatin1String(name))
-                return row.field;
-        }
-    }
-    return std::nullopt;
+    if (identifier == QLatin1String("mdta/com.apple.quicktime.creationdate"))
+        return 3;
+    if (identifier == QLatin1String("mdta/creation_time"))
+        return 1;
+    return 2;
 }
 
 void applyArtwork(IKImageItem& item, const QVariant& value)
@@ -81,6 +81,17 @@ double leadingNumber(const QString& text)
 }
 
 }  // namespace
+
+std::optional<MovieField> movieFieldOf(const QString& identifier)
+{
+    for (const Row& row : kRows) {
+        for (const char* name : row.identifiers) {
+            if (name && identifier == QLatin1String(name))
+                return row.field;
+        }
+    }
+    return std::nullopt;
+}
 
 void applyIso6709Location(IKImageItem& item, const QString& text)
 {
@@ -145,8 +156,9 @@ void applyMovieDateText(IKImageItem& item, const QString& original)
 
 void applyMovieItems(IKImageItem& item, const MediaMetadataItems& items)
 {
+    int shownDateRank = -1;
     for (const MediaMetadataItem& entry : items) {
-        const std::optional<Field> field = fieldFor(entry.identifier);
+        const std::optional<Field> field = movieFieldOf(entry.identifier);
         if (!field)
             continue;
         const QString text = entry.value.toString();
@@ -166,7 +178,12 @@ void applyMovieItems(IKImageItem& item, const MediaMetadataItems& items)
         case Field::Performer: item.fileActor = text; break;
         case Field::Producer: item.fileproducer = text; break;
         case Field::ReleaseYear: item.fileReleasedYear = text; break;
-        case Field::Date: applyMovieDateText(item, text); break;
+        case Field::Date:
+            if (dateRank(entry.identifier) >= shownDateRank) {
+                shownDateRank = dateRank(entry.identifier);
+                applyMovieDateText(item, text);
+            }
+            break;
         }
     }
 }

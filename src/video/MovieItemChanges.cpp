@@ -1,16 +1,16 @@
 #include "video/MovieItemChanges.h"
 
+#include "isobmff/MovieBoxRewrite.h"
+#include "isobmff/QuickTimeKeys.h"
 #include "video/MovieFields.h"
 #include "video/MovieItems.h"
 
 #include <cmath>
-#include <cstring>
 
 namespace pelorin {
 
 namespace {
 
-constexpr std::int64_t kMaxMovieBox = std::int64_t(256) << 20;
 constexpr std::uint16_t kUndetermined = 0x55c4;  // "und", packed
 
 QByteArray u32(std::uint32_t value)
@@ -45,48 +45,6 @@ QByteArray typeBytes(const QString& key)
     return out.size() == 4 ? out : QByteArray();
 }
 
-BoxNode handler(const char* kind)
-{
-    return BoxNode::leaf("hdlr", QByteArray(8, '\0') + kind + QByteArray(12, '\0') + QByteArray(1, '\0'));
-}
-
-// A 'data' box for a value: text, picture bytes, integer or real.
-BoxNode dataBox(const QVariant& value, const QString& dataType)
-{
-    std::uint32_t type = 1;
-    QByteArray bytes;
-    switch (value.typeId()) {
-    case QMetaType::QByteArray:
-        bytes = value.toByteArray();
-        type = dataType == QLatin1String("JPEG") ? 13 : dataType == QLatin1String("PNG") ? 14 : 0;
-        break;
-    case QMetaType::Int:
-    case QMetaType::LongLong:
-    case QMetaType::UInt:
-    case QMetaType::ULongLong: {
-        type = 21;
-        const qint64 number = value.toLongLong();
-        if (number >= INT32_MIN && number <= INT32_MAX)
-            bytes = u32(std::uint32_t(std::int32_t(number)));
-        else
-            bytes = u32(std::uint32_t(quint64(number) >> 32)) + u32(std::uint32_t(number));
-        break;
-    }
-    case QMetaType::Double:
-    case QMetaType::Float: {
-        type = 24;
-        const double real = value.toDouble();
-        std::uint64_t raw;
-        std::memcpy(&raw, &real, 8);
-        bytes = u32(std::uint32_t(raw >> 32)) + u32(std::uint32_t(raw));
-        break;
-    }
-    default:
-        bytes = value.toString().toUtf8();
-    }
-    return BoxNode::leaf("data", u32(type) + u32(0) + bytes);
-}
-
 BoxNode& childOrNew(BoxNode& parent, const BoxNode& fresh)
 {
     if (BoxNode* existing = parent.child(fresh.type))
@@ -95,15 +53,45 @@ BoxNode& childOrNew(BoxNode& parent, const BoxNode& fresh)
     return parent.children.back();
 }
 
-// iTunes atoms live in udta/meta/ilst.
-void changeItunes(BoxNode& moov, const QByteArray& type, const ItemChange& change)
+// The key FFmpeg gives an iTunes atom in a QuickTime key table; empty for atoms without one.
+QString keyForAtom(const QByteArray& type)
 {
+    static const std::pair<const char*, const char*> kKeys[] = {
+        {"\251nam", "title"},   {"\251ART", "artist"},      {"\251alb", "album"},
+        {"\251cmt", "comment"}, {"\251des", "description"}, {"cprt", "copyright"},
+        {"\251day", "date"},    {"\251gen", "genre"},       {"\251pub", "publisher"},
+        {"aART", "album_artist"}, {"\251wrt", "composer"},   {"\251too", "encoder"},
+        {"covr", "com.apple.quicktime.artwork"},
+    };
+    for (const auto& [atom, key] : kKeys) {
+        if (type == atom)
+            return QString::fromLatin1(key);
+    }
+    return {};
+}
+
+// iTunes atoms live in udta/meta/ilst. Where that 'meta' holds QuickTime keys instead (FFmpeg's
+// use_metadata_tags writes it so), an iTunes atom cannot go into it: the item goes in as the
+// key FFmpeg would have used.
+bool changeItunes(BoxNode& moov, const QByteArray& type, const ItemChange& change, QString* error)
+{
+    if (const BoxNode* userData = moov.child("udta"); userData && holdsQuickTimeKeys(userData->child("meta"))) {
+        const QString key = keyForAtom(type);
+        if (!key.isEmpty())
+            return changeQuickTimeKey(moov, key, change.value, change.dataType, error);
+        if (!change.value)
+            return true;
+        *error = QStringLiteral("the movie keeps its metadata as QuickTime keys, which have no place for '%1'")
+                     .arg(boxTypeName(type));
+        return false;
+    }
     BoxNode& udta = childOrNew(moov, BoxNode::parent("udta", {}));
-    BoxNode& meta = childOrNew(udta, BoxNode::parent("meta", {handler("mdir")}, QByteArray(4, '\0')));
+    BoxNode& meta = childOrNew(udta, BoxNode::parent("meta", {metadataHandler("mdir")}, QByteArray(4, '\0')));
     BoxNode& ilst = childOrNew(meta, BoxNode::parent("ilst", {}));
     ilst.removeChildren(type);
     if (change.value)
-        ilst.children.push_back(BoxNode::parent(type, {dataBox(*change.value, change.dataType)}));
+        ilst.children.push_back(BoxNode::parent(type, {metadataDataBox(*change.value, change.dataType)}));
+    return true;
 }
 
 // QuickTime user-data text: length, language, UTF-8 text.
@@ -173,64 +161,6 @@ bool changeIsoUserData(BoxNode& moov, const QByteArray& type, const ItemChange& 
     return true;
 }
 
-// QuickTime metadata: 'keys' names the 'ilst' entries by one-based index. Removing a key
-// renumbers the entries after it.
-bool changeQuickTimeMetadata(BoxNode& moov, const QString& key, const ItemChange& change, QString* error)
-{
-    BoxNode* meta = moov.child("meta");
-    if (!meta) {
-        if (!change.value)
-            return true;
-        moov.children.push_back(BoxNode::parent("meta", {handler("mdta"), BoxNode::leaf("keys", QByteArray(8, '\0')),
-                                                         BoxNode::parent("ilst", {})}));
-        meta = &moov.children.back();
-    }
-    BoxNode* keysBox = meta->child("keys");
-    BoxNode* ilst = meta->child("ilst");
-    if (!keysBox || !ilst) {
-        *error = QStringLiteral("the movie's metadata box has no key table");
-        return false;
-    }
-    QList<QByteArray> keys;
-    const QByteArray& table = keysBox->payload;
-    qsizetype at = 8;
-    for (std::uint32_t i = 0; i < readU32(table, 4); ++i) {
-        const std::uint32_t size = readU32(table, at);
-        if (size < 8 || at + size > table.size()) {
-            *error = QStringLiteral("the movie's key table is damaged");
-            return false;
-        }
-        keys.append(table.mid(at, size));
-        at += size;
-    }
-    const QByteArray wanted = key.toUtf8();
-    qsizetype index = -1;
-    for (qsizetype i = 0; i < keys.size(); ++i) {
-        if (keys[i].mid(8) == wanted && keys[i].mid(4, 4) == "mdta")
-            index = i;
-    }
-    if (index < 0 && !change.value)
-        return true;
-    if (index < 0) {
-        keys.append(u32(std::uint32_t(8 + wanted.size())) + "mdta" + wanted);
-        index = keys.size() - 1;
-    }
-    const std::uint32_t number = std::uint32_t(index + 1);
-    std::erase_if(ilst->children, [&](const BoxNode& entry) { return readU32(entry.type, 0) == number; });
-    if (change.value) {
-        ilst->children.push_back(BoxNode::parent(u32(number), {dataBox(*change.value, change.dataType)}));
-    } else {
-        keys.removeAt(index);
-        for (BoxNode& entry : ilst->children) {
-            const std::uint32_t old = readU32(entry.type, 0);
-            if (old > number)
-                entry.type = u32(old - 1);
-        }
-    }
-    keysBox->payload = table.left(4) + u32(std::uint32_t(keys.size())) + keys.join();
-    return true;
-}
-
 }  // namespace
 
 bool applyItemChanges(BoxNode& moov, const QList<ItemChange>& changes, QString* error)
@@ -242,9 +172,9 @@ bool applyItemChanges(BoxNode& moov, const QList<ItemChange>& changes, QString* 
         const QByteArray type = typeBytes(key);
         bool ok = true;
         if (space == QLatin1String("mdta") && slash > 0 && !key.isEmpty()) {
-            ok = changeQuickTimeMetadata(moov, key, change, error);
+            ok = changeQuickTimeKey(moov, key, change.value, change.dataType, error);
         } else if (space == QLatin1String("itsk") && !type.isEmpty()) {
-            changeItunes(moov, type, change);
+            ok = changeItunes(moov, type, change, error);
         } else if (space == QLatin1String("udta") && !type.isEmpty()) {
             changeUserData(moov, type, change);
         } else if (space == QLatin1String("uiso") && !type.isEmpty()) {
@@ -272,49 +202,26 @@ RewriteReport writeMovieChanges(const QString& sourcePath, const QList<ItemChang
                                 const QString& targetPath, Durability durability, const MovieBoxEdit& extra,
                                 FileLevelXmp xmp)
 {
-    RewriteReport report;
-    FileByteSource source(sourcePath);
-    if (!source.open(&report.error))
-        return report;
-    const BoxTree tree = readBoxTree(source);
-    if (!tree.top("ftyp") && !tree.top("moov")) {
-        report.error = QStringLiteral("the file is not an MP4 or QuickTime movie");
-        return report;
-    }
-    report.error = rewriteRefusal(tree);
-    if (!report.error.isEmpty())
-        return report;
-    std::size_t index = 0;
-    while (index < tree.boxes.size() && !tree.boxes[index].is("moov"))
-        ++index;
-    if (index == tree.boxes.size()) {
-        report.error = QStringLiteral("the file has no movie box");
-        return report;
-    }
-    std::optional<BoxNode> moov = loadBoxNode(source, tree.boxes[index], kMaxMovieBox);
-    if (!moov) {
-        report.error = QStringLiteral("the movie box is too large to rebuild");
-        return report;
-    }
-    if (!applyItemChanges(*moov, changes, &report.error) || (extra && !extra(*moov, &report.error)))
-        return report;
-    std::vector<TopLevelEdit> edits;
-    edits.push_back({index, std::move(*moov)});
-    if (xmp == FileLevelXmp::Blank) {
-        // The XMP packet's registered 'uuid' type.
+    const MovieBoxEditor edit = [&](BoxNode& moov, QString* error) {
+        return applyItemChanges(moov, changes, error) && (!extra || extra(moov, error));
+    };
+    // A blanked XMP packet, in its registered 'uuid' box, becomes padding of the same size.
+    const FileLevelEditor blankXmp = [](const BoxTree& tree, std::vector<TopLevelEdit>& edits, QString* error) {
         static const QByteArray xmpUuid = QByteArray::fromHex("BE7ACFCB97A942E89C71999491E3AFAC");
         for (std::size_t i = 0; i < tree.boxes.size(); ++i) {
             const Box& box = tree.boxes[i];
             if (!box.is("uuid") || box.userType != xmpUuid)
                 continue;
-            if (box.size > kMaxMovieBox || box.size < 8) {
-                report.error = QStringLiteral("the file's XMP box is too large to blank");
-                return report;
+            if (box.size > kMaxEditedMovieBox || box.size < 8) {
+                *error = QStringLiteral("the file's XMP box is too large to blank");
+                return false;
             }
             edits.push_back({i, BoxNode::leaf("free", QByteArray(qsizetype(box.size - 8), '\0'))});
         }
-    }
-    return rewriteTopLevelBoxes(sourcePath, tree, std::move(edits), targetPath, durability);
+        return true;
+    };
+    return rewriteMovieBox(sourcePath, targetPath, edit, durability,
+                           xmp == FileLevelXmp::Blank ? blankXmp : FileLevelEditor());
 }
 
 }  // namespace pelorin

@@ -1,5 +1,7 @@
 #include "video/MovieItems.h"
 
+#include "isobmff/QuickTimeKeys.h"
+
 #include <QStringDecoder>
 
 #include <array>
@@ -199,8 +201,7 @@ public:
     {
         for (const Box& box : udta.children) {
             if (box.is("meta")) {
-                if (const Box* ilst = box.child("ilst"))
-                    itunes(*ilst);
+                quickTimeMetadata(box);
             } else if (!box.type.isEmpty() && uchar(box.type[0]) == 0xa9) {
                 quickTimeText(box);
             } else if (isIsoUserData(box.type)) {
@@ -212,7 +213,9 @@ public:
         }
     }
 
-    // QuickTime metadata: 'keys' names the items of 'ilst' by their one-based index.
+    // A 'meta' box: QuickTime metadata, where 'keys' names the items of 'ilst' by their one-based
+    // index, or an iTunes list. Keys turn up in the movie's 'meta', in its user data (FFmpeg's
+    // use_metadata_tags) and in tracks.
     void quickTimeMetadata(const Box& meta)
     {
         const Box* keysBox = meta.child("keys");
@@ -220,23 +223,14 @@ public:
         if (!ilst)
             return;
         if (!keysBox) {
-            // An ISO 'meta' of the iTunes kind, straight in the movie box.
+            // An ISO 'meta' of the iTunes kind.
             itunes(*ilst);
             return;
         }
-        const QByteArray keys = payload(*keysBox);
-        const std::uint32_t count = readU32(keys, 4);
-        QStringList names;
-        qsizetype at = 8;
-        for (std::uint32_t i = 0; i < count && at + 8 <= keys.size(); ++i) {
-            const std::uint32_t size = readU32(keys, at);
-            if (size < 8 || size > keys.size() - at) {
-                problem(QStringLiteral("the metadata key table is damaged"));
-                break;
-            }
-            names.append(QString::fromUtf8(keys.mid(at + 8, size - 8)));
-            at += size;
-        }
+        bool damaged = false;
+        const QStringList names = quickTimeKeyNamesOf(payload(*keysBox), &damaged);
+        if (damaged)
+            problem(QStringLiteral("the metadata key table is damaged"));
         for (const Box& entry : ilst->children) {
             const std::uint32_t index = readU32(entry.type, 0);
             if (index == 0 || index > std::uint32_t(names.size())) {
@@ -316,8 +310,43 @@ MediaMetadataItems readMovieItems(ByteSource& source, const BoxTree& tree, QStri
             collect.userData(box);
         else if (box.is("meta"))
             collect.quickTimeMetadata(box);
+        else if (const Box* meta = box.is("trak") ? box.child("meta") : nullptr)
+            collect.quickTimeMetadata(*meta);
     }
     return collect.items;
+}
+
+MediaMetadataItems readMovieItemsOfFile(const QString& path)
+{
+    FileByteSource source(path);
+    if (!source.open(nullptr))
+        return {};
+    const BoxTree tree = readBoxTree(source);
+    return tree.top("moov") ? readMovieItems(source, tree, nullptr) : MediaMetadataItems();
+}
+
+QString lastItemText(const MediaMetadataItems& items, const QString& identifier)
+{
+    QString text;
+    for (const MediaMetadataItem& item : items) {
+        if (item.identifier == identifier)
+            text = item.value.toString();
+    }
+    return text;
+}
+
+std::optional<QDateTime> movieHeaderCreationTime(ByteSource& source, const BoxTree& tree)
+{
+    const Box* mvhd = tree.find("moov/mvhd");
+    if (!mvhd || mvhd->payloadSize() < 12)
+        return std::nullopt;
+    const QByteArray head = source.read(mvhd->payloadOffset(), 12);
+    const int version = head.isEmpty() ? -1 : uchar(head[0]);
+    const std::uint64_t seconds = version == 1 ? readU64(head, 4) : version == 0 ? readU32(head, 4) : 0;
+    // Zero means "not set"; anything past the year 9999 is damage.
+    if (seconds == 0 || seconds > std::uint64_t(kMovieClockEpochOffset) + 253402300799ULL)
+        return std::nullopt;
+    return QDateTime::fromSecsSinceEpoch(std::int64_t(seconds) - kMovieClockEpochOffset, Qt::UTC);
 }
 
 }  // namespace pelorin

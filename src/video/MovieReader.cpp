@@ -109,6 +109,12 @@ MovieReading readMovieFile(const QString& path)
         if (tree.top("moov")) {
             item.fileMetaArray = readMovieItems(source, tree, &reading.problems);
             applyMovieItems(item, item.fileMetaArray);
+            // The movie header's creation time (UTC) is the date of last resort: tools that
+            // write no date item still set it, and other readers show it.
+            if (item.shootDateStr.isEmpty()) {
+                if (const std::optional<QDateTime> created = movieHeaderCreationTime(source, tree))
+                    applyMovieDateText(item, created->toLocalTime().toString(QStringLiteral("yyyy:MM:dd HH:mm:ss")));
+            }
             reading.containerRead = true;
         } else {
             reading.problems.append(QStringLiteral("the file has no movie box"));

@@ -1,6 +1,7 @@
 #include "video/MovieRemoval.h"
 
 #include "video/MovieBatch.h"
+#include "video/MovieDateWrite.h"
 
 #include "model/FileDates.h"
 #include "model/OutputDates.h"
@@ -20,11 +21,14 @@ bool isTechnical(const MediaMetadataItem& item)
                                            "%A9hst", "%A9req", "----", "stik", "hdvd", "pgap"};
     static const QStringList kKeptKeys = {"com.apple.quicktime.make", "com.apple.quicktime.model",
                                           "com.apple.quicktime.software", "com.android.version",
+                                          "encoder", "com.android.capture.fps",
+                                          "com.apple.quicktime.pixeldensity",
                                           "com.apple.quicktime.content.identifier",
                                           "com.apple.quicktime.video-orientation",
                                           "com.apple.quicktime.preferred-affine-transform"};
     static const QStringList kKeptKeyPrefixes = {"com.apple.quicktime.camera.", "com.apple.quicktime.live-photo",
-                                                 "com.apple.quicktime.full-frame-rate"};
+                                                 "com.apple.quicktime.full-frame-rate",
+                                                 "com.apple.quicktime.still-image-time"};
     if (item.keySpace == QLatin1String("itsk") || item.keySpace == QLatin1String("udta"))
         return kKeptAtoms.contains(item.key);
     if (item.keySpace == QLatin1String("mdta")) {
@@ -67,12 +71,14 @@ CommandResult removeMovieMetadata(const QStringList& files, const CommandContext
                 if (!isTechnical(item))
                     result.plan(target, item.identifier, item.value.toString(), {});
             }
+            if (reading.containerRead)
+                result.plan(target, QStringLiteral("movie header creation time"), {}, {});
             return;
         }
         const FileDateReading dates = readFileDates(file);
         const RewriteReport report = isIsoMediaFile(file)
-                                         ? writeMovieChanges(file, removals, target, Durability::FlushEach, {},
-                                                             FileLevelXmp::Blank)
+                                         ? writeMovieChanges(file, removals, target, Durability::FlushEach,
+                                                             clearHeaderCreationTimes, FileLevelXmp::Blank)
                                          : remuxWithTags(file, {}, target, true);
         if (!report.written) {
             result.skip(file, report.error);

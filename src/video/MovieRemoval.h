@@ -15,7 +15,8 @@ namespace pelorin {
 QList<ItemChange> descriptiveItemRemovals(const MediaMetadataItems& items);
 
 // Writes, for each movie, a copy under its own name into the storage folder without its
-// descriptive items; streams and technical data are kept, and so are the movie's file dates.
+// descriptive items and with the headers' creation times cleared (other readers show them as
+// the recording date); streams and technical data are kept, and so are the movie's file dates.
 CommandResult removeMovieMetadata(const QStringList& files, const CommandContext& context);
 
 }  // namespace pelorin

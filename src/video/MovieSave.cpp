@@ -4,9 +4,11 @@
 
 #include "model/DateText.h"
 #include "model/FileDates.h"
+#include "model/LocalTime.h"
 #include "model/OutputDates.h"
 #include "model/SafeOutput.h"
 #include "video/MovieDateWrite.h"
+#include "video/MovieFields.h"
 #include "video/MovieItemChanges.h"
 #include "video/MovieItems.h"
 #include "video/MovieReader.h"
@@ -31,35 +33,52 @@ bool onlyCreatedDate(const MovieFieldEdits& e)
            && !e.altitude && !e.artworkPath;
 }
 
-// The identifier each editor field is saved under.
-QList<ItemChange> changesFor(const MovieFieldEdits& edits)
+// Each editor field with the record field it fills and the identifier it is saved under when
+// the movie holds it in no form yet.
+QList<ItemChange> changesFor(const MovieFieldEdits& edits, const MediaMetadataItems& present)
 {
-    const std::pair<const std::optional<QString>*, const char*> fields[] = {
-        {&edits.title, "itsk/%A9nam"},
-        {&edits.albumArtist, "itsk/%A9alb"},
-        {&edits.artist, "itsk/%A9ART"},
-        {&edits.director, "mdta/com.apple.quicktime.director"},
-        {&edits.performer, "mdta/com.apple.quicktime.performer"},
-        {&edits.producer, "mdta/com.apple.quicktime.producer"},
-        {&edits.publisher, "itsk/%A9pub"},
-        {&edits.copyright, "itsk/cprt"},
-        {&edits.keywords, "mdta/com.apple.quicktime.keywords"},
-        {&edits.description, "itsk/%A9des"},
+    struct Edit {
+        const std::optional<QString>* value;
+        MovieField field;
+        const char* identifier;
+    };
+    const Edit fields[] = {
+        {&edits.title, MovieField::Title, "itsk/%A9nam"},
+        {&edits.albumArtist, MovieField::Album, "itsk/%A9alb"},
+        {&edits.artist, MovieField::Artist, "itsk/%A9ART"},
+        {&edits.director, MovieField::Director, "mdta/com.apple.quicktime.director"},
+        {&edits.performer, MovieField::Performer, "mdta/com.apple.quicktime.performer"},
+        {&edits.producer, MovieField::Producer, "mdta/com.apple.quicktime.producer"},
+        {&edits.publisher, MovieField::Publisher, "itsk/%A9pub"},
+        {&edits.copyright, MovieField::Copyright, "itsk/cprt"},
+        {&edits.keywords, MovieField::Keywords, "mdta/com.apple.quicktime.keywords"},
+        {&edits.description, MovieField::Description, "itsk/%A9des"},
     };
     QList<ItemChange> changes;
-    for (const auto& [value, identifier] : fields) {
-        if (*value)
-            changes.append(ItemChange::set(QString::fromLatin1(identifier), **value));
+    for (const Edit& edit : fields) {
+        if (!*edit.value)
+            continue;
+        // The value replaces the field's forms the movie already holds (FFmpeg's user-data
+        // title, a key of its own name), so no older value is left beside it.
+        QStringList forms;
+        for (const MediaMetadataItem& item : present) {
+            if (movieFieldOf(item.identifier) == edit.field && !forms.contains(item.identifier)
+                && item.keySpace != QLatin1String("id3"))
+                forms.append(item.identifier);
+        }
+        if (forms.isEmpty())
+            forms.append(QString::fromLatin1(edit.identifier));
+        for (const QString& identifier : forms)
+            changes.append(ItemChange::set(identifier, **edit.value));
     }
     return changes;
 }
 
-std::optional<QDateTime> localDate(const std::optional<QString>& text)
+std::optional<QDateTime> recordingDate(const std::optional<QString>& text)
 {
     const std::optional<WallClock> clock = text ? parseDateText(*text) : std::nullopt;
-    if (!clock)
-        return std::nullopt;
-    return QDateTime(clock->date(), clock->time(), Qt::LocalTime);
+    const QDateTime date = clock ? movieDateFromWallClock(*clock) : QDateTime();
+    return date.isValid() ? std::optional(date) : std::nullopt;
 }
 
 // The three forms of a location that players and libraries read, all from one ISO 6709 text.
@@ -122,29 +141,22 @@ QList<ContainerTagChange> tagChangesFor(const MovieFieldEdits& edits)
     return changes;
 }
 
-QString currentText(const IKImageItem& item, const QString& identifier)
-{
-    QString text;
-    for (const MediaMetadataItem& entry : item.fileMetaArray) {
-        if (entry.identifier == identifier)
-            text = entry.value.toString();
-    }
-    return text;
-}
-
 }  // namespace
 
 bool MovieFieldEdits::isEmpty() const
 {
-    return changesFor(*this).isEmpty() && !shootDate && !createdDate && !latitude && !longitude && !artworkPath;
+    return onlyCreatedDate(*this) && !createdDate;
 }
 
 CommandResult saveMovieFields(const QStringList& files, const MovieFieldEdits& edits, const CommandContext& context)
 {
     CommandResult result;
-    QList<ItemChange> changes = changesFor(edits);
-    const std::optional<QDateTime> shootDate = localDate(edits.shootDate);
-    const std::optional<QDateTime> createdDate = localDate(edits.createdDate);
+    QList<ItemChange> fixedChanges;
+    const std::optional<QDateTime> shootDate = recordingDate(edits.shootDate);
+    // The created date becomes a file date: an instant, through the local zone.
+    const std::optional<WallClock> createdClock = edits.createdDate ? parseDateText(*edits.createdDate) : std::nullopt;
+    const std::optional<QDateTime> createdDate =
+        createdClock ? std::optional(instantFromWallClock(*createdClock)) : std::nullopt;
     if ((edits.shootDate && !shootDate) || (edits.createdDate && !createdDate)) {
         result.alert = Alerts::invalidDateFormat();
         return result;
@@ -160,7 +172,7 @@ CommandResult saveMovieFields(const QStringList& files, const MovieFieldEdits& e
             result.setAlert(Alerts::valueError().message, error);
             return result;
         }
-        changes += location;
+        fixedChanges += location;
     }
     if (edits.artworkPath) {
         const std::optional<ItemChange> artwork = artworkChange(*edits.artworkPath, &error);
@@ -168,12 +180,17 @@ CommandResult saveMovieFields(const QStringList& files, const MovieFieldEdits& e
             result.setAlert(Alerts::valueError().message, error);
             return result;
         }
-        changes.append(*artwork);
+        fixedChanges.append(*artwork);
     }
-    if (shootDate)
-        changes += recordingDateChanges(*shootDate);
     const MovieBoxEdit headerTimes = [&](BoxNode& moov, QString* why) {
         return !shootDate || setHeaderCreationTimes(moov, *shootDate, why);
+    };
+    // The fields go into the forms each movie already holds them in.
+    const auto changesForMovie = [&](const MediaMetadataItems& present) {
+        QList<ItemChange> changes = changesFor(edits, present) + fixedChanges;
+        if (shootDate)
+            changes += recordingDateChanges(*shootDate, present);
+        return changes;
     };
     return forEachMovie(files, context, [&](const QString& file, const QString& target, CommandResult& result) {
         const bool mxf = QFileInfo(file).suffix().compare(QLatin1String("mxf"), Qt::CaseInsensitive) == 0;
@@ -187,9 +204,9 @@ CommandResult saveMovieFields(const QStringList& files, const MovieFieldEdits& e
                 result.skip(file, reading.problems.value(0, QStringLiteral("the movie cannot be read")));
                 return;
             }
-            for (const ItemChange& change : changes) {
+            for (const ItemChange& change : changesForMovie(reading.item.fileMetaArray)) {
                 if (change.value)
-                    result.plan(target, change.identifier, currentText(reading.item, change.identifier),
+                    result.plan(target, change.identifier, lastItemText(reading.item.fileMetaArray, change.identifier),
                                 change.value->typeId() == QMetaType::QByteArray
                                     ? QStringLiteral("<%1 bytes>").arg(change.value->toByteArray().size())
                                     : change.value->toString());
@@ -204,7 +221,8 @@ CommandResult saveMovieFields(const QStringList& files, const MovieFieldEdits& e
                 if (report.written && !onlyCreatedDate(edits))
                     result.noteOnce(QStringLiteral("MXF movies take only the created date; their other fields were not written"));
             } else if (isIsoMediaFile(file)) {
-                report = writeMovieChanges(file, changes, target, Durability::FlushEach, headerTimes);
+                report = writeMovieChanges(file, changesForMovie(readMovieItemsOfFile(file)), target,
+                                           Durability::FlushEach, headerTimes);
             } else if (!canRemuxWithTags(file)) {
                 report.error = QStringLiteral("only MP4-family, Matroska and WebM movies can be written");
             } else if (edits.latitude || edits.artworkPath || edits.shootDate) {

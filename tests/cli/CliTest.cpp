@@ -1,4 +1,5 @@
 #include "CliRunner.h"
+#include "ScopedTimeZone.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -199,6 +200,29 @@ TEST_F(CliTest, AudioAndMovieCommandsReadAndWrite)
     EXPECT_EQ(fields[QStringLiteral("fileTitle")].toString(), QStringLiteral("Holiday"));
     EXPECT_EQ(fields[QStringLiteral("fileMake")].toString(), QStringLiteral("Apple"));  // the other items stay
     EXPECT_EQ(cli({QStringLiteral("video"), QStringLiteral("show"), home.filePath(QStringLiteral("none.mov"))}).exitCode, 1);
+}
+
+TEST_F(CliTest, MovieShootDatesInTheSpringGapAreWrittenAndBadOnesRefused)
+{
+    const pelorin::test::ScopedTimeZone berlin("Europe/Berlin");
+    const QString out = home.filePath(QStringLiteral("out"));
+    const QString mov = QStringLiteral(PELORIN_TEST_DATA_DIR "/ft-MacBook_keys.mov");
+    CliRun run = cli({QStringLiteral("video"), QStringLiteral("set"), QStringLiteral("--shoot-date"),
+                      QStringLiteral("2021-02-30 10:00:00"), mov, QStringLiteral("-o"), out});
+    EXPECT_EQ(run.exitCode, 2);
+    EXPECT_FALSE(QFileInfo::exists(out + QStringLiteral("/ft-MacBook_keys.mov")));
+
+    run = cli({QStringLiteral("video"), QStringLiteral("set"), QStringLiteral("--shoot-date"),
+               QStringLiteral("2021-03-28 02:30:00"), mov, QStringLiteral("-o"), out});
+    ASSERT_EQ(run.exitCode, 0) << run.err.toStdString();
+    run = cli({QStringLiteral("video"), QStringLiteral("show"), QStringLiteral("--json"), out + QStringLiteral("/ft-MacBook_keys.mov")});
+    const QJsonObject movie = QJsonDocument::fromJson(run.out.toUtf8()).array()[0].toObject();
+    QString creationDate;
+    for (const QJsonValue item : movie[QStringLiteral("items")].toArray()) {
+        if (item[QStringLiteral("identifier")] == QStringLiteral("mdta/com.apple.quicktime.creationdate"))
+            creationDate = item[QStringLiteral("value")].toString();
+    }
+    EXPECT_EQ(creationDate, QStringLiteral("2021-03-28T02:30:00+0200"));
 }
 
 }  // namespace

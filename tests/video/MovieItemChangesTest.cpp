@@ -75,7 +75,8 @@ TEST(MovieItemChanges, RemovingAKeyRenumbersTheOthers)
     EXPECT_FALSE(after.contains("Keys:Make"));
     EXPECT_EQ(after.value("Keys:Model").toString(), "MacBookPro11,3");
     EXPECT_EQ(after.value("Keys:CreationDate").toString(), "2014:12:19 07:39:06+07:00");
-    EXPECT_EQ(identifiers(target).size(), 3);
+    // Three keys of the movie and the track's pixel density.
+    EXPECT_EQ(identifiers(target).size(), 4);
 }
 
 TEST(MovieItemChanges, UserDataAndLocationBoxesOnAnMp4)

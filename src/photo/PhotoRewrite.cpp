@@ -286,9 +286,18 @@ std::optional<QByteArray> carryMetadataOver(const QByteArray& sourcePhoto, const
         to->readMetadata();
         Exiv2::ExifData exif = from->exifData();
         Exiv2::ExifThumb(exif).erase();
+        // A TIFF keeps its colour profile in this tag; a JPEG keeps it in its own segments.
+        const auto tiffProfile = exif.findKey(Exiv2::ExifKey("Exif.Image.InterColorProfile"));
+        if (tiffProfile != exif.end())
+            exif.erase(tiffProfile);
         to->setExifData(exif);
         to->setIptcData(from->iptcData());
         to->setXmpData(from->xmpData());
+        // The pixels stay in the source's colour space, so its profile must come along.
+        if (from->iccProfileDefined()) {
+            Exiv2::DataBuf profile(from->iccProfile()->pData_, from->iccProfile()->size_);
+            to->setIccProfile(profile, false);
+        }
         QStringList warnings;
         applyAll({to->exifData(), to->iptcData(), to->xmpData()}, adjustments, &warnings);
         to->writeMetadata();
@@ -304,6 +313,27 @@ std::optional<QByteArray> carryMetadataOver(const QByteArray& sourcePhoto, const
             *error = QStringLiteral("cannot carry the metadata over: %1").arg(exiv2Message(e));
         return std::nullopt;
     }
+}
+
+std::optional<QByteArray> embedJpegIccProfile(const QByteArray& jpeg, const QByteArray& profile, QString* error)
+{
+    initializePhotoLibraries();
+    try {
+        auto image = Exiv2::ImageFactory::open(reinterpret_cast<const Exiv2::byte*>(jpeg.constData()), long(jpeg.size()));
+        image->readMetadata();
+        Exiv2::DataBuf buffer(reinterpret_cast<const Exiv2::byte*>(profile.constData()), long(profile.size()));
+        image->setIccProfile(buffer, false);
+        image->writeMetadata();
+        QByteArray out = ioBytes(image->io());
+        if (!out.isEmpty())
+            return out;
+        if (error)
+            *error = QStringLiteral("the colour profile could not be written");
+    } catch (const std::exception& e) {
+        if (error)
+            *error = QStringLiteral("cannot write the colour profile: %1").arg(exiv2Message(e));
+    }
+    return std::nullopt;
 }
 
 }  // namespace pelorin

@@ -6,6 +6,7 @@
 #include "model/SafeOutput.h"
 #include "photo/HeifFile.h"
 #include "photo/PhotoCaptureDate.h"
+#include "photo/PhotoCompleteness.h"
 #include "photo/PhotoColourProfile.h"
 #include "photo/PhotoProperties.h"
 #include "photo/PhotoRewrite.h"
@@ -74,6 +75,11 @@ QImage decodeUprightPhoto(const QString& path, QString* error)
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
         *error = QStringLiteral("cannot open the photo: %1").arg(file.errorString());
+        return {};
+    }
+    // Decoders fill a truncated picture with grey; a copy of that would pass for the photo.
+    if (!photoFileComplete(path)) {
+        *error = damagedPhotoReason();
         return {};
     }
     if (looksLikeHeif(file.peek(64))) {

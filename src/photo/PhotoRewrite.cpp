@@ -3,6 +3,7 @@
 #include "model/SafeOutput.h"
 #include "photo/Exiv2Model.h"
 #include "photo/JpegSegments.h"
+#include "photo/PhotoCompleteness.h"
 #include "photo/PhotoFormats.h"
 #include "photo/PhotoLibraries.h"
 #include "photo/PhotoProperties.h"
@@ -210,6 +211,12 @@ PhotoWriteResult CopyPhotoWithProperties(const QString& sourcePath, const PhotoC
     const PhotoFormat format = detectPhotoFormat(source.left(64), QFileInfo(sourcePath).suffix());
     if (!format.isKnown())
         return failed(QStringLiteral("not a photo of a known kind"));
+    if (!photoDataComplete(source, format)) {
+        PhotoWriteResult skipped;
+        skipped.outcome = Outcome::Skipped;
+        skipped.reason = damagedPhotoReason();
+        return skipped;
+    }
     const QString protectedSource = replacement == SourceReplacement::Refuse ? sourcePath : QString();
 
     if (!format.metadataWritable) {

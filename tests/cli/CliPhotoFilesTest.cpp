@@ -5,6 +5,7 @@
 #include "ImageMagick.h"
 
 #include <QDir>
+#include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
 #include <QTemporaryDir>
@@ -27,13 +28,24 @@ protected:
         return run;
     }
     QString path(const QString& name) const { return home.filePath(name); }
-    QString made(const QString& name, const QStringList& extra = {})
+    QString made(const QString& name, const QStringList& extra = {}, const QString& size = QStringLiteral("64x48"))
     {
         const QString file = path(name);
-        EXPECT_TRUE(imageMagick(QStringList{QStringLiteral("-size"), QStringLiteral("64x48"),
-                                            QStringLiteral("gradient:red-blue")}
+        EXPECT_TRUE(imageMagick(QStringList{QStringLiteral("-size"), size, QStringLiteral("gradient:red-blue")}
                                 + extra + QStringList{file}));
         return file;
+    }
+    // The first bytes of a file, as a download or copy that stopped part way leaves it.
+    QString cut(const QString& source, qint64 length, const QString& name)
+    {
+        QFile in(source);
+        EXPECT_TRUE(in.open(QIODevice::ReadOnly));
+        const QByteArray bytes = in.read(length);
+        EXPECT_EQ(bytes.size(), length);
+        QFile out(path(name));
+        EXPECT_TRUE(out.open(QIODevice::WriteOnly));
+        out.write(bytes);
+        return out.fileName();
     }
     QTemporaryDir home;
 };
@@ -85,6 +97,65 @@ TEST_F(CliPhotoFilesTest, GpsValuesNeverGivenAreNotMadeUp)
         const QJsonObject tags = exiftool(applyOut + QLatin1Char('/') + name);
         EXPECT_FALSE(tags.contains(QStringLiteral("GPS:GPSSpeed"))) << name.toStdString();
         EXPECT_FALSE(tags.contains(QStringLiteral("GPS:GPSTrack"))) << name.toStdString();
+    }
+}
+
+TEST_F(CliPhotoFilesTest, TruncatedPhotosAreSkippedByEveryWritingCommand)
+{
+    // ImageMagick writes the TIFF directory after the pixels, exiftool moves it before them:
+    // a cut loses the directory in one and only strips in the other.
+    const QString imageMagickTiff = made(QStringLiteral("magick.tif"), {}, QStringLiteral("160x120"));
+    const QString exifToolTiff = made(QStringLiteral("exiftool.tif"), {}, QStringLiteral("160x120"));
+    ASSERT_TRUE(exiftoolWrite(exifToolTiff, {QStringLiteral("-DateTimeOriginal=2011:02:03 04:05:06")}));
+    const QString png = made(QStringLiteral("noise.png"), {QStringLiteral("+noise"), QStringLiteral("Random")},
+                             QStringLiteral("160x120"));
+    QStringList damaged;
+    for (const qint64 length : {100, 1000, 8000, 20000, 40000}) {
+        damaged << cut(imageMagickTiff, length, QStringLiteral("magick-%1.tif").arg(length))
+                << cut(exifToolTiff, length, QStringLiteral("exiftool-%1.tif").arg(length));
+    }
+    damaged << cut(QStringLiteral(PELORIN_TEST_DATA_DIR "/exiv2-Reagan_all.jpg"), 30000, QStringLiteral("camera.jpg"))
+            << cut(png, QFileInfo(png).size() / 2, QStringLiteral("half.png"))
+            << cut(QStringLiteral(PELORIN_TEST_DATA_DIR "/exiv2-iPhoneXR_orient6.heic"), 40000, QStringLiteral("phone.heic"));
+
+    const QString templates = path(QStringLiteral("templates"));
+    ASSERT_EQ(cli({QStringLiteral("export-plist"), QStringLiteral("template"), QStringLiteral("--artist"), QStringLiteral("A"),
+                   QStringLiteral("-o"), templates}).exitCode, 0);
+    const QList<QStringList> commands{
+        {QStringLiteral("strip"), QStringLiteral("all")},
+        {QStringLiteral("strip"), QStringLiteral("gps")},
+        {QStringLiteral("gps"), QStringLiteral("set"), QStringLiteral("--lat"), QStringLiteral("1"), QStringLiteral("--lon"),
+         QStringLiteral("2"), QStringLiteral("--alt"), QStringLiteral("3")},
+        {QStringLiteral("apply"), QStringLiteral("--artist"), QStringLiteral("B")},
+        {QStringLiteral("shift-dates"), QStringLiteral("--by"), QStringLiteral("1d")},
+        {QStringLiteral("set-date"), QStringLiteral("--original"), QStringLiteral("2012:01:01 10:00:00")},
+        {QStringLiteral("copy-date"), QStringLiteral("name-to-comment")},
+        {QStringLiteral("copy-date"), QStringLiteral("created-to-modified")},
+        {QStringLiteral("import-plist"), QStringLiteral("template"), templates + QStringLiteral("/templatefile.plist")},
+        {QStringLiteral("recompress")},
+        {QStringLiteral("stamp")},
+    };
+    for (const QStringList& command : commands) {
+        const QString out = path(QStringLiteral("out-") + command.join(QLatin1Char('-')).left(24).remove(QLatin1Char('/')));
+        const CliRun run = cli(command + damaged + QStringList{QStringLiteral("-o"), out});
+        SCOPED_TRACE(command.join(QLatin1Char(' ')).toStdString());
+        EXPECT_EQ(run.exitCode, 1) << run.err.toStdString();
+        for (const QString& file : damaged)
+            EXPECT_TRUE(run.err.contains(file + QStringLiteral(": the file is damaged or incomplete"))) << file.toStdString();
+        QDirIterator written(out, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+        EXPECT_FALSE(written.hasNext()) << written.next().toStdString();
+    }
+
+    // The whole files go through, and exiftool reads the pixels' place in the copy.
+    const QString out = path(QStringLiteral("whole"));
+    const CliRun run = cli({QStringLiteral("strip"), QStringLiteral("all"), imageMagickTiff, exifToolTiff, png, QStringLiteral("-o"), out});
+    ASSERT_EQ(run.exitCode, 0) << run.err.toStdString();
+    for (const QString& name : {QStringLiteral("magick.tif"), QStringLiteral("exiftool.tif")}) {
+        const QJsonObject tags = exiftool(out + QLatin1Char('/') + name);
+        EXPECT_EQ(tags.value(QStringLiteral("IFD0:ImageWidth")).toInt(), 160) << name.toStdString();
+        const QJsonValue strips = tags.value(QStringLiteral("IFD0:StripOffsets"));
+        const double first = strips.isDouble() ? strips.toDouble() : strips.toString().section(QLatin1Char(' '), 0, 0).toDouble();
+        EXPECT_GT(first, 0) << name.toStdString();
     }
 }
 

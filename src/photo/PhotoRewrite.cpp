@@ -6,6 +6,7 @@
 #include "photo/PhotoCompleteness.h"
 #include "photo/PhotoFormats.h"
 #include "photo/PhotoLibraries.h"
+#include "photo/PngTextRemoval.h"
 #include "photo/PhotoProperties.h"
 
 #include <QFile>
@@ -268,6 +269,12 @@ PhotoWriteResult CopyPhotoWithProperties(const QString& sourcePath, const PhotoC
         }
         if (changes.removeAllMetadata && format.container == PhotoContainer::Jpeg)
             rewritten = dropMetadataSegments(rewritten);
+        if (format.container == PhotoContainer::Png && changes.removesSomething()) {
+            const auto cleaned = removePngTextMetadata(rewritten, changes);
+            if (!cleaned)
+                return failed(damagedPhotoReason());
+            rewritten = *cleaned;
+        }
     }
     // Never a file of another kind, or an empty one, under the photo's name.
     if (rewritten.isEmpty() || detectPhotoFormat(rewritten.left(64), QFileInfo(sourcePath).suffix()).container != format.container)

@@ -159,4 +159,66 @@ TEST_F(CliPhotoFilesTest, TruncatedPhotosAreSkippedByEveryWritingCommand)
     }
 }
 
+// Keys of exiftool's output in one group, or in the PNG group under a name prefix
+// ("PNG:Exif" for ImageMagick's "exif:<tag>" text chunks).
+QStringList keysStartingWith(const QJsonObject& tags, const QString& prefix)
+{
+    QStringList keys;
+    for (auto it = tags.begin(); it != tags.end(); ++it) {
+        if (it.key().startsWith(prefix))
+            keys << it.key();
+    }
+    return keys;
+}
+
+TEST_F(CliPhotoFilesTest, RemovalsTakeThePngTextChunksOfTheirGroup)
+{
+    // ImageMagick keeps the camera's EXIF, IPTC and Photoshop resources and adds a text chunk
+    // per EXIF value and its own dates; exiftool adds PNG text and a GPS position.
+    const QString png = path(QStringLiteral("camera.png"));
+    ASSERT_TRUE(imageMagick({QStringLiteral(PELORIN_TEST_DATA_DIR "/exiv2-Reagan_all.jpg"), QStringLiteral("-resize"),
+                             QStringLiteral("120x"), QStringLiteral("-set"), QStringLiteral("comment"), QStringLiteral("hello"),
+                             QStringLiteral("-set"), QStringLiteral("Title"), QStringLiteral("Harbour"), QStringLiteral("-set"),
+                             QStringLiteral("exif:GPSLatitude"), QStringLiteral("10/1,0/1,0/1"), png}));
+    ASSERT_TRUE(exiftoolWrite(png, {QStringLiteral("-PNG:Author=Ann"), QStringLiteral("-PNG:CreationTime=2004:06:21 23:37:53"),
+                                    QStringLiteral("-GPSLatitude=10"), QStringLiteral("-GPSLatitudeRef=N")}));
+    const QJsonObject before = exiftool(png);
+    for (const char* key : {"PNG:Author", "PNG:Comment", "PNG:Title", "PNG:CreationTime", "PNG:Datecreate", "PNG:ExifMake",
+                            "PNG:ExifDateTimeOriginal", "PNG:ExifGPSLatitude", "ExifIFD:DateTimeOriginal", "GPS:GPSLatitude",
+                            "IPTC:ObjectName", "IFD0:Make"})
+        ASSERT_TRUE(before.contains(QLatin1String(key))) << key;
+
+    auto strip = [&](const QString& what) {
+        const QString out = path(QStringLiteral("strip-") + what);
+        const CliRun run = cli({QStringLiteral("strip"), what, png, QStringLiteral("-o"), out});
+        EXPECT_EQ(run.exitCode, 0) << run.err.toStdString();
+        return exiftool(out + QStringLiteral("/camera.png"));
+    };
+    const QJsonObject all = strip(QStringLiteral("all"));
+    for (const char* key : {"PNG:Author", "PNG:Comment", "PNG:Title", "PNG:CreationTime", "PNG:Datecreate", "PNG:Datemodify",
+                            "PNG:ModifyDate"})
+        EXPECT_FALSE(all.contains(QLatin1String(key))) << key;
+    for (const char* prefix : {"PNG:Exif", "ExifIFD:", "GPS:", "IPTC:", "Photoshop:", "XMP"})
+        EXPECT_EQ(keysStartingWith(all, QLatin1String(prefix)), QStringList{}) << prefix;
+    EXPECT_EQ(keysStartingWith(all, QStringLiteral("IFD0:")), QStringList{QStringLiteral("IFD0:Orientation")});
+    EXPECT_EQ(all.value(QStringLiteral("ICC_Profile:ProfileDescription")).toString(), QStringLiteral("Adobe RGB (1998)"));
+
+    const QJsonObject exif = strip(QStringLiteral("exif"));
+    for (const char* key : {"PNG:ExifDateTimeOriginal", "PNG:ExifExposureTime", "PNG:ExifFlashPixVersion", "PNG:CreationTime"})
+        EXPECT_FALSE(exif.contains(QLatin1String(key))) << key;
+    EXPECT_EQ(keysStartingWith(exif, QStringLiteral("ExifIFD:")), QStringList{});
+    for (const char* key : {"PNG:Author", "PNG:ExifMake", "IFD0:Make", "PNG:ExifGPSLatitude", "GPS:GPSLatitude"})
+        EXPECT_TRUE(exif.contains(QLatin1String(key))) << key;
+
+    const QJsonObject gps = strip(QStringLiteral("gps"));
+    EXPECT_EQ(keysStartingWith(gps, QStringLiteral("GPS:")), QStringList{});
+    EXPECT_EQ(keysStartingWith(gps, QStringLiteral("PNG:ExifGPS")), QStringList{});
+    EXPECT_TRUE(gps.contains(QStringLiteral("PNG:ExifDateTimeOriginal")));
+
+    const QJsonObject iptc = strip(QStringLiteral("iptc"));
+    EXPECT_EQ(keysStartingWith(iptc, QStringLiteral("IPTC:")), QStringList{});
+    EXPECT_EQ(keysStartingWith(iptc, QStringLiteral("Photoshop:")), QStringList{});
+    EXPECT_TRUE(iptc.contains(QStringLiteral("ExifIFD:DateTimeOriginal")));
+}
+
 }  // namespace

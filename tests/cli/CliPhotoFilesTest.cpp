@@ -116,7 +116,8 @@ TEST_F(CliPhotoFilesTest, TruncatedPhotosAreSkippedByEveryWritingCommand)
     }
     damaged << cut(QStringLiteral(PELORIN_TEST_DATA_DIR "/exiv2-Reagan_all.jpg"), 30000, QStringLiteral("camera.jpg"))
             << cut(png, QFileInfo(png).size() / 2, QStringLiteral("half.png"))
-            << cut(QStringLiteral(PELORIN_TEST_DATA_DIR "/exiv2-iPhoneXR_orient6.heic"), 40000, QStringLiteral("phone.heic"));
+            << cut(QStringLiteral(PELORIN_TEST_DATA_DIR "/exiv2-iPhoneXR_orient6.heic"), 40000, QStringLiteral("phone.heic"))
+            << QStringLiteral(PELORIN_TEST_DATA_DIR "/ft-Leica_M10_truncated.dng");
 
     const QString templates = path(QStringLiteral("templates"));
     ASSERT_EQ(cli({QStringLiteral("export-plist"), QStringLiteral("template"), QStringLiteral("--artist"), QStringLiteral("A"),

@@ -46,6 +46,10 @@ TEST(PhotoCompleteness, WholeFilesPassAndEveryCutIsCaught)
         for (qsizetype cut = 1; cut < bytes.size(); cut += qMax<qsizetype>(1, bytes.size() / 97))
             EXPECT_FALSE(photoDataComplete(bytes.left(cut), format)) << file.toStdString() << " cut at " << cut;
     }
+    // Camera RAW kinds built on TIFF: whole ones pass, a DNG cut short by its source does not.
+    for (const char* name : {"et-Canon350D.dng", "et-Nikon_D70.nef", "et-Canon_350D.cr2"})
+        EXPECT_TRUE(photoFileComplete(test::dataPath(QString::fromLatin1(name)))) << name;
+    EXPECT_FALSE(photoFileComplete(test::dataPath(QStringLiteral("ft-Leica_M10_truncated.dng"))));
     EXPECT_TRUE(photoFileComplete(magick));
     EXPECT_FALSE(photoFileComplete(dir.filePath(QStringLiteral("missing.tif"))));
 }

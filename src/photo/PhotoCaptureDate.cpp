@@ -31,7 +31,12 @@ std::optional<WallClock> photoCaptureDate(const QVariantMap& properties)
         if (const auto clock = xmpDateTime(xmp.value(QString::fromLatin1(key)).toString()))
             return clock;
     }
-    return std::nullopt;
+    // A PNG's own text chunk, as exiftool writes it; the RFC 1123 form PNG suggests carries a
+    // zone we cannot place on the photo's clock and is not used.
+    const QString created = properties.value(QStringLiteral("{PNG}")).toMap().value(QStringLiteral("Creation Time")).toString();
+    if (const auto clock = parseDateText(created))
+        return clock;
+    return xmpDateTime(created);
 }
 
 }  // namespace pelorin

@@ -152,8 +152,9 @@ TEST_F(RecompressionTest, StampingWritesOneSmallCopyAndNothingElse)
 }
 
 // Wide-gamut photos from a camera (Adobe RGB JPEG), a phone (Display P3 HEIC) and ImageMagick
-// (PNG with EXIF dates added by exiftool, TIFF converted from the camera JPEG, which keeps only
-// the XMP dates): both kinds of copy keep the profile and take the capture date.
+// (PNG with EXIF dates or only a PNG creation time added by exiftool, TIFF converted from the
+// camera JPEG, which keeps only the XMP dates): both kinds of copy keep the profile and take
+// the capture date.
 TEST_F(RecompressionTest, CopiesKeepTheColourProfileAndTakeTheCaptureDate)
 {
     test::ScopedTimeZone tz("Europe/Berlin");
@@ -172,6 +173,9 @@ TEST_F(RecompressionTest, CopiesKeepTheColourProfileAndTakeTheCaptureDate)
                                    QStringLiteral("-profile"), profile, png}));
     ASSERT_TRUE(test::exiftoolWrite(png, {QStringLiteral("-DateTimeOriginal=2011:02:03 04:05:06"),
                                           QStringLiteral("-CreateDate=2011:02:03 04:05:06")}));
+    const QString described = inputs.filePath(QStringLiteral("described.png"));  // only PNG text says when
+    ASSERT_TRUE(QFile::copy(png, described));
+    ASSERT_TRUE(test::exiftoolWrite(described, {QStringLiteral("-EXIF:all="), QStringLiteral("-PNG:CreationTime=2009:08:07 06:05:04")}));
     const QString tiff = inputs.filePath(QStringLiteral("converted.tif"));
     ASSERT_TRUE(test::imageMagick({camera, QStringLiteral("-resize"), QStringLiteral("160x"), tiff}));
     ASSERT_FALSE(test::exiftool(tiff).contains(QStringLiteral("ExifIFD:DateTimeOriginal")));
@@ -179,8 +183,9 @@ TEST_F(RecompressionTest, CopiesKeepTheColourProfileAndTakeTheCaptureDate)
     const QMap<QString, QString> dates{{QStringLiteral("camera"), QStringLiteral("2004:06:21 23:37:53")},
                                        {QStringLiteral("phone"), QStringLiteral("2021:02:13 11:03:31")},
                                        {QStringLiteral("drawn"), QStringLiteral("2011:02:03 04:05:06")},
+                                       {QStringLiteral("described"), QStringLiteral("2009:08:07 06:05:04")},
                                        {QStringLiteral("converted"), QStringLiteral("2004:06:21 23:37:53")}};
-    const QStringList sources{camera, phone, png, tiff};
+    const QStringList sources{camera, phone, png, described, tiff};
     for (const bool stamp : {false, true}) {
         QDir(store.path()).removeRecursively();
         QDir().mkpath(store.path());

@@ -132,8 +132,15 @@ void compressPhotowithFilePath(const QString& sourcePath, const QString& outputP
         adjustments.groups.insert(QStringLiteral("{Exif}"), exif);
     }
     QByteArray out = *jpeg;
-    if (current.format.metadataWritable) {
-        if (const auto carried = carryMetadataOver(source, *jpeg, adjustments, &error))
+    const bool heif = looksLikeHeif(source.left(64));
+    if (current.format.metadataWritable || heif) {
+        std::optional<QByteArray> carried;
+        if (!heif) {
+            carried = carryMetadataOver(source, *jpeg, adjustments, &error);
+        } else if (const auto metadata = readHeifMetadata(sourcePath, &error)) {
+            carried = carryHeifMetadataOver(*metadata, *jpeg, adjustments, &error);
+        }
+        if (carried)
             out = *carried;
         else
             result.noteOnce(QStringLiteral("%1: %2").arg(QFileInfo(sourcePath).fileName(), error));

@@ -2,6 +2,7 @@
 
 #include "model/SafeOutput.h"
 #include "photo/Exiv2Model.h"
+#include "photo/HeifFile.h"
 #include "photo/JpegSegments.h"
 #include "photo/PhotoCompleteness.h"
 #include "photo/PhotoFormats.h"
@@ -287,6 +288,43 @@ PhotoWriteResult CopyPhotoWithProperties(const QString& sourcePath, const PhotoC
     return result;
 }
 
+namespace {
+
+// Writes the given metadata and colour profile into a freshly encoded JPEG, then the
+// adjustments.
+std::optional<QByteArray> writeCarried(const QByteArray& newJpeg, Exiv2::ExifData exif, const Exiv2::IptcData& iptc,
+                                       const Exiv2::XmpData& xmp, const QByteArray& profile,
+                                       const PhotoChanges& adjustments, QString* error)
+{
+    auto to = Exiv2::ImageFactory::open(reinterpret_cast<const Exiv2::byte*>(newJpeg.constData()), long(newJpeg.size()));
+    to->readMetadata();
+    Exiv2::ExifThumb(exif).erase();  // it shows the old picture
+    // A TIFF keeps its colour profile in this tag; a JPEG keeps it in its own segments.
+    const auto tiffProfile = exif.findKey(Exiv2::ExifKey("Exif.Image.InterColorProfile"));
+    if (tiffProfile != exif.end())
+        exif.erase(tiffProfile);
+    to->setExifData(exif);
+    to->setIptcData(iptc);
+    to->setXmpData(xmp);
+    // The pixels stay in the source's colour space, so its profile must come along.
+    if (!profile.isEmpty()) {
+        Exiv2::DataBuf buffer(reinterpret_cast<const Exiv2::byte*>(profile.constData()), long(profile.size()));
+        to->setIccProfile(buffer, false);
+    }
+    QStringList warnings;
+    applyAll({to->exifData(), to->iptcData(), to->xmpData()}, adjustments, &warnings);
+    to->writeMetadata();
+    QByteArray out = ioBytes(to->io());
+    if (out.isEmpty()) {
+        if (error)
+            *error = QStringLiteral("the metadata could not be written");
+        return std::nullopt;
+    }
+    return out;
+}
+
+}  // namespace
+
 std::optional<QByteArray> carryMetadataOver(const QByteArray& sourcePhoto, const QByteArray& newJpeg,
                                             const PhotoChanges& adjustments, QString* error)
 {
@@ -295,33 +333,29 @@ std::optional<QByteArray> carryMetadataOver(const QByteArray& sourcePhoto, const
         auto from = Exiv2::ImageFactory::open(reinterpret_cast<const Exiv2::byte*>(sourcePhoto.constData()),
                                               long(sourcePhoto.size()));
         from->readMetadata();
-        auto to = Exiv2::ImageFactory::open(reinterpret_cast<const Exiv2::byte*>(newJpeg.constData()),
-                                            long(newJpeg.size()));
-        to->readMetadata();
-        Exiv2::ExifData exif = from->exifData();
-        Exiv2::ExifThumb(exif).erase();
-        // A TIFF keeps its colour profile in this tag; a JPEG keeps it in its own segments.
-        const auto tiffProfile = exif.findKey(Exiv2::ExifKey("Exif.Image.InterColorProfile"));
-        if (tiffProfile != exif.end())
-            exif.erase(tiffProfile);
-        to->setExifData(exif);
-        to->setIptcData(from->iptcData());
-        to->setXmpData(from->xmpData());
-        // The pixels stay in the source's colour space, so its profile must come along.
-        if (from->iccProfileDefined()) {
-            Exiv2::DataBuf profile(from->iccProfile()->pData_, from->iccProfile()->size_);
-            to->setIccProfile(profile, false);
-        }
-        QStringList warnings;
-        applyAll({to->exifData(), to->iptcData(), to->xmpData()}, adjustments, &warnings);
-        to->writeMetadata();
-        QByteArray out = ioBytes(to->io());
-        if (out.isEmpty()) {
-            if (error)
-                *error = QStringLiteral("the metadata could not be written");
-            return std::nullopt;
-        }
-        return out;
+        QByteArray profile;
+        if (from->iccProfileDefined())
+            profile = QByteArray(reinterpret_cast<const char*>(from->iccProfile()->pData_), int(from->iccProfile()->size_));
+        return writeCarried(newJpeg, from->exifData(), from->iptcData(), from->xmpData(), profile, adjustments, error);
+    } catch (const std::exception& e) {
+        if (error)
+            *error = QStringLiteral("cannot carry the metadata over: %1").arg(exiv2Message(e));
+        return std::nullopt;
+    }
+}
+
+std::optional<QByteArray> carryHeifMetadataOver(const HeifMetadata& source, const QByteArray& newJpeg,
+                                                const PhotoChanges& adjustments, QString* error)
+{
+    initializePhotoLibraries();
+    try {
+        Exiv2::ExifData exif;
+        if (!source.exif.isEmpty())
+            Exiv2::ExifParser::decode(exif, reinterpret_cast<const Exiv2::byte*>(source.exif.constData()), uint32_t(source.exif.size()));
+        Exiv2::XmpData xmp;
+        if (!source.xmp.isEmpty() && Exiv2::XmpParser::decode(xmp, source.xmp.toStdString()) != 0)
+            xmp.clear();
+        return writeCarried(newJpeg, exif, {}, xmp, source.iccProfile, adjustments, error);
     } catch (const std::exception& e) {
         if (error)
             *error = QStringLiteral("cannot carry the metadata over: %1").arg(exiv2Message(e));
@@ -333,21 +367,12 @@ std::optional<QByteArray> embedJpegIccProfile(const QByteArray& jpeg, const QByt
 {
     initializePhotoLibraries();
     try {
-        auto image = Exiv2::ImageFactory::open(reinterpret_cast<const Exiv2::byte*>(jpeg.constData()), long(jpeg.size()));
-        image->readMetadata();
-        Exiv2::DataBuf buffer(reinterpret_cast<const Exiv2::byte*>(profile.constData()), long(profile.size()));
-        image->setIccProfile(buffer, false);
-        image->writeMetadata();
-        QByteArray out = ioBytes(image->io());
-        if (!out.isEmpty())
-            return out;
-        if (error)
-            *error = QStringLiteral("the colour profile could not be written");
+        return writeCarried(jpeg, {}, {}, {}, profile, {}, error);
     } catch (const std::exception& e) {
         if (error)
             *error = QStringLiteral("cannot write the colour profile: %1").arg(exiv2Message(e));
+        return std::nullopt;
     }
-    return std::nullopt;
 }
 
 }  // namespace pelorin

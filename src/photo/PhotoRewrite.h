@@ -63,8 +63,14 @@ PhotoWriteResult CopyPhotoWithProperties(const QString& sourcePath, const PhotoC
 std::optional<QByteArray> carryMetadataOver(const QByteArray& sourcePhoto, const QByteArray& newJpeg,
                                             const PhotoChanges& adjustments, QString* error);
 
+// The same from what libheif read of a HEIF photo (exiv2 0.27 cannot open HEIF): its Exif item,
+// XMP and ICC profile.
+struct HeifMetadata;
+std::optional<QByteArray> carryHeifMetadataOver(const HeifMetadata& source, const QByteArray& newJpeg,
+                                                const PhotoChanges& adjustments, QString* error);
+
 // Gives a freshly encoded JPEG this ICC profile, for sources whose other metadata cannot be
-// carried over (HEIF, read-only RAW kinds).
+// carried over (read-only RAW kinds).
 std::optional<QByteArray> embedJpegIccProfile(const QByteArray& jpeg, const QByteArray& profile, QString* error);
 
 }  // namespace pelorin

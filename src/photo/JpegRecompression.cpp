@@ -147,7 +147,7 @@ void compressPhotowithFilePath(const QString& sourcePath, const QString& outputP
     } else {
         result.noteOnce(QStringLiteral("the metadata of %1 files is not carried into their small copies")
                             .arg(current.format.isKnown() ? current.format.kind : QStringLiteral("such")));
-        const QByteArray profile = readPhotoIccProfile(sourcePath, source);
+        const QByteArray profile = readPhotoIccProfile(source);
         if (!profile.isEmpty()) {
             const auto withProfile = embedJpegIccProfile(out, profile, &error);
             if (!withProfile) {

@@ -1,18 +1,13 @@
 #include "photo/PhotoColourProfile.h"
 
-#include "photo/HeifFile.h"
 #include "photo/PhotoLibraries.h"
 
 #include <exiv2/exiv2.hpp>
 
 namespace pelorin {
 
-QByteArray readPhotoIccProfile(const QString& path, const QByteArray& bytes)
+QByteArray readPhotoIccProfile(const QByteArray& bytes)
 {
-    if (looksLikeHeif(bytes.left(64))) {
-        const auto heif = readHeifMetadata(path);
-        return heif ? heif->iccProfile : QByteArray();
-    }
     initializePhotoLibraries();
     try {
         auto image = Exiv2::ImageFactory::open(reinterpret_cast<const Exiv2::byte*>(bytes.constData()), long(bytes.size()));

@@ -19,8 +19,8 @@ QString RecompressPhotosCommand::help() const
         "\n"
         "Writes a small JPEG copy of each photo into the output folder as <name>_date.<ext>\n"
         "(a PNG or other non-JPEG gives <name>_date.jpg): the picture turned upright, its EXIF,\n"
-        "IPTC and XMP kept with the orientation set to 1, and its file dates set to the\n"
-        "capture date.");
+        "IPTC, XMP and colour profile kept with the orientation set to 1, and its file dates\n"
+        "set to the capture date (EXIF or XMP).");
 }
 
 int RecompressPhotosCommand::run(CliInvocation& invocation)

@@ -28,7 +28,7 @@ void gpsEdits(const PhotoEditorTexts& f, EditorEdits& out)
         return;
     }
     const GpsGroupResult built = buildGpsGroup(
-        {latitude, longitude, altitude.isEmpty() ? QStringLiteral("0") : altitude, f.gpsDate, f.gpsTime});
+        {latitude, longitude, altitude, f.gpsDate, f.gpsTime});
     if (built.alert) {
         out.alert = built.alert;
         return;

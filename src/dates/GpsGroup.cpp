@@ -21,7 +21,8 @@ GpsGroupResult buildGpsGroup(const GpsInput& input)
     GpsGroupResult result;
     const auto latitude = number(input.latitude);
     const auto longitude = number(input.longitude);
-    const auto altitude = number(input.altitude);
+    const bool hasAltitude = !input.altitude.trimmed().isEmpty();
+    const auto altitude = hasAltitude ? number(input.altitude) : std::optional<double>(0.0);
     if (!latitude || !longitude || !altitude || std::fabs(*latitude) > 90.0 || std::fabs(*longitude) > 180.0) {
         result.alert = Alerts::valueError();
         return result;
@@ -31,13 +32,12 @@ GpsGroupResult buildGpsGroup(const GpsInput& input)
     g.insert(QStringLiteral("LatitudeRef"), *latitude < 0 ? QStringLiteral("S") : QStringLiteral("N"));
     g.insert(QStringLiteral("Longitude"), std::fabs(*longitude));
     g.insert(QStringLiteral("LongitudeRef"), *longitude < 0 ? QStringLiteral("W") : QStringLiteral("E"));
-    g.insert(QStringLiteral("Altitude"), std::fabs(*altitude));
-    g.insert(QStringLiteral("AltitudeRef"), qlonglong(*altitude < 0 ? 1 : 0));
+    // No altitude, speed or track is made up: a 0 would claim sea level or standing still.
+    if (hasAltitude) {
+        g.insert(QStringLiteral("Altitude"), std::fabs(*altitude));
+        g.insert(QStringLiteral("AltitudeRef"), qlonglong(*altitude < 0 ? 1 : 0));
+    }
     g.insert(QStringLiteral("GPSVersion"), QVariantList{2, 2, 0, 0});
-    g.insert(QStringLiteral("SpeedRef"), QStringLiteral("K"));
-    g.insert(QStringLiteral("Speed"), 0.0);
-    g.insert(QStringLiteral("TrackRef"), QStringLiteral("T"));
-    g.insert(QStringLiteral("Track"), 0.0);
     if (!input.dateStamp.trimmed().isEmpty())
         g.insert(QStringLiteral("DateStamp"), input.dateStamp.trimmed());
     if (!input.timeStamp.trimmed().isEmpty())

@@ -13,7 +13,7 @@ namespace pelorin {
 struct GpsInput {
     QString latitude;   // signed degrees, south negative
     QString longitude;  // signed degrees, west negative
-    QString altitude;   // signed metres, below sea level negative
+    QString altitude;   // signed metres, below sea level negative; may be empty
     QString dateStamp;  // "YYYY:MM:DD", may be empty
     QString timeStamp;  // "HH:MM:SS", may be empty
 };
@@ -23,10 +23,10 @@ struct GpsGroupResult {
     std::optional<Alert> alert;  // "Vaule Error" when it is not
 };
 
-// Checks the input (latitude, longitude and altitude present and numeric, latitude within
-// -90..90, longitude within -180..180) and builds the GPS group as EXIF stores it: magnitudes
-// with "N"/"S", "E"/"W" and AltitudeRef 0/1, version 2.2.0.0, speed 0 "K", track 0 "T", and
-// the date and time stamps when given.
+// Checks the input (latitude and longitude present and numeric, latitude within -90..90,
+// longitude within -180..180, altitude numeric when given) and builds the GPS group as EXIF
+// stores it: magnitudes with "N"/"S", "E"/"W", version 2.2.0.0, and the altitude with
+// AltitudeRef 0/1 and the date and time stamps only when given.
 GpsGroupResult buildGpsGroup(const GpsInput& input);
 
 }  // namespace pelorin

@@ -3,6 +3,7 @@
 #include "model/PhotoBatch.h"
 #include "model/ParallelFor.h"
 #include "model/SafeOutput.h"
+#include "photo/PhotoCompleteness.h"
 #include "photo/PhotoProperties.h"
 
 #include <QFileInfo>
@@ -122,12 +123,17 @@ bool writePhotoChanges(const DatePhoto& photo, const PhotoChanges& changes,
 
 bool copyPhotoUnchanged(const DatePhoto& photo, const CommandContext& context, CommandResult& result)
 {
-    if (context.dryRun) {
-        if (QFileInfo::exists(photo.input))
-            return true;
+    if (context.dryRun && !QFileInfo::exists(photo.input)) {
         result.skip(photo.input, QStringLiteral("the file does not exist"));
         return false;
     }
+    // A byte copy would pass a truncated photo on as if it were whole.
+    if (!photoFileComplete(photo.input)) {
+        result.skip(photo.input, damagedPhotoReason());
+        return false;
+    }
+    if (context.dryRun)
+        return true;
     if (photo.inPlace) {
         result.addWritten(photo.output);  // the copy is the file itself; its dates still change
         return true;

@@ -86,8 +86,6 @@ TemplateEdits templateEdits(const QVariantMap& t)
     gps.longitude = signedCoordinate(t, QStringLiteral("Longitude"), QStringLiteral("W"));
     if (!gps.latitude.isEmpty() && !gps.longitude.isEmpty()) {
         gps.altitude = textOf(t.value(QStringLiteral("Altitude")));
-        if (gps.altitude.isEmpty())
-            gps.altitude = QStringLiteral("0");
         gps.dateStamp = textOf(t.value(QStringLiteral("DateStamp")));
         gps.timeStamp = textOf(t.value(QStringLiteral("TimeStamp")));
         const GpsGroupResult built = buildGpsGroup(gps);
@@ -95,7 +93,7 @@ TemplateEdits templateEdits(const QVariantMap& t)
             out.alert = built.alert;
             return out;
         }
-        // Laid over the photo's group: an empty date or time stamp keeps the photo's.
+        // Laid over the photo's group: an empty altitude, date or time stamp keeps the photo's.
         for (auto it = built.group.cbegin(); it != built.group.cend(); ++it)
             e.set(kGps, it.key(), it.value());
     }

@@ -1,11 +1,13 @@
 #include "photo/JpegRecompression.h"
 
-#include "model/DateText.h"
 #include "model/FileDates.h"
 #include "model/LocalTime.h"
 #include "model/OutputDates.h"
 #include "model/SafeOutput.h"
 #include "photo/HeifFile.h"
+#include "photo/PhotoCaptureDate.h"
+#include "photo/PhotoCompleteness.h"
+#include "photo/PhotoColourProfile.h"
 #include "photo/PhotoProperties.h"
 #include "photo/PhotoRewrite.h"
 
@@ -42,16 +44,12 @@ std::optional<QByteArray> encodeJpeg(const QImage& picture)
     return buffer.data();
 }
 
-// The capture date as a file date: DateTimeOriginal when both EXIF dates are there, else the
-// source file's creation date (its modification date where no creation date is kept).
+// The capture date as a file date, else the source file's creation date (its modification date
+// where no creation date is kept).
 QDateTime captureInstant(const QVariantMap& properties, const QString& sourcePath)
 {
-    const QVariantMap exif = properties.value(QStringLiteral("{Exif}")).toMap();
-    const QString original = exif.value(QStringLiteral("DateTimeOriginal")).toString();
-    if (!original.isEmpty() && exif.contains(QStringLiteral("DateTimeDigitized"))) {
-        if (const auto clock = parseDateText(original))
-            return instantFromWallClock(*clock);
-    }
+    if (const auto clock = photoCaptureDate(properties))
+        return instantFromWallClock(*clock);
     const FileDateReading dates = readFileDates(sourcePath);
     return dates.created.isValid() ? dates.created : dates.modified;
 }
@@ -77,6 +75,11 @@ QImage decodeUprightPhoto(const QString& path, QString* error)
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
         *error = QStringLiteral("cannot open the photo: %1").arg(file.errorString());
+        return {};
+    }
+    // Decoders fill a truncated picture with grey; a copy of that would pass for the photo.
+    if (!photoFileComplete(path)) {
+        *error = damagedPhotoReason();
         return {};
     }
     if (looksLikeHeif(file.peek(64))) {
@@ -111,7 +114,9 @@ void compressPhotowithFilePath(const QString& sourcePath, const QString& outputP
         return;
     }
     const QByteArray source = file.readAll();
-    const PhotoProperties current = readPhotoProperties(source, QFileInfo(sourcePath).suffix());
+    // libheif reads HEIF metadata from the file itself.
+    const PhotoProperties current = looksLikeHeif(source.left(64)) ? readPhotoProperties(sourcePath)
+                                                                   : readPhotoProperties(source, QFileInfo(sourcePath).suffix());
     const auto jpeg = encodeJpeg(upright);
     if (!jpeg) {
         result.skip(sourcePath, QStringLiteral("the picture could not be encoded as JPEG"));
@@ -127,14 +132,30 @@ void compressPhotowithFilePath(const QString& sourcePath, const QString& outputP
         adjustments.groups.insert(QStringLiteral("{Exif}"), exif);
     }
     QByteArray out = *jpeg;
-    if (current.format.metadataWritable) {
-        if (const auto carried = carryMetadataOver(source, *jpeg, adjustments, &error))
+    const bool heif = looksLikeHeif(source.left(64));
+    if (current.format.metadataWritable || heif) {
+        std::optional<QByteArray> carried;
+        if (!heif) {
+            carried = carryMetadataOver(source, *jpeg, adjustments, &error);
+        } else if (const auto metadata = readHeifMetadata(sourcePath, &error)) {
+            carried = carryHeifMetadataOver(*metadata, *jpeg, adjustments, &error);
+        }
+        if (carried)
             out = *carried;
         else
             result.noteOnce(QStringLiteral("%1: %2").arg(QFileInfo(sourcePath).fileName(), error));
     } else {
         result.noteOnce(QStringLiteral("the metadata of %1 files is not carried into their small copies")
                             .arg(current.format.isKnown() ? current.format.kind : QStringLiteral("such")));
+        const QByteArray profile = readPhotoIccProfile(source);
+        if (!profile.isEmpty()) {
+            const auto withProfile = embedJpegIccProfile(out, profile, &error);
+            if (!withProfile) {
+                result.skip(sourcePath, error);  // its colours would change
+                return;
+            }
+            out = *withProfile;
+        }
     }
     const QDateTime date = captureInstant(current.properties, sourcePath);
     if (context.dryRun) {

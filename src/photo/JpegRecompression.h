@@ -17,9 +17,9 @@ constexpr int kSmallCopyJpegQuality = 40;
 // the copy holds JPEG data. An empty folder means the photo's own folder.
 QString recompressedOutputPath(const QString& sourcePath, const QString& folder = {});
 
-// Writes a small JPEG copy of a photo: the picture turned upright, EXIF, IPTC and XMP carried
-// over with the orientation set to 1 and the pixel dimensions updated (the old embedded
-// thumbnail is dropped), and the file dates set to the capture date. Appends the output or the
+// Writes a small JPEG copy of a photo: the picture turned upright, EXIF, IPTC, XMP and the ICC
+// profile carried over with the orientation set to 1 and the pixel dimensions updated (the old
+// embedded thumbnail is dropped), and the file dates set to the capture date. Appends the output or the
 // reason to the result. When picture is not null it replaces the photo's own pixels (a stamped
 // picture), so no intermediate file is ever written.
 void compressPhotowithFilePath(const QString& sourcePath, const QString& outputPath,

@@ -2,11 +2,11 @@
 #include "photo/StampFont.h"
 
 #include "model/PhotoBatch.h"
-#include "model/DateText.h"
 #include "model/FileDates.h"
 #include "model/LocalTime.h"
 #include "model/SafeOutput.h"
 #include "photo/JpegRecompression.h"
+#include "photo/PhotoCaptureDate.h"
 #include "photo/PhotoProperties.h"
 
 #include <QFileInfo>
@@ -19,11 +19,8 @@ namespace {
 
 std::optional<WallClock> captureDate(const QString& path)
 {
-    const QVariantMap exif = readPhotoProperties(path).properties.value(QStringLiteral("{Exif}")).toMap();
-    for (const char* key : {"DateTimeOriginal", "DateTimeDigitized"}) {
-        if (const auto clock = parseDateText(exif.value(QString::fromLatin1(key)).toString()))
-            return clock;
-    }
+    if (const auto clock = photoCaptureDate(readPhotoProperties(path).properties))
+        return clock;
     return wallClockFromInstant(readFileDates(path).modified);
 }
 

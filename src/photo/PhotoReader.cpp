@@ -4,6 +4,7 @@
 #include "photo/ContainerProperties.h"
 #include "photo/Exiv2Model.h"
 #include "photo/HeifFile.h"
+#include "photo/PhotoCompleteness.h"
 #include "photo/PhotoLibraries.h"
 #include "photo/PhotoProperties.h"
 
@@ -161,7 +162,10 @@ void readHeif(const QString& path, PhotoProperties* info)
     QString error;
     const auto heif = readHeifMetadata(path, &error);
     if (!heif) {
-        info->error = error.isEmpty() ? QStringLiteral("not a readable HEIF file") : error;
+        if (!photoFileComplete(path))
+            info->error = damagedPhotoReason();
+        else
+            info->error = error.isEmpty() ? QStringLiteral("not a readable HEIF file") : error;
         return;
     }
     QVariantMap& p = info->properties;
@@ -205,13 +209,11 @@ PhotoProperties readPhotoProperties(const QByteArray& bytes, const QString& exte
     try {
         if (info.format.exiv2Readable)
             readWithExiv2(bytes, &info);
-    } catch (const Exiv2::AnyError& e) {
-        info.error = QStringLiteral("cannot read the %1 metadata: %2")
-                         .arg(info.format.kind, QString::fromLocal8Bit(e.what()));
-        return info;
     } catch (const std::exception& e) {
-        info.error = QStringLiteral("cannot read the %1 metadata: %2")
-                         .arg(info.format.kind, QString::fromLocal8Bit(e.what()));
+        // A cut-off file is named as such rather than by the parser's complaint about it.
+        info.error = photoDataComplete(bytes, info.format)
+                         ? QStringLiteral("cannot read the %1 metadata: %2").arg(info.format.kind, QString::fromLocal8Bit(e.what()))
+                         : damagedPhotoReason();
         return info;
     }
     addContainerGroups(bytes, &info);

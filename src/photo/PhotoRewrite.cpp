@@ -2,9 +2,12 @@
 
 #include "model/SafeOutput.h"
 #include "photo/Exiv2Model.h"
+#include "photo/HeifFile.h"
 #include "photo/JpegSegments.h"
+#include "photo/PhotoCompleteness.h"
 #include "photo/PhotoFormats.h"
 #include "photo/PhotoLibraries.h"
+#include "photo/PngTextRemoval.h"
 #include "photo/PhotoProperties.h"
 
 #include <QFile>
@@ -210,6 +213,12 @@ PhotoWriteResult CopyPhotoWithProperties(const QString& sourcePath, const PhotoC
     const PhotoFormat format = detectPhotoFormat(source.left(64), QFileInfo(sourcePath).suffix());
     if (!format.isKnown())
         return failed(QStringLiteral("not a photo of a known kind"));
+    if (!photoDataComplete(source, format)) {
+        PhotoWriteResult skipped;
+        skipped.outcome = Outcome::Skipped;
+        skipped.reason = damagedPhotoReason();
+        return skipped;
+    }
     const QString protectedSource = replacement == SourceReplacement::Refuse ? sourcePath : QString();
 
     if (!format.metadataWritable) {
@@ -261,6 +270,12 @@ PhotoWriteResult CopyPhotoWithProperties(const QString& sourcePath, const PhotoC
         }
         if (changes.removeAllMetadata && format.container == PhotoContainer::Jpeg)
             rewritten = dropMetadataSegments(rewritten);
+        if (format.container == PhotoContainer::Png && changes.removesSomething()) {
+            const auto cleaned = removePngTextMetadata(rewritten, changes);
+            if (!cleaned)
+                return failed(damagedPhotoReason());
+            rewritten = *cleaned;
+        }
     }
     // Never a file of another kind, or an empty one, under the photo's name.
     if (rewritten.isEmpty() || detectPhotoFormat(rewritten.left(64), QFileInfo(sourcePath).suffix()).container != format.container)
@@ -273,6 +288,43 @@ PhotoWriteResult CopyPhotoWithProperties(const QString& sourcePath, const PhotoC
     return result;
 }
 
+namespace {
+
+// Writes the given metadata and colour profile into a freshly encoded JPEG, then the
+// adjustments.
+std::optional<QByteArray> writeCarried(const QByteArray& newJpeg, Exiv2::ExifData exif, const Exiv2::IptcData& iptc,
+                                       const Exiv2::XmpData& xmp, const QByteArray& profile,
+                                       const PhotoChanges& adjustments, QString* error)
+{
+    auto to = Exiv2::ImageFactory::open(reinterpret_cast<const Exiv2::byte*>(newJpeg.constData()), long(newJpeg.size()));
+    to->readMetadata();
+    Exiv2::ExifThumb(exif).erase();  // it shows the old picture
+    // A TIFF keeps its colour profile in this tag; a JPEG keeps it in its own segments.
+    const auto tiffProfile = exif.findKey(Exiv2::ExifKey("Exif.Image.InterColorProfile"));
+    if (tiffProfile != exif.end())
+        exif.erase(tiffProfile);
+    to->setExifData(exif);
+    to->setIptcData(iptc);
+    to->setXmpData(xmp);
+    // The pixels stay in the source's colour space, so its profile must come along.
+    if (!profile.isEmpty()) {
+        Exiv2::DataBuf buffer(reinterpret_cast<const Exiv2::byte*>(profile.constData()), long(profile.size()));
+        to->setIccProfile(buffer, false);
+    }
+    QStringList warnings;
+    applyAll({to->exifData(), to->iptcData(), to->xmpData()}, adjustments, &warnings);
+    to->writeMetadata();
+    QByteArray out = ioBytes(to->io());
+    if (out.isEmpty()) {
+        if (error)
+            *error = QStringLiteral("the metadata could not be written");
+        return std::nullopt;
+    }
+    return out;
+}
+
+}  // namespace
+
 std::optional<QByteArray> carryMetadataOver(const QByteArray& sourcePhoto, const QByteArray& newJpeg,
                                             const PhotoChanges& adjustments, QString* error)
 {
@@ -281,27 +333,44 @@ std::optional<QByteArray> carryMetadataOver(const QByteArray& sourcePhoto, const
         auto from = Exiv2::ImageFactory::open(reinterpret_cast<const Exiv2::byte*>(sourcePhoto.constData()),
                                               long(sourcePhoto.size()));
         from->readMetadata();
-        auto to = Exiv2::ImageFactory::open(reinterpret_cast<const Exiv2::byte*>(newJpeg.constData()),
-                                            long(newJpeg.size()));
-        to->readMetadata();
-        Exiv2::ExifData exif = from->exifData();
-        Exiv2::ExifThumb(exif).erase();
-        to->setExifData(exif);
-        to->setIptcData(from->iptcData());
-        to->setXmpData(from->xmpData());
-        QStringList warnings;
-        applyAll({to->exifData(), to->iptcData(), to->xmpData()}, adjustments, &warnings);
-        to->writeMetadata();
-        QByteArray out = ioBytes(to->io());
-        if (out.isEmpty()) {
-            if (error)
-                *error = QStringLiteral("the metadata could not be written");
-            return std::nullopt;
-        }
-        return out;
+        QByteArray profile;
+        if (from->iccProfileDefined())
+            profile = QByteArray(reinterpret_cast<const char*>(from->iccProfile()->pData_), int(from->iccProfile()->size_));
+        return writeCarried(newJpeg, from->exifData(), from->iptcData(), from->xmpData(), profile, adjustments, error);
     } catch (const std::exception& e) {
         if (error)
             *error = QStringLiteral("cannot carry the metadata over: %1").arg(exiv2Message(e));
+        return std::nullopt;
+    }
+}
+
+std::optional<QByteArray> carryHeifMetadataOver(const HeifMetadata& source, const QByteArray& newJpeg,
+                                                const PhotoChanges& adjustments, QString* error)
+{
+    initializePhotoLibraries();
+    try {
+        Exiv2::ExifData exif;
+        if (!source.exif.isEmpty())
+            Exiv2::ExifParser::decode(exif, reinterpret_cast<const Exiv2::byte*>(source.exif.constData()), uint32_t(source.exif.size()));
+        Exiv2::XmpData xmp;
+        if (!source.xmp.isEmpty() && Exiv2::XmpParser::decode(xmp, source.xmp.toStdString()) != 0)
+            xmp.clear();
+        return writeCarried(newJpeg, exif, {}, xmp, source.iccProfile, adjustments, error);
+    } catch (const std::exception& e) {
+        if (error)
+            *error = QStringLiteral("cannot carry the metadata over: %1").arg(exiv2Message(e));
+        return std::nullopt;
+    }
+}
+
+std::optional<QByteArray> embedJpegIccProfile(const QByteArray& jpeg, const QByteArray& profile, QString* error)
+{
+    initializePhotoLibraries();
+    try {
+        return writeCarried(jpeg, {}, {}, {}, profile, {}, error);
+    } catch (const std::exception& e) {
+        if (error)
+            *error = QStringLiteral("cannot write the colour profile: %1").arg(exiv2Message(e));
         return std::nullopt;
     }
 }

@@ -57,9 +57,20 @@ PhotoWriteResult CopyPhotoWithProperties(const QString& sourcePath, const PhotoC
                                          const QString& outputPath,
                                          const PhotoWriteOptions& options = {});
 
-// Gives a freshly encoded JPEG the metadata of the photo it was made from (EXIF, IPTC, XMP;
-// the embedded thumbnail is dropped since it shows the old picture), then applies adjustments.
+// Gives a freshly encoded JPEG the metadata of the photo it was made from (EXIF, IPTC, XMP and
+// the ICC profile; the embedded thumbnail is dropped since it shows the old picture), then
+// applies adjustments.
 std::optional<QByteArray> carryMetadataOver(const QByteArray& sourcePhoto, const QByteArray& newJpeg,
                                             const PhotoChanges& adjustments, QString* error);
+
+// The same from what libheif read of a HEIF photo (exiv2 0.27 cannot open HEIF): its Exif item,
+// XMP and ICC profile.
+struct HeifMetadata;
+std::optional<QByteArray> carryHeifMetadataOver(const HeifMetadata& source, const QByteArray& newJpeg,
+                                                const PhotoChanges& adjustments, QString* error);
+
+// Gives a freshly encoded JPEG this ICC profile, for sources whose other metadata cannot be
+// carried over (read-only RAW kinds).
+std::optional<QByteArray> embedJpegIccProfile(const QByteArray& jpeg, const QByteArray& profile, QString* error);
 
 }  // namespace pelorin

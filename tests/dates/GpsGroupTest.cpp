@@ -23,11 +23,17 @@ TEST(GpsGroup, SignsBecomeReferencesAndBadInputAnAlert)
     EXPECT_EQ(north.group.value(QStringLiteral("LongitudeRef")).toString(), QStringLiteral("E"));
     EXPECT_FALSE(north.group.contains(QStringLiteral("DateStamp")));
 
+    // An altitude left empty is left out, not taken as sea level.
+    const GpsGroupResult flat = buildGpsGroup({QStringLiteral("1"), QStringLiteral("2"), QStringLiteral(" "), {}, {}});
+    ASSERT_FALSE(flat.alert);
+    EXPECT_FALSE(flat.group.contains(QStringLiteral("Altitude")));
+    EXPECT_FALSE(flat.group.contains(QStringLiteral("AltitudeRef")));
+
     for (const GpsInput& bad : {GpsInput{{}, QStringLiteral("1"), QStringLiteral("1"), {}, {}},
                                 GpsInput{QStringLiteral("north"), QStringLiteral("1"), QStringLiteral("1"), {}, {}},
                                 GpsInput{QStringLiteral("90.5"), QStringLiteral("1"), QStringLiteral("1"), {}, {}},
                                 GpsInput{QStringLiteral("1"), QStringLiteral("-180.01"), QStringLiteral("1"), {}, {}},
-                                GpsInput{QStringLiteral("1"), QStringLiteral("1"), QStringLiteral(""), {}, {}}}) {
+                                GpsInput{QStringLiteral("1"), QStringLiteral("1"), QStringLiteral("high"), {}, {}}}) {
         const GpsGroupResult r = buildGpsGroup(bad);
         ASSERT_TRUE(r.alert);
         EXPECT_EQ(r.alert->message, QStringLiteral("Vaule Error"));

@@ -6,14 +6,17 @@
 #include "model/LocalTime.h"
 
 #include "ExifTool.h"
+#include "ImageMagick.h"
 #include "QtPrinters.h"
 #include "ScopedTimeZone.h"
 #include "TestPaths.h"
+#include "TestSelection.h"
 
 #include <QDir>
 #include <QFile>
 #include <QGuiApplication>
 #include <QImage>
+#include <QProcess>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -146,6 +149,67 @@ TEST_F(RecompressionTest, StampingWritesOneSmallCopyAndNothingElse)
     EXPECT_FALSE(test::exiftool(result.written.value(0)).value(QStringLiteral("GPS:GPSLatitude")).isUndefined());
 
     EXPECT_TRUE(stampPhotoDates(PhotoSelection{}, DateStampStyle{}, context()).alert);
+}
+
+// Wide-gamut photos from a camera (Adobe RGB JPEG), a phone (Display P3 HEIC) and ImageMagick
+// (PNG with EXIF dates or only a PNG creation time added by exiftool, TIFF converted from the
+// camera JPEG, which keeps only the XMP dates): both kinds of copy keep the profile and take
+// the capture date.
+TEST_F(RecompressionTest, CopiesKeepTheColourProfileAndTakeTheCaptureDate)
+{
+    test::ScopedTimeZone tz("Europe/Berlin");
+    QTemporaryDir inputs;
+    const QString camera = inputs.filePath(QStringLiteral("camera.jpg"));
+    ASSERT_TRUE(QFile::copy(dataPath(QStringLiteral("exiv2-Reagan_all.jpg")), camera));
+    const QString phone = inputs.filePath(QStringLiteral("phone.heic"));
+    ASSERT_TRUE(QFile::copy(dataPath(QStringLiteral("exiv2-iPhoneXR_orient6.heic")), phone));
+    const QString profile = inputs.filePath(QStringLiteral("adobe.icc"));
+    QProcess extract;
+    extract.setStandardOutputFile(profile);
+    extract.start(QStringLiteral("exiftool"), {QStringLiteral("-b"), QStringLiteral("-ICC_Profile"), camera});
+    ASSERT_TRUE(extract.waitForFinished(60000));
+    const QString png = inputs.filePath(QStringLiteral("drawn.png"));
+    ASSERT_TRUE(test::imageMagick({QStringLiteral("-size"), QStringLiteral("64x48"), QStringLiteral("gradient:red-blue"),
+                                   QStringLiteral("-profile"), profile, png}));
+    ASSERT_TRUE(test::exiftoolWrite(png, {QStringLiteral("-DateTimeOriginal=2011:02:03 04:05:06"),
+                                          QStringLiteral("-CreateDate=2011:02:03 04:05:06")}));
+    const QString described = inputs.filePath(QStringLiteral("described.png"));  // only PNG text says when
+    ASSERT_TRUE(QFile::copy(png, described));
+    ASSERT_TRUE(test::exiftoolWrite(described, {QStringLiteral("-EXIF:all="), QStringLiteral("-PNG:CreationTime=2009:08:07 06:05:04")}));
+    const QString tiff = inputs.filePath(QStringLiteral("converted.tif"));
+    ASSERT_TRUE(test::imageMagick({camera, QStringLiteral("-resize"), QStringLiteral("160x"), tiff}));
+    ASSERT_FALSE(test::exiftool(tiff).contains(QStringLiteral("ExifIFD:DateTimeOriginal")));
+
+    const QMap<QString, QString> dates{{QStringLiteral("camera"), QStringLiteral("2004:06:21 23:37:53")},
+                                       {QStringLiteral("phone"), QStringLiteral("2021:02:13 11:03:31")},
+                                       {QStringLiteral("drawn"), QStringLiteral("2011:02:03 04:05:06")},
+                                       {QStringLiteral("described"), QStringLiteral("2009:08:07 06:05:04")},
+                                       {QStringLiteral("converted"), QStringLiteral("2004:06:21 23:37:53")}};
+    const QStringList sources{camera, phone, png, described, tiff};
+    for (const bool stamp : {false, true}) {
+        QDir(store.path()).removeRecursively();
+        QDir().mkpath(store.path());
+        const CommandResult result = stamp ? stampPhotoDates(test::selectionOf(sources), DateStampStyle{}, context())
+                                           : recompressPhotos(sources, context());
+        ASSERT_EQ(result.written.size(), sources.size()) << result.skipped.value(0).reason.toStdString();
+        for (const QString& source : sources) {
+            const QString base = QFileInfo(source).completeBaseName();
+            const QString output = store.filePath(base + QStringLiteral("_date.jpg"));
+            SCOPED_TRACE((base + (stamp ? QStringLiteral(" stamped") : QStringLiteral(" recompressed"))).toStdString());
+            const QString description = QStringLiteral("ICC_Profile:ProfileDescription");
+            const QJsonObject from = test::exiftool(source);
+            const QJsonObject to = test::exiftool(output);
+            const QString wanted = from.value(description).toString();
+            ASSERT_FALSE(wanted.isEmpty());
+            EXPECT_EQ(to.value(description).toString(), wanted);
+            // The EXIF comes along too, from HEIF as from the rest.
+            const QString original = QStringLiteral("ExifIFD:DateTimeOriginal");
+            EXPECT_EQ(to.value(original).toString(), from.value(original).toString());
+            const auto capture = parseDateText(dates.value(base));
+            ASSERT_TRUE(capture);
+            EXPECT_EQ(readFileDates(output).modified, instantFromWallClock(*capture));
+        }
+    }
 }
 
 }  // namespace

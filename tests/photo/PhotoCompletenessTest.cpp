@@ -1,0 +1,86 @@
+#include "photo/PhotoCompleteness.h"
+
+#include "ExifTool.h"
+#include "ImageMagick.h"
+#include "TestPaths.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QTemporaryDir>
+#include <QtEndian>
+
+#include <gtest/gtest.h>
+
+namespace pelorin {
+namespace {
+
+QByteArray contents(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+// Whole files from cameras, phones, exiftool, ImageMagick and libheif's tests pass, and every
+// cut of them is caught, wherever it falls.
+TEST(PhotoCompleteness, WholeFilesPassAndEveryCutIsCaught)
+{
+    QTemporaryDir dir;
+    const QString magick = dir.filePath(QStringLiteral("magick.tif"));
+    ASSERT_TRUE(test::imageMagick({QStringLiteral("-size"), QStringLiteral("40x30"), QStringLiteral("gradient:red-blue"), magick}));
+    const QString tiled = dir.filePath(QStringLiteral("tiled.tif"));
+    ASSERT_TRUE(test::imageMagick({QStringLiteral("-size"), QStringLiteral("64x64"), QStringLiteral("gradient:red-blue"),
+                                   QStringLiteral("-define"), QStringLiteral("tiff:tile-geometry=16x16"), tiled}));
+    const QString moved = dir.filePath(QStringLiteral("moved.tif"));  // exiftool puts the directory first
+    ASSERT_TRUE(QFile::copy(magick, moved));
+    ASSERT_TRUE(test::exiftoolWrite(moved, {QStringLiteral("-Artist=someone")}));
+    QStringList files{magick, tiled, moved};
+    for (const char* name : {"et-GPS.jpg", "exiv2-Reagan_all.jpg", "mde-Sony_Cybershot_orient6.jpg", "et-PNG.png",
+                             "exiv2-1343_exif.png", "exiv2-Stonehenge.heic", "exiv2-iPhoneXR_orient6.heic",
+                             "exiv2-avif_exif_xmp.avif"})
+        files << test::dataPath(QString::fromLatin1(name));
+    for (const QString& file : files) {
+        const QByteArray bytes = contents(file);
+        ASSERT_FALSE(bytes.isEmpty()) << file.toStdString();
+        const PhotoFormat format = detectPhotoFormat(bytes.left(64), QFileInfo(file).suffix());
+        EXPECT_TRUE(photoDataComplete(bytes, format)) << file.toStdString();
+        for (qsizetype cut = 1; cut < bytes.size(); cut += qMax<qsizetype>(1, bytes.size() / 97))
+            EXPECT_FALSE(photoDataComplete(bytes.left(cut), format)) << file.toStdString() << " cut at " << cut;
+    }
+    // Camera RAW kinds built on TIFF: whole ones pass, a DNG cut short by its source does not.
+    for (const char* name : {"et-Canon350D.dng", "et-Nikon_D70.nef", "et-Canon_350D.cr2"})
+        EXPECT_TRUE(photoFileComplete(test::dataPath(QString::fromLatin1(name)))) << name;
+    EXPECT_FALSE(photoFileComplete(test::dataPath(QStringLiteral("ft-Leica_M10_truncated.dng"))));
+    EXPECT_TRUE(photoFileComplete(magick));
+    EXPECT_FALSE(photoFileComplete(dir.filePath(QStringLiteral("missing.tif"))));
+}
+
+// A directory that points back at itself and strip tables claiming billions of entries end at
+// once.
+TEST(PhotoCompleteness, HostileTiffDirectoriesEndQuickly)
+{
+    QByteArray tiff("II*\0\x08\0\0\0", 8);
+    auto entry = [&](quint16 tag, quint16 type, quint32 count, quint32 value) {
+        char raw[12];
+        qToLittleEndian(tag, raw);
+        qToLittleEndian(type, raw + 2);
+        qToLittleEndian(count, raw + 4);
+        qToLittleEndian(value, raw + 8);
+        tiff.append(raw, 12);
+    };
+    tiff.append("\x02\0", 2);
+    entry(273, 4, 1, 0);  // one strip at offset 0, 8 bytes long: inside the file
+    entry(279, 4, 1, 8);
+    tiff.append("\x08\0\0\0", 4);  // the next directory is this one again
+    PhotoFormat format = detectPhotoFormat(tiff, QStringLiteral("tif"));
+    EXPECT_TRUE(photoDataComplete(tiff, format));
+
+    tiff.resize(8);
+    tiff.append("\x02\0", 2);
+    entry(273, 4, 0xFFFFFFFF, 100);
+    entry(279, 4, 0xFFFFFFFF, 100);
+    tiff.append(QByteArray(4, '\0'));
+    EXPECT_FALSE(photoDataComplete(tiff, format));
+}
+
+}  // namespace
+}  // namespace pelorin

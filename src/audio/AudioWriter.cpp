@@ -479,7 +479,7 @@ CommandResult run(const QString& source, Job job, const QString& openingCreated,
                             .arg(audioContainerName(job.container)));
         job.artwork.clear();
     }
-    const QString target = storageOutputPath(context.storageFolder, QFileInfo(source).fileName());
+    const QString target = context.claimOutput(storageOutputPath(context.storageFolder, QFileInfo(source).fileName()), source);
     // The output takes the typed created date when it was changed and is a date, else the
     // source's own dates.
     const FileDateReading dates = readFileDates(source);

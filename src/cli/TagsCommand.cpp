@@ -3,6 +3,7 @@
 #include "audio/AudioEdits.h"
 #include "audio/AudioRecord.h"
 #include "cli/CliOutput.h"
+#include "cli/CliValues.h"
 
 #include <QFile>
 #include <QJsonArray>
@@ -44,6 +45,22 @@ QString recordText(const IKImageItem& r, AudioField field)
     case AudioField::Lyrics: return r.fileLyricist;
     }
     return {};
+}
+
+// Free-text fields take any text; numbers and dates are checked before any file is written.
+QString checkFieldValue(AudioField field, const QString& option, const QString& text)
+{
+    switch (field) {
+    case AudioField::TrackNumber: return checkOptionValue(ValueKind::TrackNumber, option, text);
+    case AudioField::Year: return checkOptionValue(ValueKind::Year, option, text);
+    case AudioField::RecordDate:
+        // A recording date is a date and time, a day or only a year.
+        if (checkOptionValue(ValueKind::Year, option, text).isEmpty()
+            || checkOptionValue(ValueKind::Date, option, text).isEmpty())
+            return {};
+        return checkOptionValue(ValueKind::DateTime, option, text);
+    default: return {};
+    }
 }
 
 QString itemText(const MediaMetadataItem& item)
@@ -162,8 +179,12 @@ int TagsCommand::set(CliInvocation& invocation, const QStringList& args)
         const auto option = std::find_if(std::begin(kOptions), std::end(kOptions),
                                          [&](const Option& o) { return arg == QLatin1String(o.name); });
         if (option != std::end(kOptions)) {
+            if (const QString error = checkFieldValue(option->field, arg, value); !error.isEmpty())
+                return usageError(invocation, name(), error);
             values.insert(option->field, value);
         } else if (arg == QLatin1String("--created-date")) {
+            if (const QString error = checkOptionValue(ValueKind::DateTime, arg, value); !error.isEmpty())
+                return usageError(invocation, name(), error);
             createdDate = value;
             createdGiven = true;
         } else if (arg == QLatin1String("--artwork")) {

@@ -215,6 +215,7 @@ TEST_F(CliOutputsTest, MalformedAndOutOfRangeValuesAreUsageErrors)
 {
     const QString song = lameMp3(QStringLiteral("song.mp3"), QStringLiteral("t"));
     const QString photo = copyIn(QStringLiteral("et-GPS.jpg"), QStringLiteral("photo.jpg"));
+    const QString movie = copyIn(QStringLiteral("ft-lavf.m4v"), QStringLiteral("clip.m4v"));
     struct Case {
         QStringList args;
         QString named;    // the value the message must repeat
@@ -251,6 +252,12 @@ TEST_F(CliOutputsTest, MalformedAndOutOfRangeValuesAreUsageErrors)
         {{QStringLiteral("set-date"), QStringLiteral("--original"), QStringLiteral("2020:01:01 10:00:00"),
           QStringLiteral("--digitized"), QStringLiteral("yesterday"), photo}, QStringLiteral("yesterday"),
          QStringLiteral("YYYY:MM:DD HH:MM:SS")},
+        {{QStringLiteral("shift-dates"), QStringLiteral("--to"), QStringLiteral("2021:04:31 10:00:00"), photo},
+         QStringLiteral("2021:04:31 10:00:00"), QStringLiteral("YYYY:MM:DD HH:MM:SS")},
+        {{QStringLiteral("video"), QStringLiteral("set"), lat, QStringLiteral("91"), lon, QStringLiteral("10"), movie},
+         QStringLiteral("91"), QStringLiteral("-90 to 90")},
+        {{QStringLiteral("video"), QStringLiteral("set"), QStringLiteral("--created-date"), QStringLiteral("2020-13-45"), movie},
+         QStringLiteral("2020-13-45"), QStringLiteral("YYYY-MM-DD HH:MM:SS")},
     };
     for (const Case& c : cases) {
         const CliRun run = cli(c.args);

@@ -111,11 +111,16 @@ TEST_F(CliOutputsTest, SameNamedPhotosOfOneBatchGetNumberedNames)
     EXPECT_TRUE(pelorin::test::tagsOf(first, {QStringLiteral("GPS")}).isEmpty());
     EXPECT_TRUE(pelorin::test::tagsOf(second, {QStringLiteral("GPS")}).isEmpty());
 
-    // A later command may replace the earlier outputs, as always; its own stay apart.
-    run = cli({QStringLiteral("strip"), QStringLiteral("gps"), b, a});
+    // A later command may replace the earlier outputs, as always; its own stay apart. Date copies
+    // run in parallel through another batch.
+    run = cli({QStringLiteral("copy-date"), QStringLiteral("name-to-comment"), b, a});
     ASSERT_EQ(run.exitCode, 0) << run.err.toStdString();
-    EXPECT_EQ(exiftool(out() + QStringLiteral("/photo.jpg"))[QStringLiteral("IFD0:Make")].toString(), makeB);
-    EXPECT_EQ(written(run).value(1), out() + QStringLiteral("/photo-3.jpg"));
+    EXPECT_EQ(written(run), (QStringList{out() + QStringLiteral("/photo.jpg"), out() + QStringLiteral("/photo-3.jpg")}));
+    const QJsonObject copiedB = exiftool(out() + QStringLiteral("/photo.jpg"));
+    const QJsonObject copiedA = exiftool(out() + QStringLiteral("/photo-3.jpg"));
+    EXPECT_EQ(copiedB[QStringLiteral("IFD0:Make")].toString(), makeB);
+    EXPECT_EQ(copiedA[QStringLiteral("IFD0:Make")].toString(), makeA);
+    EXPECT_EQ(copiedA[QStringLiteral("ExifIFD:UserComment")].toString(), QStringLiteral("photo"));
 }
 
 TEST_F(CliOutputsTest, RecompressedPhotosOfDifferentKindsDoNotShareTheirJpegName)
@@ -159,6 +164,17 @@ TEST_F(CliOutputsTest, SameNamedSongsOfOneBatchGetNumberedNames)
     run = cli({QStringLiteral("tags"), QStringLiteral("remove"), a, b});
     ASSERT_EQ(run.exitCode, 0) << run.err.toStdString();
     EXPECT_EQ(written(run), (QStringList{out() + QStringLiteral("/song.mp3"), out() + QStringLiteral("/song-3.mp3")}));
+
+    // Artwork exports of same-named songs (pictures added by mutagen) stay apart too.
+    for (const QString& song : {a, b})
+        mutagen(QStringLiteral("import sys, base64, mutagen.id3 as m\n"
+                               "png = base64.b64decode('iVBORw0KGgoAAAANSUhEUgAAAAEAAAABCAIAAACQd1PeAAAADElEQVR4nGP4z8AAAAMBAQDJ/pLvAAAAAElFTkSuQmCC')\n"
+                               "t = m.ID3(sys.argv[1]); t.add(m.APIC(encoding=3, mime='image/png', type=3, data=png)); t.save()\n"),
+                song);
+    run = cli({QStringLiteral("artwork"), QStringLiteral("export"), a, b});
+    ASSERT_EQ(run.exitCode, 0) << run.err.toStdString();
+    EXPECT_EQ(written(run), (QStringList{out() + QStringLiteral("/song.mp3.jpg"), out() + QStringLiteral("/song.mp3-2.jpg")}));
+    EXPECT_EQ(exiftool(out() + QStringLiteral("/song.mp3-2.jpg"))[QStringLiteral("File:FileType")].toString(), QStringLiteral("JPEG"));
 }
 
 TEST_F(CliOutputsTest, SameNamedMoviesOfOneBatchGetNumberedNames)

@@ -90,7 +90,10 @@ QString TagsCommand::help() const
         "        exactly the given fields changed; an empty TEXT removes the field. Every other\n"
         "        frame, atom, chunk and picture is kept. FIELD is one of --title --subtitle\n"
         "        --album --artist --track --composer --record-date --year --copyright\n"
-        "        --publisher --band --comments --lyrics. --created-date gives the copy that\n"
+        "        --publisher --band --comments --lyrics. --track takes N or N/TOTAL (1 to 65535);\n"
+        "        a bare N keeps the total the file stores. --year takes YYYY or YYYY-MM-DD.\n"
+        "        A value that is out of range is an error and nothing is written.\n"
+        "        --created-date gives the copy that\n"
         "        date (yyyy:MM:dd HH:mm:ss or yyyy-MM-dd HH:mm:ss); --artwork sets the front\n"
         "        cover picture.\n"
         "remove  writes a copy of each file without any tag or picture; the audio is unchanged.");

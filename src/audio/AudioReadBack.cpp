@@ -10,12 +10,12 @@ const QString kChannels = QStringLiteral("kMDItemAudioChannelCount");
 const QString kDuration = QStringLiteral("kMDItemDurationSeconds");
 const QString kBitRate = QStringLiteral("kMDItemAudioBitRate");
 
-// A format header alone (a FLAC STREAMINFO, an MP4 sample description) names a rate and
-// channels; only audio bytes behind it give the file a bit rate.
+// A format header alone (a FLAC STREAMINFO, Vorbis header pages) names a rate and channels
+// and may even give a bit rate or a length; only audio behind it gives both.
 bool hasAudio(const QVariantMap& attributes)
 {
     return attributes.value(kSampleRate).toInt() > 0 && attributes.value(kChannels).toInt() > 0
-           && attributes.value(kBitRate).toLongLong() > 0;
+           && attributes.value(kBitRate).toLongLong() > 0 && attributes.value(kDuration).toDouble() > 0;
 }
 
 }  // namespace
@@ -37,8 +37,6 @@ QString audioReadBackProblem(const QString& outputPath, const AudioReading& sour
     if (hasAudio(before)
         && (before.value(kSampleRate) != after.value(kSampleRate) || before.value(kChannels) != after.value(kChannels)))
         return QStringLiteral("the output's audio differs from the source's; nothing was written");
-    if (before.value(kDuration).toDouble() > 0 && after.value(kDuration).toDouble() <= 0)
-        return QStringLiteral("the output's audio has no duration; nothing was written");
     return {};
 }
 

@@ -120,13 +120,16 @@ TEST_F(AudioTrackAndReadBackTest, ANewTrackNumberKeepsTheStoredTotal)
 TEST_F(AudioTrackAndReadBackTest, OutputsWithoutAudioAreNeverLinkedIntoPlace)
 {
     // Each file keeps its tags but loses every audio frame: cut right after the tag (MP3, by
-    // mutagen's tag size), after the metadata blocks (FLAC) or in the header (WAV, M4A).
+    // mutagen's tag size), after the metadata blocks (FLAC) or header pages (Ogg), after the
+    // format chunk (AIFF's COMM, CAF's desc) or inside the header (WAV, M4A).
     struct Case {
         QString file;
         qint64 keep;  // bytes kept; 0: the size of mutagen's ID3 tag
     };
-    const Case cases[] = {{QStringLiteral("cut.mp3"), 0}, {QStringLiteral("cut.flac"), 0},
-                          {QStringLiteral("cut.wav"), 30}, {QStringLiteral("cut.m4a"), 40}};
+    const Case cases[] = {{QStringLiteral("cut.mp3"), 0},  {QStringLiteral("cut.flac"), 0},
+                          {QStringLiteral("cut.ogg"), 0},  {QStringLiteral("cut.wav"), 30},
+                          {QStringLiteral("cut.m4a"), 40}, {QStringLiteral("cut.aiff"), 38},
+                          {QStringLiteral("cut.caf"), 52}};
     for (const Case& c : cases) {
         const QString source = tone(c.file);
         qint64 keep = c.keep;
@@ -143,6 +146,14 @@ TEST_F(AudioTrackAndReadBackTest, OutputsWithoutAudioAreNeverLinkedIntoPlace)
                                                 "    h = d[p]; p += 4 + int.from_bytes(d[p + 1:p + 4], 'big')\n"
                                                 "    if h & 0x80: break\n"
                                                 "print(p)"),
+                                 source).toLongLong();
+        } else if (c.file.endsWith(QLatin1String(".ogg"))) {
+            // The start of the first page with a granule position: the header pages stay.
+            keep = test::mutagen(QStringLiteral("import sys, mutagen.ogg as o\nf = open(sys.argv[1], 'rb')\n"
+                                                "while True:\n"
+                                                "    at = f.tell(); p = o.OggPage(f)\n"
+                                                "    if p.position > 0: break\n"
+                                                "print(at)"),
                                  source).toLongLong();
         }
         ASSERT_GT(keep, 0) << c.file.toStdString();

@@ -36,4 +36,13 @@ QList<AudioFieldChange> changedAudioFields(const AudioEdit& edit)
     return changes;
 }
 
+QString trackTextKeepingTotal(const QString& stored, const QString& typed)
+{
+    const QString number = typed.trimmed();
+    if (number.isEmpty() || number.contains(QLatin1Char('/')))
+        return number;
+    const QString total = stored.section(QLatin1Char('/'), 1, 1).trimmed();
+    return total.isEmpty() ? number : number + QLatin1Char('/') + total;
+}
+
 }  // namespace pelorin

@@ -40,6 +40,10 @@ struct AudioFieldChange {
 // The fields a writer changes: text differs from the opening text and the group flag is set.
 QList<AudioFieldChange> changedAudioFields(const AudioEdit& edit);
 
+// The track text a writer stores when the user typed `typed` over the stored `stored`: a bare
+// number keeps the stored total ("3/12" edited to "7" stores "7/12"); a typed total wins.
+QString trackTextKeepingTotal(const QString& stored, const QString& typed);
+
 // Writes the edited copy of edit.sourcePath into the storage folder under the same name and
 // container; every frame, atom, chunk and picture not edited is kept.
 CommandResult saveAudioEdits(const AudioEdit& edit, const CommandContext& context);

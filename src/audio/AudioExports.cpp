@@ -51,7 +51,8 @@ CommandResult exportAudioArtwork(const QStringList& paths, const CommandContext&
             result.skip(path, QStringLiteral("the artwork is not a picture this program can decode"));
             continue;
         }
-        const QString target = QStringLiteral("%1/%2.jpg").arg(context.storageFolder, QFileInfo(path).fileName());
+        const QString target = context.claimOutput(
+            storageOutputPath(context.storageFolder, QFileInfo(path).fileName() + QStringLiteral(".jpg")), path);
         if (context.dryRun) {
             result.plan(path, QStringLiteral("artwork"), {}, target);
             continue;
@@ -101,7 +102,7 @@ CommandResult exportAudioMetadata(const QStringList& paths, const CommandContext
         if (!entries.isEmpty())
             all.insert(record.fileName, entries);
     }
-    const QString target = context.storageFolder + QStringLiteral("/metadata.plist");
+    const QString target = context.claimOutput(storageOutputPath(context.storageFolder, QStringLiteral("metadata.plist")));
     if (context.dryRun) {
         for (auto it = all.begin(); it != all.end(); ++it)
             result.plan(target, it.key(), {}, QStringList(it.value().toMap().keys()).join(QStringLiteral(", ")));

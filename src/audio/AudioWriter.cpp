@@ -17,6 +17,7 @@
 #include "audio/AudioEdits.h"
 
 #include "audio/AudioItems.h"
+#include "audio/AudioReadBack.h"
 #include "audio/AudioScratchCopy.h"
 #include "audio/CafInfo.h"
 #include "audio/Mp4KeyTags.h"
@@ -123,11 +124,19 @@ void setId3Text(TagLib::ID3v2::Tag* tag, const QByteArray& id, const QString& te
     kept->setText(toTString(text));
 }
 
+QString id3Text(TagLib::ID3v2::Tag* tag, const char* id)
+{
+    const TagLib::ID3v2::FrameList frames = tag->frameList(id);
+    return frames.isEmpty() ? QString() : toQString(frames.front()->toString());
+}
+
 void setId3Fields(TagLib::ID3v2::Tag* tag, const Changes& changes)
 {
     for (const AudioFieldChange& change : changes) {
         if (change.field == AudioField::Comments)
             setId3Comment(tag, change.after);
+        else if (change.field == AudioField::TrackNumber)
+            setId3Text(tag, "TRCK", trackTextKeepingTotal(id3Text(tag, "TRCK"), change.after));
         else
             setId3Text(tag, kId3Frames[index(change.field)], change.after);
     }
@@ -173,9 +182,37 @@ void updateId3v1(TagLib::ID3v1::Tag* tag, const Changes& changes)
 
 // ---- Xiph, MP4, properties ----
 
+// Vorbis comments keep the total either in TRACKNUMBER ("3/12") or in its own TRACKTOTAL
+// field; an edit keeps whichever form the file uses.
+void setXiphTrack(TagLib::Ogg::XiphComment* xiph, const QString& typed)
+{
+    const TagLib::Ogg::FieldListMap fields = xiph->fieldListMap();
+    const auto stored = fields.find("TRACKNUMBER");
+    const QString storedText = stored == fields.end() || stored->second.isEmpty()
+                                   ? QString() : toQString(stored->second.front());
+    const bool separateTotal = fields.contains("TRACKTOTAL") || fields.contains("TOTALTRACKS");
+    xiph->removeFields("TRACKNUMBER");
+    if (typed.isEmpty())
+        return;
+    if (!separateTotal) {
+        xiph->addField("TRACKNUMBER", toTString(trackTextKeepingTotal(storedText, typed)));
+        return;
+    }
+    xiph->addField("TRACKNUMBER", toTString(typed.section(QLatin1Char('/'), 0, 0).trimmed()));
+    if (typed.contains(QLatin1Char('/'))) {
+        xiph->removeFields("TOTALTRACKS");
+        xiph->removeFields("TRACKTOTAL");
+        xiph->addField("TRACKTOTAL", toTString(typed.section(QLatin1Char('/'), 1, 1).trimmed()));
+    }
+}
+
 void setXiphFields(TagLib::Ogg::XiphComment* xiph, const Changes& changes)
 {
     for (const AudioFieldChange& c : changes) {
+        if (c.field == AudioField::TrackNumber) {
+            setXiphTrack(xiph, c.after);
+            continue;
+        }
         const TagLib::String name = kXiphNames[index(c.field)];
         xiph->removeFields(name);
         if (!c.after.isEmpty())
@@ -203,8 +240,12 @@ void setMp4Fields(TagLib::MP4::Tag* tag, const Changes& changes)
         if (c.after.isEmpty()) {
             tag->removeItem(atom);
         } else if (c.field == AudioField::TrackNumber) {
-            tag->setItem(atom, TagLib::MP4::Item(c.after.section(QLatin1Char('/'), 0, 0).toInt(),
-                                                 c.after.section(QLatin1Char('/'), 1, 1).toInt()));
+            const TagLib::MP4::Item::IntPair stored = tag->item(atom).toIntPair();
+            const QString text = trackTextKeepingTotal(
+                stored.second > 0 ? QStringLiteral("%1/%2").arg(stored.first).arg(stored.second) : QString(),
+                c.after);
+            tag->setItem(atom, TagLib::MP4::Item(text.section(QLatin1Char('/'), 0, 0).toInt(),
+                                                 text.section(QLatin1Char('/'), 1, 1).toInt()));
         } else {
             tag->setItem(atom, TagLib::StringList(toTString(c.after)));
         }
@@ -231,9 +272,12 @@ void setProperties(TagLib::File& file, const Changes& changes)
     TagLib::PropertyMap properties = file.properties();
     for (const AudioFieldChange& c : changes) {
         const TagLib::String name = kXiphNames[index(c.field)];
+        QString text = c.after;
+        if (c.field == AudioField::TrackNumber && properties.contains(name) && !properties[name].isEmpty())
+            text = trackTextKeepingTotal(toQString(properties[name].front()), c.after);
         properties.erase(name);
-        if (!c.after.isEmpty())
-            properties.insert(name, TagLib::StringList(toTString(c.after)));
+        if (!text.isEmpty())
+            properties.insert(name, TagLib::StringList(toTString(text)));
     }
     file.setProperties(properties);
 }
@@ -311,6 +355,9 @@ bool edit(TagLib::File& file, const Job& job, CommandResult& result, const QStri
             if (const char* id = kRiffFields[index(c.field)]) {
                 if (c.after.isEmpty())
                     wav->InfoTag()->removeField(id);
+                else if (c.field == AudioField::TrackNumber)
+                    wav->InfoTag()->setFieldText(
+                        id, toTString(trackTextKeepingTotal(toQString(wav->InfoTag()->fieldText(id)), c.after)));
                 else
                     wav->InfoTag()->setFieldText(id, toTString(c.after));
             }
@@ -388,7 +435,8 @@ bool edit(TagLib::File& file, const Job& job, CommandResult& result, const QStri
     return file.save();
 }
 
-bool editCaf(const QString& source, const QString& target, const Job& job, QString* problem)
+bool editCaf(const QString& source, const QString& target, const Job& job, const AudioReading& reading,
+             QString* problem)
 {
     CafInfoEntries entries;
     if (!job.remove) {
@@ -412,11 +460,19 @@ bool editCaf(const QString& source, const QString& target, const Job& job, QStri
             else if (it != entries.end() && c.after.isEmpty())
                 entries.erase(it);
             else if (it != entries.end())
-                it->value = c.after;
+                it->value = c.field == AudioField::TrackNumber ? trackTextKeepingTotal(it->value, c.after)
+                                                               : c.after;
         }
     }
     AtomicFileWriter writer(target, source);
-    if (!writer.open() || !writeCafWithInfo(source, entries, writer, problem) || !writer.commit()) {
+    if (!writer.open() || !writeCafWithInfo(source, entries, writer, problem)) {
+        if (problem->isEmpty())
+            *problem = writer.error();
+        return false;
+    }
+    if (*problem = audioReadBackProblem(writer.pendingPath(), reading); !problem->isEmpty())
+        return false;
+    if (!writer.commit()) {
         if (problem->isEmpty())
             *problem = writer.error();
         return false;
@@ -480,7 +536,7 @@ CommandResult run(const QString& source, Job job, const QString& openingCreated,
                             .arg(audioContainerName(job.container)));
         job.artwork.clear();
     }
-    const QString target = storageOutputPath(context.storageFolder, QFileInfo(source).fileName());
+    const QString target = context.claimOutput(storageOutputPath(context.storageFolder, QFileInfo(source).fileName()), source);
     // The output takes the typed created date when it was changed and is a date, else the
     // source's own dates.
     const FileDateReading dates = readFileDates(source);
@@ -508,14 +564,17 @@ CommandResult run(const QString& source, Job job, const QString& openingCreated,
     bool ok = false;
     try {
         if (job.container == AudioContainer::Caf) {
-            ok = editCaf(source, target, job, &problem);
+            ok = editCaf(source, target, job, reading, &problem);
         } else if (job.container == AudioContainer::Mp4 && mp4KeepsQuickTimeKeys(source)) {
             ok = writeMp4KeyTags(source, target, job.changes, job.artwork, job.remove, &problem);
         } else {
             AudioScratchCopy copy(source, target);
             ok = copy.create() && editWithTagLib(copy.path(), job, result, source, &problem)
-                 && (job.container != AudioContainer::Wav || renameWavId3Chunk(copy.path()))
-                 && copy.commit();
+                 && (job.container != AudioContainer::Wav || renameWavId3Chunk(copy.path()));
+            if (ok) {
+                problem = audioReadBackProblem(copy.path(), reading);
+                ok = problem.isEmpty() && copy.commit();
+            }
             if (!ok && problem.isEmpty())
                 problem = copy.error();
         }

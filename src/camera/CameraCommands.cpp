@@ -33,7 +33,7 @@ CommandResult downloadCameraFiles(CameraSession& session, const QList<CameraFile
         if (!info) {
             result.skip(label, error);
         } else {
-            const QString target = storageOutputPath(context.storageFolder, file.name);
+            const QString target = context.claimOutput(storageOutputPath(context.storageFolder, file.name));
             if (context.dryRun) {
                 result.plan(target, QStringLiteral("file"),
                             QFileInfo::exists(target) ? QStringLiteral("existing file") : QString(),

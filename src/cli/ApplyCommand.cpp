@@ -1,6 +1,7 @@
 #include "cli/ApplyCommand.h"
 
 #include "cli/CliOutput.h"
+#include "cli/CliValues.h"
 #include "model/PhotoBatch.h"
 #include "dates/EditorApply.h"
 #include "model/FileDates.h"
@@ -9,6 +10,8 @@
 
 #include <QFileInfo>
 
+#include <optional>
+
 namespace pelorin::cli {
 namespace {
 
@@ -16,6 +19,7 @@ struct FieldOption {
     const char* name;
     QString PhotoEditorTexts::*field;
     const char* help;
+    std::optional<ValueKind> kind = std::nullopt;  // free text when unset
 };
 
 const FieldOption kFieldOptions[] = {
@@ -27,12 +31,12 @@ const FieldOption kFieldOptions[] = {
     {"keywords", &PhotoEditorTexts::keywords, "IPTC keywords, separated by commas"},
     {"make", &PhotoEditorTexts::cameraMake, "camera make"},
     {"model", &PhotoEditorTexts::cameraModel, "camera model"},
-    {"camera-date", &PhotoEditorTexts::cameraDate, "date digitized, YYYY:MM:DD HH:MM:SS or YYYY-MM-DD HH:MM:SS"},
-    {"gps-date", &PhotoEditorTexts::gpsDate, "GPS date stamp, YYYY:MM:DD"},
-    {"gps-time", &PhotoEditorTexts::gpsTime, "GPS time stamp, HH:MM:SS (UTC)"},
-    {"altitude", &PhotoEditorTexts::gpsAltitude, "altitude in metres, negative below sea level"},
-    {"lat", &PhotoEditorTexts::gpsLatitude, "latitude in degrees, negative south"},
-    {"lon", &PhotoEditorTexts::gpsLongitude, "longitude in degrees, negative west"},
+    {"camera-date", &PhotoEditorTexts::cameraDate, "date digitized, YYYY:MM:DD HH:MM:SS or YYYY-MM-DD HH:MM:SS", ValueKind::DateTime},
+    {"gps-date", &PhotoEditorTexts::gpsDate, "GPS date stamp, YYYY:MM:DD", ValueKind::Date},
+    {"gps-time", &PhotoEditorTexts::gpsTime, "GPS time stamp, HH:MM:SS (UTC)", ValueKind::Time},
+    {"altitude", &PhotoEditorTexts::gpsAltitude, "altitude in metres, negative below sea level", ValueKind::Altitude},
+    {"lat", &PhotoEditorTexts::gpsLatitude, "latitude in degrees, negative south", ValueKind::Latitude},
+    {"lon", &PhotoEditorTexts::gpsLongitude, "longitude in degrees, negative west", ValueKind::Longitude},
 };
 
 }  // namespace
@@ -67,6 +71,11 @@ bool takeEditorFieldOptions(const QStringList& args, QList<EditorFieldValue>* fi
                 return false;
             }
             value = args[++i];
+        }
+        if (match->kind) {
+            *error = checkOptionValue(*match->kind, QStringLiteral("--") + QLatin1String(match->name), value);
+            if (!error->isEmpty())
+                return false;
         }
         fields->append({match->field, value});
     }

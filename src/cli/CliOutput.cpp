@@ -74,6 +74,7 @@ CommandContext CliReporter::context()
     c.storageFolder = invocation_.outputFolder;
     c.reveal = revealHook();
     c.dryRun = invocation_.dryRun;
+    c.outputNames = outputNames_;
     return c;
 }
 

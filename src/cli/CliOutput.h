@@ -35,7 +35,8 @@ public:
     explicit CliReporter(const CliInvocation& invocation) : invocation_(invocation) {}
 
     RevealHook revealHook();
-    // The context every engine command of this invocation runs with.
+    // The context every engine command of this invocation runs with. All of them share one
+    // set of output names: an invocation is one command, however many engine calls it makes.
     CommandContext context();
     // Prints the result and answers the exit status it stands for.
     int report(const CommandResult& result);
@@ -43,6 +44,7 @@ public:
 private:
     const CliInvocation& invocation_;
     QSet<QString> shown_;
+    std::shared_ptr<OutputNames> outputNames_ = std::make_shared<OutputNames>();
 };
 
 }  // namespace pelorin::cli

@@ -1,6 +1,7 @@
 #include "cli/GpsCommand.h"
 
 #include "cli/CliOutput.h"
+#include "cli/CliValues.h"
 #include "cli/SetDateCommand.h"
 #include "dates/GpsSave.h"
 #include "photo/PhotoProperties.h"
@@ -66,6 +67,12 @@ int GpsCommand::set(CliInvocation& invocation)
         return usageError(invocation, name(), args.error);
     if (!args.has(lat) || !args.has(lon) || !args.has(alt))
         return usageError(invocation, name(), QStringLiteral("give --lat, --lon and --alt"));
+    const std::pair<QString, ValueKind> checks[] = {{lat, ValueKind::Latitude}, {lon, ValueKind::Longitude},
+                                                    {alt, ValueKind::Altitude}, {date, ValueKind::Date},
+                                                    {time, ValueKind::Time}};
+    for (const auto& [option, kind] : checks)
+        if (const QString error = checkOptionValue(kind, option, args.value(option)); !error.isEmpty())
+            return usageError(invocation, name(), error);
     if (args.files.isEmpty())
         return usageError(invocation, name(), QStringLiteral("give at least one file"));
     const GpsInput input{args.value(lat), args.value(lon), args.value(alt), args.value(date), args.value(time)};

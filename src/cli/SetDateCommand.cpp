@@ -1,6 +1,7 @@
 #include "cli/SetDateCommand.h"
 
 #include "cli/CliOutput.h"
+#include "cli/CliValues.h"
 #include "dates/PhotoDateEdit.h"
 
 #include <QFileInfo>
@@ -79,6 +80,9 @@ int SetDateCommand::run(CliInvocation& invocation)
         return usageError(invocation, name(), args.error);
     if (!args.has(QStringLiteral("--original")))
         return usageError(invocation, name(), QStringLiteral("give the date with --original"));
+    for (const QString& option : {QStringLiteral("--original"), QStringLiteral("--digitized")})
+        if (const QString error = checkOptionValue(ValueKind::DateTime, option, args.value(option)); !error.isEmpty())
+            return usageError(invocation, name(), error);
     if (args.files.isEmpty())
         return usageError(invocation, name(), QStringLiteral("give at least one file"));
     PhotoDateEdit edit;

@@ -1,6 +1,7 @@
 #include "cli/ShiftDatesCommand.h"
 
 #include "cli/CliOutput.h"
+#include "cli/CliValues.h"
 #include "cli/SetDateCommand.h"
 #include "dates/PhotoDateShift.h"
 
@@ -53,6 +54,9 @@ int ShiftDatesCommand::run(CliInvocation& invocation)
     const int modes = int(args.has(by)) + int(args.has(to)) + int(args.has(reference));
     if (modes != 1)
         return usageError(invocation, name(), QStringLiteral("give exactly one of --by, --to and --reference"));
+    for (const QString& option : {to, originalAfter, digitizedAfter})
+        if (const QString error = checkOptionValue(ValueKind::DateTime, option, args.value(option)); !error.isEmpty())
+            return usageError(invocation, name(), error);
     if (args.files.isEmpty())
         return usageError(invocation, name(), QStringLiteral("give at least one file"));
 

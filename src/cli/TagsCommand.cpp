@@ -3,6 +3,7 @@
 #include "audio/AudioEdits.h"
 #include "audio/AudioRecord.h"
 #include "cli/CliOutput.h"
+#include "cli/CliValues.h"
 
 #include <QFile>
 #include <QJsonArray>
@@ -46,6 +47,22 @@ QString recordText(const IKImageItem& r, AudioField field)
     return {};
 }
 
+// Free-text fields take any text; numbers and dates are checked before any file is written.
+QString checkFieldValue(AudioField field, const QString& option, const QString& text)
+{
+    switch (field) {
+    case AudioField::TrackNumber: return checkOptionValue(ValueKind::TrackNumber, option, text);
+    case AudioField::Year: return checkOptionValue(ValueKind::Year, option, text);
+    case AudioField::RecordDate:
+        // A recording date is a date and time, a day or only a year.
+        if (checkOptionValue(ValueKind::Year, option, text).isEmpty()
+            || checkOptionValue(ValueKind::Date, option, text).isEmpty())
+            return {};
+        return checkOptionValue(ValueKind::DateTime, option, text);
+    default: return {};
+    }
+}
+
 QString itemText(const MediaMetadataItem& item)
 {
     if (item.value.typeId() == QMetaType::QByteArray)
@@ -73,7 +90,10 @@ QString TagsCommand::help() const
         "        exactly the given fields changed; an empty TEXT removes the field. Every other\n"
         "        frame, atom, chunk and picture is kept. FIELD is one of --title --subtitle\n"
         "        --album --artist --track --composer --record-date --year --copyright\n"
-        "        --publisher --band --comments --lyrics. --created-date gives the copy that\n"
+        "        --publisher --band --comments --lyrics. --track takes N or N/TOTAL (1 to 65535);\n"
+        "        a bare N keeps the total the file stores. --year takes YYYY or YYYY-MM-DD.\n"
+        "        A value that is out of range is an error and nothing is written.\n"
+        "        --created-date gives the copy that\n"
         "        date (yyyy:MM:dd HH:mm:ss or yyyy-MM-dd HH:mm:ss); --artwork sets the front\n"
         "        cover picture.\n"
         "remove  writes a copy of each file without any tag or picture; the audio is unchanged.");
@@ -162,8 +182,12 @@ int TagsCommand::set(CliInvocation& invocation, const QStringList& args)
         const auto option = std::find_if(std::begin(kOptions), std::end(kOptions),
                                          [&](const Option& o) { return arg == QLatin1String(o.name); });
         if (option != std::end(kOptions)) {
+            if (const QString error = checkFieldValue(option->field, arg, value); !error.isEmpty())
+                return usageError(invocation, name(), error);
             values.insert(option->field, value);
         } else if (arg == QLatin1String("--created-date")) {
+            if (const QString error = checkOptionValue(ValueKind::DateTime, arg, value); !error.isEmpty())
+                return usageError(invocation, name(), error);
             createdDate = value;
             createdGiven = true;
         } else if (arg == QLatin1String("--artwork")) {

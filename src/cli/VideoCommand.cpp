@@ -1,6 +1,7 @@
 #include "cli/VideoCommand.h"
 
 #include "cli/CliOutput.h"
+#include "cli/CliValues.h"
 #include "video/MovieDateCommands.h"
 #include "video/MovieReader.h"
 #include "video/MovieRemoval.h"
@@ -132,6 +133,12 @@ int set(CliInvocation& invocation, const QString& command, const QStringList& ar
             return usageError(invocation, command, QStringLiteral("'%1' needs a value").arg(args[i]));
         *field = args[++i];
     }
+    const std::tuple<const char*, const std::optional<QString>&, ValueKind> checked[] = {
+        {"--lat", edits.latitude, ValueKind::Latitude}, {"--lon", edits.longitude, ValueKind::Longitude},
+        {"--alt", edits.altitude, ValueKind::Altitude}, {"--created-date", edits.createdDate, ValueKind::DateTime}};
+    for (const auto& [option, value, kind] : checked)
+        if (const QString error = checkOptionValue(kind, QLatin1String(option), value.value_or(QString())); !error.isEmpty())
+            return usageError(invocation, command, error);
     if (edits.isEmpty())
         return usageError(invocation, command, QStringLiteral("give at least one field to set"));
     if (files.isEmpty())

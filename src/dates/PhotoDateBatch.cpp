@@ -18,6 +18,13 @@ std::vector<char> forEachPhotoInParallel(const PhotoSelection& selection, const 
     const bool camera = selection.source == PhotoSource::Camera;
     const int total = int(selection.items.size());
     std::vector<char> ran(static_cast<size_t>(total), 0);
+    // Output names are given in selection order, so the later of two same-named photos is the
+    // one that gets a numbered name, whatever order the threads finish in.
+    std::vector<QString> outputs;
+    for (const IKImageItem& item : selection.items) {
+        const QString wanted = storageOutputPath(context.storageFolder, item.fileName);
+        outputs.push_back(context.claimOutput(wanted, camera ? wanted : item.filePath));
+    }
     std::atomic_int finished{0};
     parallelFor(total, [&](int i) {
         if (context.isCancelled())
@@ -25,7 +32,7 @@ std::vector<char> forEachPhotoInParallel(const PhotoSelection& selection, const 
         const IKImageItem& item = selection.items[i];
         DatePhoto photo;
         photo.item = &item;
-        photo.output = storageOutputPath(context.storageFolder, item.fileName);
+        photo.output = outputs[size_t(i)];
         // A camera photo is our own download in the storage folder and is rewritten in place.
         photo.input = camera ? photo.output : item.filePath;
         photo.inPlace = camera;

@@ -10,7 +10,7 @@ namespace pelorin {
 void writeExportPlist(const QVariantMap& root, const QString& fileName, const CommandContext& context,
                       CommandResult& result)
 {
-    const QString path = storageOutputPath(context.storageFolder, fileName);
+    const QString path = context.claimOutput(storageOutputPath(context.storageFolder, fileName));
     const PropertyListXml xml = writePropertyListXml(root);
     if (!xml.xml) {
         result.skip(path, QStringLiteral("cannot be written as a property list: %1").arg(xml.error));

@@ -1,9 +1,12 @@
 #pragma once
 
+#include "model/OutputNames.h"
+
 #include <QString>
 
 #include <atomic>
 #include <functional>
+#include <memory>
 
 namespace pelorin {
 
@@ -35,6 +38,16 @@ struct CommandContext {
     const std::atomic_bool* cancelled = nullptr;
     // Plan only: report in the result what each file would get, and write nothing.
     bool dryRun = false;
+    // The output paths this command has given; copies of the context share them, a new context
+    // (a new command) starts afresh.
+    std::shared_ptr<OutputNames> outputNames = std::make_shared<OutputNames>();
+
+    // The path an output should take: wanted, or a free numbered name when an earlier output
+    // of this command already took wanted.
+    QString claimOutput(const QString& wanted, const QString& madeFrom = {}) const
+    {
+        return outputNames->claim(wanted, madeFrom);
+    }
 
     bool isCancelled() const { return cancelled && cancelled->load(); }
     void report(int done, int total) const

@@ -169,6 +169,13 @@ bool AtomicFileWriter::cloneFrom(const QString& sourcePath)
     return ok;
 }
 
+QString AtomicFileWriter::pendingPath() const
+{
+    if (!namedTemp_.isEmpty())
+        return namedTemp_;
+    return fd_ >= 0 ? QStringLiteral("/proc/self/fd/%1").arg(fd_) : QString();
+}
+
 bool AtomicFileWriter::linkIntoPlace()
 {
     const QByteArray target = QFile::encodeName(target_);

@@ -38,6 +38,9 @@ public:
 
     const QString& error() const { return error_; }
     const QString& targetPath() const { return target_; }
+    // Where the bytes written so far can be opened for reading before commit(), so that a
+    // caller can read its output back and discard it instead of linking a bad file into place.
+    QString pendingPath() const;
     std::int64_t bytesWritten() const { return written_; }
 
 private:

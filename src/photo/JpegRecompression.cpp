@@ -188,7 +188,7 @@ CommandResult recompressPhotos(const QStringList& paths, const CommandContext& c
     for (qsizetype i = 0; i < paths.size(); ++i) {
         if (context.isCancelled())
             break;
-        const QString output = recompressedOutputPath(paths[i], context.storageFolder);
+        const QString output = context.claimOutput(recompressedOutputPath(paths[i], context.storageFolder), paths[i]);
         const qsizetype before = result.written.size();
         compressPhotowithFilePath(paths[i], output, context, result);
         if (result.written.size() > before)

@@ -84,7 +84,7 @@ CommandResult stampPhotoDates(const PhotoSelection& selection, const DateStampSt
             continue;
         }
         const QImage stamped = drawDateStamp(upright, dateStampText(*date, style.dateFormat), style);
-        const QString output = recompressedOutputPath(input, context.storageFolder);
+        const QString output = context.claimOutput(recompressedOutputPath(input, context.storageFolder), input);
         const qsizetype before = result.written.size();
         compressPhotowithFilePath(input, output, context, result, stamped);
         if (result.written.size() > before)

@@ -82,6 +82,16 @@ CommandResult removePhotoMetadata(MetadataRemoval what, const PhotoSelection& se
         bool done = false;
     };
     std::vector<Outcome> outcomes(static_cast<size_t>(total));
+    // Output names are given in selection order, so the later of two same-named photos is the
+    // one that gets a numbered name, whatever order the threads finish in.
+    for (int i = 0; i < total; ++i) {
+        const IKImageItem& item = selection.items[i];
+        Outcome& o = outcomes[size_t(i)];
+        o.input = photoInputPath(item, selection.source, context.storageFolder);
+        o.output = context.claimOutput(storageOutputPath(context.storageFolder, item.fileName,
+                                                         camera ? cameraOutputPrefix(what) : QString()),
+                                       o.input);
+    }
     std::atomic_int finished{0};
     PhotoWriteOptions options;
     options.durability = Durability::Deferred;  // one flush for the batch, below
@@ -91,9 +101,6 @@ CommandResult removePhotoMetadata(MetadataRemoval what, const PhotoSelection& se
             return;
         const IKImageItem& item = selection.items[i];
         Outcome& o = outcomes[size_t(i)];
-        o.input = photoInputPath(item, selection.source, context.storageFolder);
-        o.output = storageOutputPath(context.storageFolder, item.fileName,
-                                     camera ? cameraOutputPrefix(what) : QString());
         o.missing = camera && !QFileInfo::exists(o.input);
         if (!o.missing)
             o.written = CopyPhotoWithProperties(o.input, changes, o.output, options);

@@ -16,7 +16,8 @@ CommandResult forEachMovie(const QStringList& files, const CommandContext& conte
     for (const QString& file : files) {
         if (context.isCancelled())
             break;
-        work(file, storageOutputPath(context.storageFolder, QFileInfo(file).fileName()), result);
+        work(file, context.claimOutput(storageOutputPath(context.storageFolder, QFileInfo(file).fileName()), file),
+             result);
         context.report(++done, int(files.size()));
     }
     return result;

@@ -44,7 +44,9 @@ TEST(MovieSave, MxfCopiesTakeOnlyTheCreatedDate)
 
     // Other fields cannot go into an MXF: the copy is made and the result says what was left out.
     edits.title = "Title";
-    const CommandResult titled = saveMovieFields({source}, edits, context);
+    CommandContext next;  // a second command: it may replace the first one's output
+    next.storageFolder = context.storageFolder;
+    const CommandResult titled = saveMovieFields({source}, edits, next);
     EXPECT_EQ(titled.written, QStringList{output});
     EXPECT_EQ(titled.notes.filter("MXF").size(), 1);
 }

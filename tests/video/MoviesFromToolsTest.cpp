@@ -79,6 +79,7 @@ TEST(MoviesFromTools, KeysInTheUserDataAreReadAndChangedWhereTheyAre)
         EXPECT_EQ(plan.planned[0].after, "Rio");
 
         context.dryRun = false;
+        context.outputNames = std::make_shared<OutputNames>();  // a new command after the plan
         const CommandResult result = saveMovieFields({source}, edits, context);
         ASSERT_TRUE(result.succeeded()) << result.skipped.value(0).reason.toStdString();
         const QString output = context.storageFolder + "/keys." + extension;
@@ -223,6 +224,7 @@ TEST(MoviesFromTools, ADateInTheSpringGapKeepsItsWallClockWithTheLaterOffset)
     MovieFieldEdits edits;
     edits.shootDate = "2021-03-28 02:30:00";
     const CommandResult saved = saveMovieFields({source}, edits, context);
+    context.outputNames = std::make_shared<OutputNames>();  // a second command
     const CommandResult fromName = movieDatesFromFileNames({named}, context);
     ASSERT_EQ(saved.written.size() + fromName.written.size(), 2u);
     for (const QString& output : {saved.written[0], fromName.written[0]}) {

@@ -97,15 +97,13 @@ void AppDelegate::awakeFromNib()
     window_->localImageBrowserView->setModel(browserModel_);
     window_->dragtableView->setModel(items_);
     QHeaderView* header = window_->dragtableView->horizontalHeader();
-    // The name takes the room the fixed columns leave, so the table never scrolls sideways.
-    header->setStretchLastSection(false);
-    header->setSectionResizeMode(ImportedItemsModel::Name, QHeaderView::Stretch);
+    // Numbers take their own width; the text columns are fitted to their texts as rows arrive,
+    // and the table scrolls sideways when the pane is narrower than all of them.
+    header->setStretchLastSection(true);
     header->setMinimumSectionSize(40);
-    header->resizeSection(ImportedItemsModel::Size, 74);
-    header->resizeSection(ImportedItemsModel::Duration, 66);
-    header->resizeSection(ImportedItemsModel::Kind, 90);
-    header->resizeSection(ImportedItemsModel::Artist, 86);
-    header->resizeSection(ImportedItemsModel::Album, 86);
+    header->setSectionResizeMode(ImportedItemsModel::Size, QHeaderView::ResizeToContents);
+    header->setSectionResizeMode(ImportedItemsModel::Duration, QHeaderView::ResizeToContents);
+    header->setResizeContentsPrecision(200);
     // Commands that need a selection wait for one.
     for (QWidget* button : {static_cast<QWidget*>(window_->deletePhotoBtn), static_cast<QWidget*>(window_->downloadPhotoBtn),
                             static_cast<QWidget*>(window_->importEditPhotoBtn), static_cast<QWidget*>(window_->opendeviceBtn)})

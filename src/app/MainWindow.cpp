@@ -54,9 +54,17 @@ QWidget* pictureHint(const QString& objectName, const QString& picture, const QS
 }
 
 // Six buttons do not fit the pane's width with their names; they go in two rows of three.
+// A row of picture buttons that is never narrower than their whole labels (the buttons would
+// otherwise elide "Remove from List" to "Remo…List").
+class WholeLabelsRow : public QWidget {
+public:
+    using QWidget::QWidget;
+    QSize minimumSizeHint() const override { return layout() ? layout()->sizeHint() : QWidget::minimumSizeHint(); }
+};
+
 QWidget* buttonGrid(const QList<QWidget*>& buttons, QWidget* parent)
 {
-    auto* grid = new QWidget(parent);
+    auto* grid = new WholeLabelsRow(parent);
     auto* layout = new QGridLayout(grid);
     layout->setContentsMargins(0, 4, 0, 0);
     layout->setSpacing(2);
@@ -67,7 +75,7 @@ QWidget* buttonGrid(const QList<QWidget*>& buttons, QWidget* parent)
 
 QWidget* buttonRow(const QList<QWidget*>& buttons, QWidget* parent)
 {
-    auto* row = new QWidget(parent);
+    auto* row = new WholeLabelsRow(parent);
     auto* layout = new QHBoxLayout(row);
     layout->setContentsMargins(0, 4, 0, 0);
     layout->setSpacing(2);
@@ -327,6 +335,24 @@ void MainWindow::closeEvent(QCloseEvent* event)
         event->accept();
     else
         event->ignore();
+}
+
+void MainWindow::showEvent(QShowEvent* event)
+{
+    // Sized once the look is applied, when the labels' widths are known: each pane holds its
+    // buttons' whole labels, and the window holds the panes.
+    if (!minimumsFitted_) {
+        minimumsFitted_ = true;
+        if (auto* splitter = centralWidget()->findChild<QSplitter*>(QStringLiteral("mainSplitter"))) {
+            for (int i = 0; i < splitter->count(); ++i) {
+                QWidget* pane = splitter->widget(i);
+                if (pane->layout())
+                    pane->setMinimumWidth(std::max(pane->minimumWidth(), pane->layout()->minimumSize().width()));
+            }
+        }
+        setMinimumWidth(std::max(minimumWidth(), centralWidget()->minimumSizeHint().width()));
+    }
+    QMainWindow::showEvent(event);
 }
 
 void MainWindow::resizeEvent(QResizeEvent* event)

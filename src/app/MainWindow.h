@@ -84,8 +84,10 @@ public:
 protected:
     void closeEvent(QCloseEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
+    void showEvent(QShowEvent* event) override;
 
 private:
+    bool minimumsFitted_ = false;
     QWidget* buildLeftPane();
     QWidget* buildMediaPane();
     QWidget* buildInspectorPane();

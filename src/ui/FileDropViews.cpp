@@ -4,6 +4,9 @@
 #include <QDropEvent>
 #include <QHeaderView>
 #include <QMimeData>
+#include <QTimer>
+
+#include <algorithm>
 
 namespace pelorin {
 
@@ -80,6 +83,47 @@ MediaTableView::MediaTableView(QWidget* parent) : QTableView(parent)
     setAcceptDrops(true);
     setDragDropMode(QAbstractItemView::DropOnly);
     viewport()->setAcceptDrops(true);
+}
+
+void MediaTableView::setModel(QAbstractItemModel* model)
+{
+    if (QAbstractItemModel* old = this->model())
+        disconnect(old, nullptr, this, nullptr);
+    QTableView::setModel(model);
+    if (!model)
+        return;
+    connect(model, &QAbstractItemModel::rowsInserted, this, &MediaTableView::scheduleFit);
+    connect(model, &QAbstractItemModel::modelReset, this, &MediaTableView::scheduleFit);
+    connect(model, &QAbstractItemModel::dataChanged, this, &MediaTableView::scheduleFit);
+    connect(model, &QAbstractItemModel::rowsRemoved, this, &MediaTableView::scheduleFit);
+    scheduleFit();
+}
+
+void MediaTableView::scheduleFit()
+{
+    // One fit per turn of the event loop, however many batches of rows arrived.
+    if (fitPending_)
+        return;
+    fitPending_ = true;
+    QTimer::singleShot(0, this, [this] {
+        fitPending_ = false;
+        fitColumnsToText();
+    });
+}
+
+void MediaTableView::fitColumnsToText()
+{
+    if (!model())
+        return;
+    QHeaderView* header = horizontalHeader();
+    const int cap = std::max(160, viewport()->width() * 3 / 4);
+    for (int column = 0; column < model()->columnCount(); ++column) {
+        if (header->isSectionHidden(column) || header->sectionResizeMode(column) != QHeaderView::Interactive)
+            continue;
+        // The rows on screen and the title; further rows are measured as they scroll in.
+        const int wanted = std::max(sizeHintForColumn(column), header->sectionSizeHint(column));
+        header->resizeSection(column, std::clamp(wanted, header->minimumSectionSize(), cap));
+    }
 }
 
 void MediaTableView::dragEnterEvent(QDragEnterEvent* event) { answerDrag(DropTarget::MediaTable, event); }

@@ -28,6 +28,11 @@ class MediaTableView : public QTableView {
 public:
     explicit MediaTableView(QWidget* parent = nullptr);
 
+    void setModel(QAbstractItemModel* model) override;
+    // Gives the text columns the width of their texts (up to a cap each, so one long name does
+    // not push the others out of sight), the table scrolling sideways when they need more room.
+    void fitColumnsToText();
+
 signals:
     void filesDropped(const QStringList& paths);
 
@@ -35,6 +40,10 @@ protected:
     void dragEnterEvent(QDragEnterEvent* event) override;
     void dragMoveEvent(QDragMoveEvent* event) override;
     void dropEvent(QDropEvent* event) override;
+
+private:
+    void scheduleFit();
+    bool fitPending_ = false;
 };
 
 }  // namespace pelorin

@@ -197,6 +197,27 @@ private slots:
         QVERIFY(!settings.contains(QStringLiteral("fontsize")));
     }
 
+    // At the smallest window every picture button shows its whole label, and the media table's
+    // text columns are as wide as their texts (up to their cap).
+    void labelsAndColumnsAreWholeAtTheMinimumSize()
+    {
+        importWithAddCommand(dataFiles(kMedia));
+        app_->window()->resize(app_->window()->minimumSize());
+        QTest::qWait(100);
+        for (HoverToolButton* button : app_->window()->findChildren<HoverToolButton*>()) {
+            if (button->isVisible())
+                QVERIFY2(button->width() >= button->sizeHint().width(), qPrintable(button->objectName()));
+        }
+        MediaTableView* table = app_->window()->dragtableView;
+        const QFontMetrics metrics(table->font());
+        for (int row = 0; row < app_->localPhotoItemArray()->rowCount(); ++row) {
+            const QString name = app_->localPhotoItemArray()->item(row).fileName;
+            QVERIFY2(table->columnWidth(ImportedItemsModel::Name) >= metrics.horizontalAdvance(name), qPrintable(name));
+            const QString kind = table->model()->index(row, ImportedItemsModel::Kind).data().toString();
+            QVERIFY2(table->columnWidth(ImportedItemsModel::Kind) >= metrics.horizontalAdvance(kind), qPrintable(kind));
+        }
+    }
+
     void addCommandAndDropsFillBothViews()
     {
         importWithAddCommand(dataFiles(kPhotos + kMedia));

@@ -2,6 +2,8 @@
 
 #include "app/DesktopReveal.h"
 
+#include <QFileInfo>
+
 #include <QCoreApplication>
 #include <QMetaObject>
 #include <QMutex>
@@ -63,13 +65,20 @@ bool CommandRunner::run(const QString& title, const QString& storageFolder, Engi
             [this, title, result, done, reveals] {
                 busy_ = false;
                 const bool wasCancelled = cancelled_.load();
-                if (!reveals->files.isEmpty())
-                    DesktopReveal::showFiles(reveals->files);
-                else if (!reveals->folder.isEmpty())
-                    DesktopReveal::openFolder(reveals->folder);
+                CommandResult shown = result;
+                bool revealed = true;
+                QString where = reveals->folder;
+                if (!reveals->files.isEmpty()) {
+                    revealed = DesktopReveal::showFiles(reveals->files);
+                    where = QFileInfo(reveals->files.first()).absolutePath();
+                } else if (!reveals->folder.isEmpty()) {
+                    revealed = DesktopReveal::openFolder(reveals->folder);
+                }
+                if (!revealed)
+                    shown.noteOnce(QStringLiteral("No file manager answered to show the files; they are in %1").arg(where));
                 if (done)
-                    done(result);
-                emit ended(title, result, wasCancelled);
+                    done(shown);
+                emit ended(title, shown, wasCancelled);
             },
             Qt::QueuedConnection);
     });

@@ -48,19 +48,19 @@ bool showItemsOverDBus(const QStringList& files)
 
 }  // namespace
 
-void DesktopReveal::showFiles(const QStringList& files)
+bool DesktopReveal::showFiles(const QStringList& files)
 {
     if (files.isEmpty() || !record(QStringLiteral("show:") + files.join(QLatin1Char('|'))))
-        return;
-    if (!showItemsOverDBus(files))
-        QDesktopServices::openUrl(QUrl::fromLocalFile(QFileInfo(files.first()).absolutePath()));
+        return true;
+    return showItemsOverDBus(files)
+           || QDesktopServices::openUrl(QUrl::fromLocalFile(QFileInfo(files.first()).absolutePath()));
 }
 
-void DesktopReveal::openFolder(const QString& folder)
+bool DesktopReveal::openFolder(const QString& folder)
 {
     if (folder.isEmpty() || !record(QStringLiteral("open:") + folder))
-        return;
-    QDesktopServices::openUrl(QUrl::fromLocalFile(folder));
+        return true;
+    return QDesktopServices::openUrl(QUrl::fromLocalFile(folder));
 }
 
 void DesktopReveal::setEnabled(bool enabled)

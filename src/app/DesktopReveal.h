@@ -8,8 +8,10 @@ namespace pelorin {
 // by the desktop's default handler.
 class DesktopReveal {
 public:
-    static void showFiles(const QStringList& files);
-    static void openFolder(const QString& folder);
+    // False when nothing on this desktop could show them (no file manager on the bus and no
+    // handler for folders), so the caller can say where the files are instead.
+    static bool showFiles(const QStringList& files);
+    static bool openFolder(const QString& folder);
 
     // Tests and batch runs switch revealing off; the requests are then only recorded.
     static void setEnabled(bool enabled);

@@ -28,6 +28,7 @@
 #include <QAction>
 #include <QApplication>
 #include <QComboBox>
+#include <QDBusConnection>
 #include <QDir>
 #include <QFile>
 #include <QFontDatabase>
@@ -216,6 +217,27 @@ private slots:
             const QString kind = table->model()->index(row, ImportedItemsModel::Kind).data().toString();
             QVERIFY2(table->columnWidth(ImportedItemsModel::Kind) >= metrics.horizontalAdvance(kind), qPrintable(kind));
         }
+    }
+
+    // Where nothing can show the files (no file manager on the bus, no desktop opener), the
+    // reveal says so instead of pretending.
+    void revealWithoutFileManagerSaysWhereTheFilesAre()
+    {
+        const QByteArray path = qgetenv("PATH");
+        const QByteArray bus = qgetenv("DBUS_SESSION_BUS_ADDRESS");
+        qputenv("PATH", "/nonexistent");
+        qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent/bus");
+        DesktopReveal::setEnabled(true);
+        const bool shown = DesktopReveal::showFiles({output(QStringLiteral("x.jpg"))});
+        DesktopReveal::setEnabled(false);
+        qputenv("PATH", path);
+        if (bus.isEmpty())
+            qunsetenv("DBUS_SESSION_BUS_ADDRESS");
+        else
+            qputenv("DBUS_SESSION_BUS_ADDRESS", bus);
+        if (QDBusConnection::sessionBus().isConnected())
+            QSKIP("a session bus was already connected in this process");
+        QVERIFY(!shown);
     }
 
     void addCommandAndDropsFillBothViews()

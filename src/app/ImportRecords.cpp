@@ -1,5 +1,7 @@
 #include "app/ImportRecords.h"
 
+#include "photo/PhotoArtist.h"
+
 #include "audio/AudioRecord.h"
 #include "model/DisplayTexts.h"
 #include "model/FileKinds.h"
@@ -67,6 +69,7 @@ std::optional<IKImageItem> readImportRecord(const QString& path)
         const qint64 size = QFileInfo(path).size();
         if (size > 0)
             record.fileSize = sizeText(std::uint64_t(size));
+        record.fileArist = readPhotoArtist(path);
         return record;
     }
     if (isAudioExtension(extension))

@@ -240,6 +240,31 @@ private slots:
         QVERIFY(!shown);
     }
 
+    // Photos that name their author show it in the media table's Artist column, from EXIF,
+    // IPTC or XMP as exiftool wrote it.
+    void photosShowTheirArtist()
+    {
+        const QStringList tags{QStringLiteral("-Artist=Ansel Adams"), QStringLiteral("-IPTC:By-line=Dorothea Lange"),
+                               QStringLiteral("-XMP-dc:Creator=Vivian Maier")};
+        QStringList paths;
+        for (int i = 0; i < tags.size(); ++i) {
+            const QString path = temp_.filePath(QStringLiteral("artist-%1.jpg").arg(i));
+            QFile::remove(path);
+            QVERIFY(QFile::copy(test::dataPath(QStringLiteral("exiv2-nikon-d70.jpg")), path));
+            QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner);
+            QVERIFY(test::exiftoolWrite(path, {QStringLiteral("-all="), tags[i]}));
+            paths.append(path);
+        }
+        importWithAddCommand(paths);
+        const QStringList expected{QStringLiteral("Ansel Adams"), QStringLiteral("Dorothea Lange"), QStringLiteral("Vivian Maier")};
+        QCOMPARE(app_->localPhotoItemArray()->rowCount(), 3);
+        for (int row = 0; row < 3; ++row) {
+            const QModelIndex cell = app_->localPhotoItemArray()->index(row, ImportedItemsModel::Artist);
+            const int which = app_->localPhotoItemArray()->item(row).fileName.mid(7, 1).toInt();
+            QCOMPARE(cell.data().toString(), expected[which]);
+        }
+    }
+
     void addCommandAndDropsFillBothViews()
     {
         importWithAddCommand(dataFiles(kPhotos + kMedia));

@@ -219,7 +219,7 @@ void CameraActions::showSelectedFile()
         return;
     const QModelIndex index = items_->index(int(it - items_->items().begin()));
     const QImage preview = index.data(Qt::DecorationRole).value<QIcon>().pixmap(170).toImage();
-    if (isImageExtension(pathExtension(file.name)) && QFileInfo(copy).isFile()) {
+    if (isImageExtension(pathExtension(file.name)) && hasUniqueName(file) && QFileInfo(copy).isFile()) {
         app_.showPhotoDetails(copy, file.name, preview);
         return;
     }
@@ -301,11 +301,19 @@ void CameraActions::download(bool importToEdit)
         });
 }
 
+bool CameraActions::hasUniqueName(const CameraFileRef& file) const
+{
+    return std::count_if(items_->items().begin(), items_->items().end(),
+                         [&](const IKImageItem& item) { return item.cameraItem.name == file.name; })
+           <= 1;
+}
+
 void CameraActions::thumbnailsFromDownloads(const QStringList& written)
 {
-    // A file the device had no preview for gets one from its downloaded copy.
+    // A file the device had no preview for gets one from its downloaded copy. (A name that two
+    // folders of the device share is left alone: its copies are numbered in download order.)
     for (const IKImageItem& item : items_->items()) {
-        if (!item.fileImage.isNull())
+        if (!item.fileImage.isNull() || !hasUniqueName(item.cameraItem))
             continue;
         const QString copy = storageOutputPath(app_.storagelocation, item.cameraItem.name);
         if (!written.contains(copy))

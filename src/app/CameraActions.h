@@ -53,6 +53,7 @@ private:
     void rescan();
     void fetchThumbnails();
     void showSelectedFile();
+    bool hasUniqueName(const CameraFileRef& file) const;
     void thumbnailsFromDownloads(const QStringList& written);
     QList<CameraFileRef> selectedFiles() const;
 

@@ -566,7 +566,8 @@ CommandResult run(const QString& source, Job job, const QString& openingCreated,
         if (job.container == AudioContainer::Caf) {
             ok = editCaf(source, target, job, reading, &problem);
         } else if (job.container == AudioContainer::Mp4 && mp4KeepsQuickTimeKeys(source)) {
-            ok = writeMp4KeyTags(source, target, job.changes, job.artwork, job.remove, &problem);
+            ok = writeMp4KeyTags(source, target, job.changes, job.artwork, job.remove, &problem,
+                                 [&reading](const QString& pending) { return audioReadBackProblem(pending, reading); });
         } else {
             AudioScratchCopy copy(source, target);
             ok = copy.create() && editWithTagLib(copy.path(), job, result, source, &problem)

@@ -63,7 +63,8 @@ MediaMetadataItems readMp4KeyTags(const QString& path)
 }
 
 bool writeMp4KeyTags(const QString& source, const QString& target, const QList<AudioFieldChange>& changes,
-                     const QByteArray& artwork, bool removeAll, QString* problem)
+                     const QByteArray& artwork, bool removeAll, QString* problem,
+                     const OutputCheck& check)
 {
     const MovieBoxEditor edit = [&](BoxNode& moov, QString* error) {
         if (removeAll) {
@@ -87,7 +88,7 @@ bool writeMp4KeyTags(const QString& source, const QString& target, const QList<A
         }
         return true;
     };
-    const RewriteReport report = rewriteMovieBox(source, target, edit);
+    const RewriteReport report = rewriteMovieBox(source, target, edit, Durability::FlushEach, {}, check);
     if (!report.written)
         *problem = report.error;
     return report.written;

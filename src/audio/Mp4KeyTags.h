@@ -1,6 +1,7 @@
 #pragma once
 
 #include "audio/AudioEdits.h"
+#include "isobmff/BoxRewrite.h"
 #include "model/MediaMetadataItem.h"
 
 #include <QByteArray>
@@ -22,6 +23,7 @@ MediaMetadataItems readMp4KeyTags(const QString& path);
 // key names FFmpeg uses, and the artwork as Apple's artwork key; every other key, box and
 // audio byte stays. removeAll clears every key of the movie instead.
 bool writeMp4KeyTags(const QString& source, const QString& target, const QList<AudioFieldChange>& changes,
-                     const QByteArray& artwork, bool removeAll, QString* problem);
+                     const QByteArray& artwork, bool removeAll, QString* problem,
+                     const OutputCheck& check = {});
 
 }  // namespace pelorin

@@ -109,7 +109,7 @@ QString rewriteRefusal(const BoxTree& tree)
 
 RewriteReport rewriteTopLevelBoxes(const QString& sourcePath, const BoxTree& tree,
                                    std::vector<TopLevelEdit> edits, const QString& targetPath,
-                                   Durability durability)
+                                   Durability durability, const OutputCheck& check)
 {
     RewriteReport report;
     report.error = rewriteRefusal(tree);
@@ -201,6 +201,14 @@ RewriteReport rewriteTopLevelBoxes(const QString& sourcePath, const BoxTree& tre
         }
         if (!ok) {
             report.error = writer.error();
+            writer.discard();
+            return report;
+        }
+    }
+    if (check) {
+        const QString problem = check(writer.pendingPath());
+        if (!problem.isEmpty()) {
+            report.error = problem;
             writer.discard();
             return report;
         }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <functional>
+
 #include "isobmff/BoxNode.h"
 #include "isobmff/BoxTree.h"
 #include "model/SafeOutput.h"
@@ -30,9 +32,12 @@ struct RewriteReport {
 // can, and a shrunken box leaves a 'free' box behind, so the media stays where it was.
 // Fragmented files and anything that cannot be rewritten safely are refused; nothing is left
 // under the target's name then.
+// A look at the finished output before it takes its name: the reason it must not, or empty.
+using OutputCheck = std::function<QString(const QString& pendingPath)>;
+
 RewriteReport rewriteTopLevelBoxes(const QString& sourcePath, const BoxTree& tree,
                                    std::vector<TopLevelEdit> edits, const QString& targetPath,
-                                   Durability durability = Durability::FlushEach);
+                                   Durability durability = Durability::FlushEach, const OutputCheck& check = {});
 
 // Why the file cannot be rewritten at all, or empty when it can.
 QString rewriteRefusal(const BoxTree& tree);

@@ -3,7 +3,7 @@
 namespace pelorin {
 
 RewriteReport rewriteMovieBox(const QString& sourcePath, const QString& targetPath, const MovieBoxEditor& edit,
-                              Durability durability, const FileLevelEditor& fileLevel)
+                              Durability durability, const FileLevelEditor& fileLevel, const OutputCheck& check)
 {
     RewriteReport report;
     FileByteSource source(sourcePath);
@@ -35,7 +35,7 @@ RewriteReport rewriteMovieBox(const QString& sourcePath, const QString& targetPa
     edits.push_back({index, std::move(*moov)});
     if (fileLevel && !fileLevel(tree, edits, &report.error))
         return report;
-    return rewriteTopLevelBoxes(sourcePath, tree, std::move(edits), targetPath, durability);
+    return rewriteTopLevelBoxes(sourcePath, tree, std::move(edits), targetPath, durability, check);
 }
 
 }  // namespace pelorin

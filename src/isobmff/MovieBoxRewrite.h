@@ -18,6 +18,7 @@ using FileLevelEditor = std::function<bool(const BoxTree& tree, std::vector<TopL
 // media byte is kept (see rewriteTopLevelBoxes). Files that are no MP4-family movie, or that
 // cannot be rewritten safely, are refused with the reason and nothing is written.
 RewriteReport rewriteMovieBox(const QString& sourcePath, const QString& targetPath, const MovieBoxEditor& edit,
-                              Durability durability = Durability::FlushEach, const FileLevelEditor& fileLevel = {});
+                              Durability durability = Durability::FlushEach, const FileLevelEditor& fileLevel = {},
+                              const OutputCheck& check = {});
 
 }  // namespace pelorin

@@ -16,20 +16,15 @@ QString readPhotoArtist(const QString& path)
         if (image.get() == nullptr)
             return {};
         image->readMetadata();
-        const Exiv2::ExifData& exif = image->exifData();
-        const auto artist = exif.findKey(Exiv2::ExifKey("Exif.Image.Artist"));
-        if (artist != exif.end()) {
-            const QString text = QString::fromStdString(artist->toString()).trimmed();
-            if (!text.isEmpty())
-                return text;
-        }
-        const Exiv2::IptcData& iptc = image->iptcData();
-        const auto byline = iptc.findKey(Exiv2::IptcKey("Iptc.Application2.Byline"));
-        if (byline != iptc.end()) {
-            const QString text = QString::fromStdString(byline->toString()).trimmed();
-            if (!text.isEmpty())
-                return text;
-        }
+        // The first non-empty value of a key in one of exiv2's metadata containers.
+        const auto first = [](const auto& data, const auto& key) {
+            const auto it = data.findKey(key);
+            return it == data.end() ? QString() : QString::fromStdString(it->toString()).trimmed();
+        };
+        if (const QString artist = first(image->exifData(), Exiv2::ExifKey("Exif.Image.Artist")); !artist.isEmpty())
+            return artist;
+        if (const QString byline = first(image->iptcData(), Exiv2::IptcKey("Iptc.Application2.Byline")); !byline.isEmpty())
+            return byline;
         const Exiv2::XmpData& xmp = image->xmpData();
         const auto creator = xmp.findKey(Exiv2::XmpKey("Xmp.dc.creator"));
         if (creator != xmp.end()) {

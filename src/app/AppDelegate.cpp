@@ -260,8 +260,22 @@ bool AppDelegate::runPhotoCommand(const QString& title, const PhotoSelection& se
             result.merge(command(context));
             return result;
         };
+        return runCommand(title, std::move(command), std::move(done), alertOver);
     }
-    return runCommand(title, std::move(command), std::move(done), alertOver);
+    // Another record's working copy is not a free name for this command's outputs.
+    const QStringList reserved = items_->workingCopies();
+    EngineCommand reserving = [reserved, command](const CommandContext& context) {
+        for (const QString& copy : reserved)
+            context.claimOutput(copy, copy);
+        return command(context);
+    };
+    return runCommand(title, std::move(reserving),
+                      [this, done](const CommandResult& result) {
+                          adoptEditedCopies(result);
+                          if (done)
+                              done(result);
+                      },
+                      alertOver);
 }
 
 bool AppDelegate::haveCameraCopies(const PhotoSelection& selection, std::function<void()> then)
@@ -400,16 +414,48 @@ void AppDelegate::CLICkSupport()
 
 void AppDelegate::imageBrowserSelectionDidChange()
 {
+    updateRevertAction();
     const QList<int> rows = selectedPhotoRows();
     if (rows.isEmpty())
         return;
     const IKImageItem& item = items_->item(rows.first());
     const QModelIndex first = browserModel_->mapFromSource(items_->index(rows.first(), 0));
-    showPhotoDetails(item.filePath, item.fileName,
-                     first.data(Qt::DecorationRole).value<QIcon>().pixmap(170).toImage());
+    showPhotoDetails(photoInputPath(item, PhotoSource::Computer, storagelocation), item.fileName,
+                     first.data(Qt::DecorationRole).value<QIcon>().pixmap(170).toImage(), item.workingCopyPath);
 }
 
-void AppDelegate::showPhotoDetails(const QString& path, const QString& fileName, const QImage& preview)
+void AppDelegate::adoptEditedCopies(const CommandResult& result)
+{
+    if (result.editedCopies.isEmpty())
+        return;
+    for (const EditedCopy& edited : result.editedCopies)
+        items_->setWorkingCopy(edited.record, edited.copy);
+    if (blocalMode)
+        imageBrowserSelectionDidChange();
+}
+
+void AppDelegate::RevertToOriginal()
+{
+    // The copy stays in the storage folder: it is an output the user was shown and may already
+    // use; the record only stops building on it.
+    for (int row : selectedPhotoRows())
+        items_->setWorkingCopy(items_->item(row).filePath, QString());
+    imageBrowserSelectionDidChange();
+}
+
+void AppDelegate::updateRevertAction()
+{
+    QAction* revert = menus_ ? menus_->action(QStringLiteral("actionRevertToOriginal")) : nullptr;
+    if (!revert)
+        return;
+    bool edited = false;
+    for (int row : selectedPhotoRows())
+        edited = edited || !items_->item(row).workingCopyPath.isEmpty();
+    revert->setEnabled(blocalMode && edited);
+}
+
+void AppDelegate::showPhotoDetails(const QString& path, const QString& fileName, const QImage& preview,
+                                   const QString& editedCopy)
 {
     window_->rightStack->setCurrentWidget(window_->inspector);
     window_->inspector->hideLocation();
@@ -435,7 +481,8 @@ void AppDelegate::showPhotoDetails(const QString& path, const QString& fileName,
     if (fill.hasGps)
         window_->inspector->showLocation(fill.latitude, fill.longitude);
     window_->inspector->showPhoto(propTree(photo.properties),
-                                  {fileName, fill.fields.fileSize, fill.fields.imageSize, fill.fields.creationDate});
+                                  {fileName, fill.fields.fileSize, fill.fields.imageSize, fill.fields.creationDate,
+                                   editedCopy});
     window_->photoEditorView->setTexts(fill.fields);
     window_->photoEditorView->setPreview(preview);
 }

@@ -122,7 +122,11 @@ public slots:
     void imageBrowserSelectionDidChange();
     // One photo file's metadata in the inspector and the editor's fields (a computer photo, or
     // the downloaded copy of a camera photo).
-    void showPhotoDetails(const QString& path, const QString& fileName, const QImage& preview);
+    // editedCopy names the working copy when path is one.
+    void showPhotoDetails(const QString& path, const QString& fileName, const QImage& preview,
+                          const QString& editedCopy = {});
+    // Drops the working copies of the selected photos: their next edit starts from the original.
+    void RevertToOriginal();
     // The inspector says something in place of a photo's metadata; the editor closes.
     void showNoPhotoDetails(const QString& title, const QString& message);
     // Lays the left pane out for the list: its hint when empty, the browser otherwise.
@@ -130,6 +134,10 @@ public slots:
 
 private:
     void wireWindow();
+    // Takes a photo command's edited copies as the records' working copies and shows them.
+    void adoptEditedCopies(const CommandResult& result);
+    // "Revert to Original" is enabled while a selected photo has a working copy.
+    void updateRevertAction();
     void makeStorageFolder() const;
 
     static AppDelegate* shared_;

@@ -192,6 +192,10 @@ void CommandMenus::buildMenuBar()
     photo->addMenu(changeMutiPhotoDateMenu);
     photo->addMenu(removeExifMenu);
     photo->addMenu(importandExportMenu);
+    photo->addSeparator();
+    add(photo, QStringLiteral("actionRevertToOriginal"), QStringLiteral("Revert to Original"),
+        [this] { app_.RevertToOriginal(); })
+        ->setEnabled(false);
     action(QStringLiteral("actionEditPhoto"))->setShortcut(QKeySequence(QStringLiteral("Ctrl+E")));
     action(QStringLiteral("actionChangeDate"))->setShortcut(QKeySequence(QStringLiteral("Ctrl+D")));
 

@@ -1,5 +1,11 @@
 #include "app/ImportedItemsModel.h"
 
+#include "app/EditedMark.h"
+
+#include <QIcon>
+
+#include <QStringList>
+
 #include <algorithm>
 
 namespace pelorin {
@@ -21,8 +27,14 @@ QVariant ImportedItemsModel::data(const QModelIndex& index, int role) const
     const IKImageItem& record = items_.at(index.row());
     if (role == PathRole)
         return record.filePath;
+    if (role == EditedRole)
+        return !record.workingCopyPath.isEmpty();
+    // The mark of a record whose edits live in its working copy.
+    if (role == Qt::DecorationRole && index.column() == Name && !record.workingCopyPath.isEmpty())
+        return QIcon(editedMark(16));
     if (role == Qt::ToolTipRole)
-        return record.filePath;
+        return record.workingCopyPath.isEmpty() ? record.filePath
+                                                : QStringLiteral("%1\nEdited copy: %2").arg(record.filePath, record.workingCopyPath);
     if (role == Qt::TextAlignmentRole && (index.column() == Size || index.column() == Duration))
         return QVariant(Qt::AlignRight | Qt::AlignVCenter);
     if (role != Qt::DisplayRole)
@@ -86,6 +98,26 @@ void ImportedItemsModel::replace(int row, const IKImageItem& record)
         return;
     items_[row] = record;
     emit dataChanged(index(row, 0), index(row, ColumnCount - 1));
+}
+
+void ImportedItemsModel::setWorkingCopy(const QString& recordPath, const QString& copy)
+{
+    for (int row = 0; row < items_.size(); ++row) {
+        if (items_[row].filePath != recordPath || items_[row].workingCopyPath == copy)
+            continue;
+        items_[row].workingCopyPath = copy;
+        emit dataChanged(index(row, 0), index(row, ColumnCount - 1));
+    }
+}
+
+QStringList ImportedItemsModel::workingCopies() const
+{
+    QStringList copies;
+    for (const IKImageItem& record : items_) {
+        if (!record.workingCopyPath.isEmpty())
+            copies.append(record.workingCopyPath);
+    }
+    return copies;
 }
 
 }  // namespace pelorin

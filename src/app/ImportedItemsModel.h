@@ -13,6 +13,7 @@ class ImportedItemsModel : public QAbstractTableModel {
 public:
     enum Column { Name, Size, Duration, Kind, Artist, Album, ColumnCount };
     static constexpr int PathRole = Qt::UserRole + 1;
+    static constexpr int EditedRole = Qt::UserRole + 2;  // true while the record has a working copy
 
     using QAbstractTableModel::QAbstractTableModel;
 
@@ -31,6 +32,10 @@ public:
     void clear();
     // Replaces the record at row (after an editor saved it, say) and repaints its row.
     void replace(int row, const IKImageItem& record);
+    // Gives every record of the file recordPath its working copy (empty: none) and repaints them.
+    void setWorkingCopy(const QString& recordPath, const QString& copy);
+    // The working copies of all records, so that a new edit's output does not take one's name.
+    QStringList workingCopies() const;
 
 private:
     QList<IKImageItem> items_;

@@ -79,6 +79,8 @@ void InspectorPanel::showPhoto(const QList<PropertyTreeNode>& tree, const Facts&
         lines.append(QStringLiteral("Dimensions: %1").arg(facts.imageSize));
     if (!facts.created.isEmpty())
         lines.append(QStringLiteral("Created: %1").arg(facts.created));
+    if (!facts.editedCopy.isEmpty())
+        lines.append(QStringLiteral("Edited copy: %1").arg(facts.editedCopy));
     facts_->setText(lines.join(QLatin1Char('\n')));
     tree_->setUpdatesEnabled(false);
     tree_->clear();

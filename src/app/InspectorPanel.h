@@ -20,6 +20,7 @@ public:
 
     struct Facts {
         QString fileName, fileSize, imageSize, created;
+        QString editedCopy;  // the working copy shown in place of the imported file, if any
     };
     void showPhoto(const QList<PropertyTreeNode>& tree, const Facts& facts);
     void showMessage(const QString& fileName, const QString& message);

@@ -1,5 +1,6 @@
 #include "app/PhotoBrowserModel.h"
 
+#include "app/EditedMark.h"
 #include "app/ImportedItemsModel.h"
 #include "app/ThumbnailLoader.h"
 #include "model/FileKinds.h"
@@ -47,14 +48,16 @@ QVariant PhotoBrowserModel::data(const QModelIndex& index, int role) const
     if (role != Qt::DecorationRole)
         return QSortFilterProxyModel::data(index, role);
     const QString path = QSortFilterProxyModel::data(index, ImportedItemsModel::PathRole).toString();
-    auto cached = icons_.constFind(path);
+    const bool edited = QSortFilterProxyModel::data(index, ImportedItemsModel::EditedRole).toBool();
+    const QString key = edited ? path + QStringLiteral("\n(edited)") : path;
+    auto cached = icons_.constFind(key);
     if (cached != icons_.constEnd())
         return *cached;
     const QImage image = thumbnails_->thumbnail(path);
     if (!image.isNull()) {
         if (icons_.size() > 3000)
             icons_.clear();
-        return *icons_.insert(path, QIcon(QPixmap::fromImage(image)));
+        return *icons_.insert(key, QIcon(QPixmap::fromImage(edited ? withEditedMark(image) : image)));
     }
     if (!thumbnails_->failed(path))
         return loadingPicture_;

@@ -16,6 +16,7 @@ CommandResult applyToSelection(const PhotoSelection& selection, const PhotoChang
     if (!startPhotoBatch(selection, context, result))
         return result;
     struct Outcome {
+        QString record;
         QString input;
         QString output;
         QString reason;  // set when the photo was passed over before writing
@@ -25,16 +26,18 @@ CommandResult applyToSelection(const PhotoSelection& selection, const PhotoChang
     PhotoWriteOptions options;
     options.durability = Durability::Deferred;  // the frame flushes once for the batch
     options.dryRun = context.dryRun;
-    options.replacement = selection.source == PhotoSource::Camera ? SourceReplacement::Allow : SourceReplacement::Refuse;
     const std::vector<char> ran = forEachPhotoInParallel(selection, context, [&](int i, const DatePhoto& photo) {
         Outcome& o = outcomes[size_t(i)];
         o.input = photo.input;
         o.output = photo.output;
-        o.reason = cameraCopyMissing(photo);
+        o.record = photo.item->filePath;
+        o.reason = inPlaceCopyMissing(photo, selection.source);
         if (!o.reason.isEmpty())
             return;
         if (const auto changes = changesFor(o.input, &o.reason)) {
-            o.written = CopyPhotoWithProperties(o.input, *changes, o.output, options);
+            PhotoWriteOptions photoOptions = options;
+            photoOptions.replacement = photo.inPlace ? SourceReplacement::Allow : SourceReplacement::Refuse;
+            o.written = CopyPhotoWithProperties(o.input, *changes, o.output, photoOptions);
             if (!o.written.ok())
                 o.reason = o.written.reason;
         }
@@ -57,8 +60,10 @@ CommandResult applyToSelection(const PhotoSelection& selection, const PhotoChang
             result.noteOnce(o.written.reason);
         if (outputDate.isValid())
             setOutputFileDates(o.output, outputDate, outputDate, context, result);
-        if (!context.dryRun)
+        if (!context.dryRun) {
+            result.addEditedCopy(o.record, o.output, o.written.written);
             context.reveal.reveal(o.output);
+        }
     }
     return result;
 }

@@ -15,28 +15,28 @@ namespace pelorin {
 std::vector<char> forEachPhotoInParallel(const PhotoSelection& selection, const CommandContext& context,
                                          const std::function<void(int index, const DatePhoto& photo)>& work)
 {
-    const bool camera = selection.source == PhotoSource::Camera;
     const int total = int(selection.items.size());
     std::vector<char> ran(static_cast<size_t>(total), 0);
     // Output names are given in selection order, so the later of two same-named photos is the
     // one that gets a numbered name, whatever order the threads finish in.
-    std::vector<QString> outputs;
+    std::vector<DatePhoto> photos;
     for (const IKImageItem& item : selection.items) {
-        const QString wanted = storageOutputPath(context.storageFolder, item.fileName);
-        outputs.push_back(context.claimOutput(wanted, camera ? wanted : item.filePath));
+        DatePhoto photo;
+        photo.item = &item;
+        photo.input = photoInputPath(item, selection.source, context.storageFolder);
+        photo.output = context.claimOutput(photoEditOutputPath(item, selection.source, context.storageFolder),
+                                           photo.input);
+        // A camera download or a record's working copy is our own file and is rewritten in place;
+        // an imported file never is, even one that lies in the storage folder.
+        photo.inPlace = photo.output == photo.input &&
+                        (selection.source == PhotoSource::Camera || photo.input != item.filePath);
+        photos.push_back(photo);
     }
     std::atomic_int finished{0};
     parallelFor(total, [&](int i) {
         if (context.isCancelled())
             return;
-        const IKImageItem& item = selection.items[i];
-        DatePhoto photo;
-        photo.item = &item;
-        photo.output = outputs[size_t(i)];
-        // A camera photo is our own download in the storage folder and is rewritten in place.
-        photo.input = camera ? photo.output : item.filePath;
-        photo.inPlace = camera;
-        work(i, photo);
+        work(i, photos[size_t(i)]);
         ran[size_t(i)] = 1;
         context.report(++finished, total);
     });
@@ -45,11 +45,9 @@ std::vector<char> forEachPhotoInParallel(const PhotoSelection& selection, const 
     return ran;
 }
 
-QString cameraCopyMissing(const DatePhoto& photo)
+QString inPlaceCopyMissing(const DatePhoto& photo, PhotoSource source)
 {
-    if (photo.inPlace && !QFileInfo::exists(photo.input))
-        return QStringLiteral("the camera photo has not been downloaded to the storage folder");
-    return {};
+    return photo.inPlace ? inPlaceInputMissing(photo.input, source) : QString();
 }
 
 CommandResult runDateBatch(const PhotoSelection& selection, const CommandContext& context,
@@ -67,7 +65,7 @@ CommandResult runDateBatch(const PhotoSelection& selection, const CommandContext
     const std::vector<char> ran = forEachPhotoInParallel(selection, context, [&](int i, const DatePhoto& photo) {
         Outcome& o = outcomes[size_t(i)];
         o.photo = photo;
-        if (const QString missing = cameraCopyMissing(photo); !missing.isEmpty())
+        if (const QString missing = inPlaceCopyMissing(photo, selection.source); !missing.isEmpty())
             o.result.skip(photo.input, missing);
         else
             work(photo, o.result);
@@ -77,6 +75,8 @@ CommandResult runDateBatch(const PhotoSelection& selection, const CommandContext
             continue;  // cancelled before it started
         const Outcome& o = outcomes[i];
         result.merge(o.result);
+        if (!context.dryRun)
+            result.addEditedCopy(o.photo.item->filePath, o.photo.output, o.result.written);
         if (!camera && !context.dryRun && o.result.written.contains(o.photo.output))
             context.reveal.reveal(o.photo.output);
     }

@@ -16,7 +16,7 @@
 namespace pelorin {
 
 // One photo of a date command: where it is read from and where its output goes. Camera photos
-// are their downloaded copies in the storage folder, rewritten in place.
+// (their downloaded copies) and records with a working copy are rewritten in place.
 struct DatePhoto {
     const IKImageItem* item = nullptr;
     QString input;
@@ -32,8 +32,9 @@ using DatePhotoWork = std::function<void(const DatePhoto&, CommandResult&)>;
 // order, whether its work ran (a cancelled batch leaves the rest unstarted).
 std::vector<char> forEachPhotoInParallel(const PhotoSelection& selection, const CommandContext& context,
                                          const std::function<void(int index, const DatePhoto& photo)>& work);
-// Why a camera photo cannot be worked on; empty when it can (its copy is downloaded).
-QString cameraCopyMissing(const DatePhoto& photo);
+// Why a photo rewritten in place cannot be worked on (its camera download or working copy is
+// missing); empty when it can.
+QString inPlaceCopyMissing(const DatePhoto& photo, PhotoSource source);
 
 // Runs the work for every selected photo (in parallel, outputs flushed once at the end) and
 // gathers the results in list order. Computer photos are revealed one by one as before; for

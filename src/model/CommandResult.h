@@ -24,6 +24,14 @@ struct Alert {
     friend bool operator==(const Alert&, const Alert&) = default;
 };
 
+// A photo edit's output that holds the whole edit of one record (no sidecar beside a byte copy):
+// the window takes it as the record's working copy.
+struct EditedCopy {
+    QString record;  // the record's own file
+    QString copy;
+    friend bool operator==(const EditedCopy&, const EditedCopy&) = default;
+};
+
 struct SkippedItem {
     QString path;
     QString reason;
@@ -39,6 +47,7 @@ struct CommandResult {
     QStringList notes;
     std::optional<Alert> alert;
     QList<PlannedChange> planned;  // filled in dry runs: what each file would get
+    QList<EditedCopy> editedCopies;
 
     void addWritten(const QString& path) { written.append(path); }
     void plan(const QString& file, const QString& property, const QString& before, const QString& after)
@@ -55,6 +64,8 @@ struct CommandResult {
     {
         alert = Alert{message, informativeText};
     }
+    // Records output as the edited copy of record when it is all this command wrote for it.
+    void addEditedCopy(const QString& record, const QString& output, const QStringList& writtenForRecord);
     void merge(const CommandResult& other);
 
     // True when nothing was skipped and no alert was raised.

@@ -71,6 +71,9 @@ struct IKImageItem {
     QString fileActor;
     QString fileproducer;
     MediaMetadataItems fileMetaArray;  // container items of a movie, kept for its writers
+    // The record's edited copy in the storage folder, once the window edited it: later edits read
+    // and replace it, so that they build on each other. Empty while the record is unedited.
+    QString workingCopyPath;
 
     // The browser-item contract: a path is an item's identity in every browser.
     QString imageUID() const { return filePath; }

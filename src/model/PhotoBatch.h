@@ -17,8 +17,17 @@ bool prepareStorageFolder(const QStringList& items, const CommandContext& contex
 // (a dry run makes no folder). False when there is nothing to do.
 bool startPhotoBatch(const PhotoSelection& selection, const CommandContext& context, CommandResult& result);
 
-// Where a selected photo is read from: its own file, or for a camera photo the copy that was
-// downloaded into the storage folder under its name.
+// Where a selected photo is read from: its working copy when it has one, else its own file; for
+// a camera photo the copy that was downloaded into the storage folder under its name.
 QString photoInputPath(const IKImageItem& item, PhotoSource source, const QString& storageFolder);
+
+// Where a photo edit's output goes: a record's working copy is replaced; otherwise the storage
+// folder under the photo's name (with the prefix, if any).
+QString photoEditOutputPath(const IKImageItem& item, PhotoSource source, const QString& storageFolder,
+                            const QString& prefix = {});
+
+// Why a photo edited in place cannot be read: its camera download or its working copy is gone.
+// Empty when the input is there.
+QString inPlaceInputMissing(const QString& input, PhotoSource source);
 
 }  // namespace pelorin

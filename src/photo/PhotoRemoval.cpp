@@ -75,10 +75,11 @@ CommandResult removePhotoMetadata(MetadataRemoval what, const PhotoSelection& se
     const int total = int(selection.items.size());
 
     struct Outcome {
+        QString record;
         QString input;
         QString output;
         PhotoWriteResult written;
-        bool missing = false;
+        QString missingReason;  // the in-place input is gone
         bool done = false;
     };
     std::vector<Outcome> outcomes(static_cast<size_t>(total));
@@ -88,9 +89,10 @@ CommandResult removePhotoMetadata(MetadataRemoval what, const PhotoSelection& se
         const IKImageItem& item = selection.items[i];
         Outcome& o = outcomes[size_t(i)];
         o.input = photoInputPath(item, selection.source, context.storageFolder);
-        o.output = context.claimOutput(storageOutputPath(context.storageFolder, item.fileName,
-                                                         camera ? cameraOutputPrefix(what) : QString()),
+        o.output = context.claimOutput(photoEditOutputPath(item, selection.source, context.storageFolder,
+                                                           camera ? cameraOutputPrefix(what) : QString()),
                                        o.input);
+        o.record = item.filePath;
     }
     std::atomic_int finished{0};
     PhotoWriteOptions options;
@@ -99,11 +101,15 @@ CommandResult removePhotoMetadata(MetadataRemoval what, const PhotoSelection& se
     parallelFor(total, [&](int i) {
         if (context.isCancelled())
             return;
-        const IKImageItem& item = selection.items[i];
         Outcome& o = outcomes[size_t(i)];
-        o.missing = camera && !QFileInfo::exists(o.input);
-        if (!o.missing)
-            o.written = CopyPhotoWithProperties(o.input, changes, o.output, options);
+        // Never the imported file itself, even one that lies in the storage folder.
+        const bool inPlace = o.output == o.input && (camera || o.input != o.record);
+        o.missingReason = camera || inPlace ? inPlaceInputMissing(o.input, selection.source) : QString();
+        if (o.missingReason.isEmpty()) {
+            PhotoWriteOptions photoOptions = options;
+            photoOptions.replacement = inPlace ? SourceReplacement::Allow : SourceReplacement::Refuse;
+            o.written = CopyPhotoWithProperties(o.input, changes, o.output, photoOptions);
+        }
         o.done = true;
         context.report(++finished, total);
     });
@@ -113,14 +119,16 @@ CommandResult removePhotoMetadata(MetadataRemoval what, const PhotoSelection& se
     for (const Outcome& o : outcomes) {
         if (!o.done)
             continue;  // cancelled before it started
-        if (o.missing) {
-            result.skip(o.input, QStringLiteral("the camera photo has not been downloaded to the storage folder"));
+        if (!o.missingReason.isEmpty()) {
+            result.skip(o.input, o.missingReason);
         } else if (o.written.ok()) {
             result.planned += o.written.planned;
             for (const QString& path : o.written.written)
                 result.addWritten(path);
             for (const QString& warning : o.written.warnings)
                 result.noteOnce(warning);
+            if (!context.dryRun)
+                result.addEditedCopy(o.record, o.output, o.written.written);
             if (reveal == Reveal::EachFile && !context.dryRun)
                 context.reveal.reveal(o.output);
         } else {

@@ -67,6 +67,12 @@ void saveScreenshot(QWidget* widget, const QString& name)
     QVERIFY(widget->grab().save(screenshotPath(name)));
 }
 
+QByteArray fileBytes(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("unreadable");
+}
+
 QStringList dataFiles(const QStringList& names)
 {
     QStringList paths;
@@ -534,7 +540,8 @@ private slots:
         app_->runner()->waitForDone();
         const QJsonObject edited = test::exiftool(output(QStringLiteral("exiv2-nikon-d70.jpg")));
         QCOMPARE(edited.value(QStringLiteral("IPTC:ObjectName")).toString(), QStringLiteral("Harbour at dawn"));
-        QVERIFY(!edited.contains(QStringLiteral("GPS:GPSLatitude")));  // written from the original again
+        // The editor's save builds on the GPS save: both are in the record's working copy.
+        QCOMPARE(edited.value(QStringLiteral("GPS:GPSLatitudeRef")).toString(), QStringLiteral("S"));
 
         QTest::mouseClick(app_->window()->photoEditorView->button(QStringLiteral("editTemplateBtn")), Qt::LeftButton);
         app_->runner()->waitForDone();
@@ -545,6 +552,98 @@ private slots:
         trigger(QStringLiteral("actionImport5"));
         QCOMPARE(test::exiftool(output(QStringLiteral("et-PNG.png"))).value(QStringLiteral("IPTC:ObjectName")).toString(),
                  QStringLiteral("Harbour at dawn"));
+    }
+
+    // In the window a record's edits build on each other through its working copy; the
+    // imported file stays as it was and Revert to Original starts again from it.
+    void editsBuildOnTheWorkingCopy()
+    {
+        importWithAddCommand(dataFiles(kPhotos));
+        const QString name = QStringLiteral("et-GPS.jpg");
+        const QByteArray originalBytes = fileBytes(test::dataPath(name));
+        const QJsonObject original = test::exiftool(test::dataPath(name));
+        QVERIFY(original.contains(QStringLiteral("GPS:GPSLatitude")));
+        selectPhotos({name});
+        QAction* revert = app_->menus()->action(QStringLiteral("actionRevertToOriginal"));
+        QVERIFY(revert && !revert->isEnabled());
+
+        trigger(QStringLiteral("actionRemove1"));  // Remove GPS
+        QVERIFY(!test::exiftool(output(name)).contains(QStringLiteral("GPS:GPSLatitude")));
+        QCOMPARE(app_->localPhotoItemArray()->item(0).workingCopyPath, output(name));
+        QVERIFY(revert->isEnabled());
+        // The inspector shows the copy: no GPS group, and the facts name it.
+        QVERIFY(!app_->currentExifDictionary.contains(QStringLiteral("{GPS}")));
+        auto* facts = app_->window()->inspector->findChild<QLabel*>(QStringLiteral("inspectorFacts"));
+        QVERIFY2(facts->text().contains(QStringLiteral("Edited copy: ") + output(name)), qPrintable(facts->text()));
+
+        trigger(QStringLiteral("actionChangeDate"));
+        DateDialog* dialog = app_->dateActions()->dateDialog();
+        QVERIFY(dialog->isVisible());
+        dialog->findChild<QLineEdit*>(QStringLiteral("orignalDatelab"))->setText(QStringLiteral("2015:06:01 10:00:00"));
+        QTest::mouseClick(dialog->findChild<QPushButton*>(QStringLiteral("dateSaveButton")), Qt::LeftButton);
+        app_->runner()->waitForDone();
+        QVERIFY(!dialog->isVisible());
+        const QJsonObject dated = test::exiftool(output(name));
+        QCOMPARE(dated.value(QStringLiteral("ExifIFD:DateTimeOriginal")).toString(), QStringLiteral("2015:06:01 10:00:00"));
+        QVERIFY2(!dated.contains(QStringLiteral("GPS:GPSLatitude")), "the date change brought the GPS back");
+        QVERIFY(!dated.contains(QStringLiteral("XMP:GPSLatitude")));
+        QCOMPARE(QDir(storage_).entryList({QStringLiteral("et-GPS*")}, QDir::Files).size(), 1);
+        QCOMPARE(app_->currentExifDictionary.value(QStringLiteral("{Exif}")).toMap().value(QStringLiteral("DateTimeOriginal")).toString(),
+                 QStringLiteral("2015:06:01 10:00:00"));
+
+        app_->waitForThumbnails();
+        saveScreenshot(app_->window()->localImageBrowserView, QStringLiteral("edited-mark-browser.png"));
+        saveScreenshot(app_->window()->dragtableView, QStringLiteral("edited-mark-table.png"));
+        QVERIFY(app_->localPhotoItemArray()->index(0, ImportedItemsModel::Name).data(Qt::DecorationRole).isValid());
+
+        // Revert: the original's values are shown again, and the next edit starts from it.
+        revert->trigger();
+        QVERIFY(app_->localPhotoItemArray()->item(0).workingCopyPath.isEmpty());
+        QVERIFY(!revert->isEnabled());
+        QVERIFY(app_->currentExifDictionary.contains(QStringLiteral("{GPS}")));
+        QVERIFY(!facts->text().contains(QStringLiteral("Edited copy")));
+        QVERIFY(!app_->localPhotoItemArray()->index(0, ImportedItemsModel::Name).data(Qt::DecorationRole).isValid());
+        trigger(QStringLiteral("actionRemove2"));  // Remove IPTC, from the original again
+        QVERIFY(test::exiftool(output(name)).contains(QStringLiteral("GPS:GPSLatitude")));
+        QCOMPARE(fileBytes(test::dataPath(name)), originalBytes);
+    }
+
+    // A batch shift followed by a GPS save on one of its photos keeps the shift.
+    void batchShiftThenGpsSaveKeepsTheShift()
+    {
+        importWithAddCommand(dataFiles(kPhotos));
+        const QString name = QStringLiteral("et-GPS.jpg");
+        const QByteArray originalBytes = fileBytes(test::dataPath(name));
+        selectPhotos({name, QStringLiteral("exiv2-nikon-d70.jpg")});
+        trigger(QStringLiteral("actionChangeDate"));
+        BatchDateDialog* batch = app_->dateActions()->batchDialog();
+        QVERIFY(batch->isVisible());
+        batch->findChild<QLineEdit*>(QStringLiteral("dayVaulab"))->setText(QStringLiteral("1"));
+        QTest::mouseClick(batch->findChild<QPushButton*>(QStringLiteral("AddTimeBtn")), Qt::LeftButton);
+        QTest::mouseClick(batch->findChild<QPushButton*>(QStringLiteral("mutiDateSaveButton")), Qt::LeftButton);
+        app_->runner()->waitForDone();
+        const QString shifted = test::exiftool(output(name)).value(QStringLiteral("ExifIFD:DateTimeOriginal")).toString();
+
+        selectPhotos({name});
+        trigger(QStringLiteral("actionEditGps"));
+        GpsDialog* gps = app_->dateActions()->gpsDialog();
+        QVERIFY(gps->isVisible());
+        auto* latitude = gps->findChild<QLineEdit*>(QStringLiteral("latitudelab"));
+        latitude->setText(QStringLiteral("12.5"));
+        QTest::mouseClick(gps->findChild<QPushButton*>(QStringLiteral("gpsSaveButton")), Qt::LeftButton);
+        app_->runner()->waitForDone();
+        QVERIFY(!gps->isVisible());
+
+        const QJsonObject saved = test::exiftool(output(name));
+        QVERIFY(std::abs(saved.value(QStringLiteral("GPS:GPSLatitude")).toDouble() - 12.5) < 1e-4);
+        const QString before =
+            test::exiftool(test::dataPath(name)).value(QStringLiteral("ExifIFD:DateTimeOriginal")).toString();
+        const QDateTime was = QDateTime::fromString(before, QStringLiteral("yyyy:MM:dd HH:mm:ss"));
+        const QDateTime now = QDateTime::fromString(
+            saved.value(QStringLiteral("ExifIFD:DateTimeOriginal")).toString(), QStringLiteral("yyyy:MM:dd HH:mm:ss"));
+        QVERIFY2(was.isValid() && now.isValid(), qPrintable(before + " -> " + shifted));
+        QCOMPARE(was.secsTo(now), 24 * 3600);
+        QCOMPARE(fileBytes(test::dataPath(name)), originalBytes);
     }
 
     void exportFromMenuWritesThePropertyList()

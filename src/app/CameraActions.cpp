@@ -18,6 +18,7 @@
 #include <QAction>
 #include <QCoreApplication>
 #include <QFileInfo>
+#include <QHash>
 #include <QItemSelectionModel>
 #include <QLabel>
 #include <QMessageBox>
@@ -312,8 +313,11 @@ void CameraActions::thumbnailsFromDownloads(const QStringList& written)
 {
     // A file the device had no preview for gets one from its downloaded copy. (A name that two
     // folders of the device share is left alone: its copies are numbered in download order.)
+    QHash<QString, int> nameCounts;
+    for (const IKImageItem& item : items_->items())
+        ++nameCounts[item.cameraItem.name];
     for (const IKImageItem& item : items_->items()) {
-        if (!item.fileImage.isNull() || !hasUniqueName(item.cameraItem))
+        if (!item.fileImage.isNull() || nameCounts.value(item.cameraItem.name) > 1)
             continue;
         const QString copy = storageOutputPath(app_.storagelocation, item.cameraItem.name);
         if (!written.contains(copy))

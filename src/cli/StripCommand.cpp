@@ -27,8 +27,8 @@ QString StripCommand::help() const
         "            still looks the same\n"
         "Copies keep the photo's name. With --camera, each FILE names a camera photo already\n"
         "downloaded into the output folder; its copy is named NoExif_, NoGPS_, NoIPTC_ or\n"
-        "NoExifAndGPS_ plus its name. Files whose kind cannot be rewritten (some RAW kinds,\n"
-        "HEIC) are skipped with the reason.");
+        "NoExifAndGPS_ plus its name. HEIC, HEIF and AVIF are rewritten like JPEG; files whose\n"
+        "kind cannot be rewritten (RAF, RW2, CRW, MRW, CR3, ...) are skipped with the reason.");
 }
 
 int StripCommand::run(CliInvocation& invocation)

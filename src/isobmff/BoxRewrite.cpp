@@ -2,6 +2,7 @@
 
 #include "isobmff/ChunkOffsets.h"
 
+#include <algorithm>
 #include <map>
 
 namespace pelorin {
@@ -30,6 +31,7 @@ BoxNode freeBox(std::int64_t size)
 
 struct Layout {
     std::vector<Piece> pieces;
+    std::map<int, std::int64_t> editOffsets;  // edit index -> where it starts in the output
     std::map<std::int64_t, std::int64_t> moved;  // source offset of a copied box -> new offset
     bool shifted = false;
     bool paddingUsed = false;
@@ -42,6 +44,14 @@ bool hasMediaAfter(const BoxTree& tree, std::size_t index)
             return true;
     }
     return false;
+}
+
+std::int64_t editedSize(const TopLevelEdit& edit)
+{
+    std::int64_t size = edit.replacement.serializedSize();
+    for (const BoxNode& box : edit.inserted)
+        size += box.serializedSize();
+    return size;
 }
 
 Layout planLayout(const BoxTree& tree, const std::vector<TopLevelEdit>& edits)
@@ -61,7 +71,8 @@ Layout planLayout(const BoxTree& tree, const std::vector<TopLevelEdit>& edits)
             out += box.size;
             continue;
         }
-        const std::int64_t newSize = edits[std::size_t(edit->second)].replacement.serializedSize();
+        const std::int64_t newSize = editedSize(edits[std::size_t(edit->second)]);
+        layout.editOffsets[edit->second] = out;
         layout.pieces.push_back({-1, newSize, edit->second, {}});
         out += newSize;
         if (!hasMediaAfter(tree, i))
@@ -84,6 +95,48 @@ Layout planLayout(const BoxTree& tree, const std::vector<TopLevelEdit>& edits)
         }
     }
     return layout;
+}
+
+// Blanked ranges must lie inside boxes that are copied, and not overlap.
+bool blankedRangesFit(const BoxTree& tree, const std::map<std::size_t, bool>& edited,
+                      std::vector<SourceRange>& blanked)
+{
+    std::sort(blanked.begin(), blanked.end(), [](const SourceRange& a, const SourceRange& b) { return a.offset < b.offset; });
+    std::int64_t previousEnd = 0;
+    for (const SourceRange& range : blanked) {
+        if (range.length <= 0 || range.offset < previousEnd)
+            return false;
+        previousEnd = range.offset + range.length;
+        bool inside = false;
+        for (std::size_t i = 0; i < tree.boxes.size(); ++i) {
+            const Box& box = tree.boxes[i];
+            const auto edit = edited.find(i);
+            if (range.offset >= box.offset && previousEnd <= box.end())
+                inside = edit == edited.end() || !edit->second;
+        }
+        if (!inside)
+            return false;
+    }
+    return true;
+}
+
+// Copies a run of the source in the kernel, with the blanked ranges inside it written as zeros.
+bool copyRun(AtomicFileWriter& writer, int handle, std::int64_t offset, std::int64_t length,
+             const std::vector<SourceRange>& blanked)
+{
+    const std::int64_t end = offset + length;
+    std::int64_t pos = offset;
+    for (const SourceRange& range : blanked) {
+        if (range.offset + range.length <= pos || range.offset >= end)
+            continue;
+        if (range.offset > pos && !writer.appendFrom(handle, pos, range.offset - pos))
+            return false;
+        const std::int64_t zeros = std::min(range.offset + range.length, end) - std::max(range.offset, pos);
+        if (!writer.write(QByteArray(qsizetype(zeros), '\0')))
+            return false;
+        pos = std::max(range.offset, pos) + zeros;
+    }
+    return pos >= end || writer.appendFrom(handle, pos, end - pos);
 }
 
 }  // namespace
@@ -109,7 +162,7 @@ QString rewriteRefusal(const BoxTree& tree)
 
 RewriteReport rewriteTopLevelBoxes(const QString& sourcePath, const BoxTree& tree,
                                    std::vector<TopLevelEdit> edits, const QString& targetPath,
-                                   Durability durability, const OutputCheck& check)
+                                   const RewriteOutput& output, std::vector<SourceRange> blanked)
 {
     RewriteReport report;
     report.error = rewriteRefusal(tree);
@@ -124,6 +177,10 @@ RewriteReport rewriteTopLevelBoxes(const QString& sourcePath, const BoxTree& tre
             return report;
         }
         seen[edit.index] = true;
+    }
+    if (!blankedRangesFit(tree, seen, blanked)) {
+        report.error = QStringLiteral("the data to be cleared does not match the file's boxes");
+        return report;
     }
     FileByteSource source(sourcePath);
     QString error;
@@ -148,37 +205,46 @@ RewriteReport rewriteTopLevelBoxes(const QString& sourcePath, const BoxTree& tre
         }
     }
     const Layout layout = planLayout(tree, edits);
-    if (layout.shifted) {
+    const OffsetMap map = [&](std::int64_t old) -> std::optional<std::int64_t> {
+        auto it = layout.moved.upper_bound(old);
+        if (it == layout.moved.begin())
+            return std::nullopt;
+        --it;
+        const Box* owner = nullptr;
+        for (const Box& box : tree.boxes) {
+            if (box.offset == it->first)
+                owner = &box;
+        }
+        if (!owner || old >= owner->end())
+            return std::nullopt;
+        return it->second + (old - it->first);
+    };
+    for (std::size_t e = 0; e < edits.size(); ++e) {
+        TopLevelEdit& edit = edits[e];
+        if (edit.place) {
+            const std::int64_t size = editedSize(edit);
+            if (!edit.place(edit, layout.editOffsets.at(int(e)), map, &report.error))
+                return report;
+            if (editedSize(edit) != size) {
+                report.error = QStringLiteral("an edited box changed its size after the layout was made");
+                return report;
+            }
+            continue;
+        }
+        if (!layout.shifted)
+            continue;
         QString which;
-        for (const TopLevelEdit& edit : edits) {
-            if (holdsOtherFileOffsets(edit.replacement, &which)) {
-                report.error = QStringLiteral("the '%1' box holds file offsets that would move").arg(which);
-                return report;
-            }
+        if (holdsOtherFileOffsets(edit.replacement, &which)) {
+            report.error = QStringLiteral("the '%1' box holds file offsets that would move").arg(which);
+            return report;
         }
-        const OffsetMap map = [&](std::int64_t old) -> std::optional<std::int64_t> {
-            auto it = layout.moved.upper_bound(old);
-            if (it == layout.moved.begin())
-                return std::nullopt;
-            --it;
-            const Box* owner = nullptr;
-            for (const Box& box : tree.boxes) {
-                if (box.offset == it->first)
-                    owner = &box;
-            }
-            if (!owner || old >= owner->end())
-                return std::nullopt;
-            return it->second + (old - it->first);
-        };
-        for (TopLevelEdit& edit : edits) {
-            if (!remapChunkOffsets(edit.replacement, map, &report.error))
-                return report;
-        }
-        report.offsetsShifted = true;
+        if (!remapChunkOffsets(edit.replacement, map, &report.error))
+            return report;
     }
+    report.offsetsShifted = layout.shifted;
     report.paddingUsed = layout.paddingUsed;
 
-    AtomicFileWriter writer(targetPath, sourcePath, durability);
+    AtomicFileWriter writer(targetPath, output.mayReplaceSource ? QString() : sourcePath, output.durability);
     if (!writer.open()) {
         report.error = writer.error();
         return report;
@@ -187,7 +253,10 @@ RewriteReport rewriteTopLevelBoxes(const QString& sourcePath, const BoxTree& tre
         const Piece& piece = layout.pieces[p];
         bool ok = true;
         if (piece.editIndex >= 0) {
-            ok = writer.write(edits[std::size_t(piece.editIndex)].replacement.serialize());
+            const TopLevelEdit& edit = edits[std::size_t(piece.editIndex)];
+            ok = writer.write(edit.replacement.serialize());
+            for (const BoxNode& box : edit.inserted)
+                ok = ok && writer.write(box.serialize());
         } else if (!piece.padding.isEmpty()) {
             ok = writer.write(piece.padding);
         } else {
@@ -197,7 +266,7 @@ RewriteReport rewriteTopLevelBoxes(const QString& sourcePath, const BoxTree& tre
                 length += layout.pieces[p + 1].length;
                 ++p;
             }
-            ok = writer.appendFrom(source.handle(), piece.sourceOffset, length);
+            ok = copyRun(writer, source.handle(), piece.sourceOffset, length, blanked);
         }
         if (!ok) {
             report.error = writer.error();
@@ -205,8 +274,8 @@ RewriteReport rewriteTopLevelBoxes(const QString& sourcePath, const BoxTree& tre
             return report;
         }
     }
-    if (check) {
-        const QString problem = check(writer.pendingPath());
+    if (output.check) {
+        const QString problem = output.check(writer.pendingPath());
         if (!problem.isEmpty()) {
             report.error = problem;
             writer.discard();

@@ -1,5 +1,7 @@
 #include "isobmff/ChunkOffsets.h"
 
+#include "isobmff/ItemLocations.h"
+
 namespace pelorin {
 
 namespace {
@@ -46,8 +48,11 @@ bool remapTable(BoxNode& node, const OffsetMap& map, QString* error)
 
 bool remapChunkOffsets(BoxNode& node, const OffsetMap& map, QString* error)
 {
-    if (!node.container)
+    if (!node.container) {
+        if (node.type == "iloc")
+            return remapItemLocations(node.payload, map, error);
         return node.type == "stco" || node.type == "co64" ? remapTable(node, map, error) : true;
+    }
     for (BoxNode& child : node.children) {
         if (!remapChunkOffsets(child, map, error))
             return false;
@@ -57,7 +62,7 @@ bool remapChunkOffsets(BoxNode& node, const OffsetMap& map, QString* error)
 
 bool holdsOtherFileOffsets(const BoxNode& node, QString* which)
 {
-    if (node.type == "saio" || node.type == "iloc") {
+    if (node.type == "saio") {
         *which = QString::fromLatin1(node.type);
         return true;
     }

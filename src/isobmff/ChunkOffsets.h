@@ -13,8 +13,9 @@ namespace pelorin {
 // Where a byte of the old file lands in the new one; nullopt when it does not survive.
 using OffsetMap = std::function<std::optional<std::int64_t>(std::int64_t)>;
 
-// Moves every chunk offset ('stco', 'co64') below the node through the map. Fails, leaving the
-// node unspecified, when an offset has no new place or no longer fits a 32-bit table.
+// Moves every chunk offset ('stco', 'co64') and item location ('iloc') below the node through
+// the map. Fails, leaving the node unspecified, when an offset has no new place or no longer fits
+// its field.
 bool remapChunkOffsets(BoxNode& node, const OffsetMap& map, QString* error);
 
 // True when some box below the node holds file offsets that remapChunkOffsets does not fix.

@@ -35,7 +35,7 @@ RewriteReport rewriteMovieBox(const QString& sourcePath, const QString& targetPa
     edits.push_back({index, std::move(*moov)});
     if (fileLevel && !fileLevel(tree, edits, &report.error))
         return report;
-    return rewriteTopLevelBoxes(sourcePath, tree, std::move(edits), targetPath, durability, check);
+    return rewriteTopLevelBoxes(sourcePath, tree, std::move(edits), targetPath, {durability, check});
 }
 
 }  // namespace pelorin

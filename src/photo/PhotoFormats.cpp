@@ -84,9 +84,9 @@ PhotoFormat detectPhotoFormat(const QByteArray& head, const QString& extension)
     if (hasBrand(head, {"crx "}))
         return make(PhotoContainer::Cr3, "CR3", "com.adobe.raw-image", false, false, false);
     if (hasBrand(head, {"avif", "avis"}))
-        return make(PhotoContainer::Heif, "AVIF", "public.avif", false, false, false);
+        return make(PhotoContainer::Heif, "AVIF", "public.avif", true, false, false);
     if (hasBrand(head, {"heic", "heix", "hevc", "heim", "heis", "hevm", "hevs", "mif1", "msf1"}))
-        return make(PhotoContainer::Heif, "HEIC", "public.heic", false, false, false);
+        return make(PhotoContainer::Heif, "HEIC", "public.heic", true, false, false);
     if (at(head, 0, "8BPS", 4))
         return make(PhotoContainer::Psd, "PSD", "com.adobe.photoshop-image", true, true, false);
     if (at(head, 0, "\0\0\0\x0CjP  \r\n\x87\n", 12))

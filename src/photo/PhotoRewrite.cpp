@@ -1,8 +1,10 @@
 #include "photo/PhotoRewrite.h"
 
 #include "model/SafeOutput.h"
+#include "photo/ApplyPhotoChanges.h"
 #include "photo/Exiv2Model.h"
 #include "photo/HeifFile.h"
+#include "photo/HeifPhotoRewrite.h"
 #include "photo/JpegSegments.h"
 #include "photo/PhotoCompleteness.h"
 #include "photo/PhotoFormats.h"
@@ -39,19 +41,6 @@ QByteArray ioBytes(Exiv2::BasicIo& io)
     if (got != size)
         return {};
     return bytes;
-}
-
-void applyAll(exiv2_model::Metadata metadata, const PhotoChanges& changes, QStringList* warnings)
-{
-    if (changes.removeAllMetadata)
-        exiv2_model::removeAll(metadata);
-    QVariantMap before;
-    exiv2_model::readExif(metadata.exif, &before);
-    for (auto it = changes.groups.cbegin(); it != changes.groups.cend(); ++it)
-        exiv2_model::applyChange(metadata, it.key(), it.value(), warnings);
-    // Values the caller set in XMP itself are the caller's; otherwise XMP follows EXIF.
-    if (!changes.groups.contains(QStringLiteral("{XMP}")))
-        exiv2_model::syncXmpMirrors(metadata, before);
 }
 
 // The changed values of the request only, against what the photo holds now: a sidecar records
@@ -244,10 +233,17 @@ PhotoWriteResult CopyPhotoWithProperties(const QString& sourcePath, const PhotoC
     }
 
     PhotoWriteResult result;
+    const bool heif = format.container == PhotoContainer::Heif;
     if (options.dryRun) {
         result.outcome = Outcome::Planned;
-        result.planned = planChanges(outputPath, readPhotoProperties(source, QFileInfo(sourcePath).suffix()).properties, changes);
+        const PhotoProperties current = heif ? readPhotoProperties(sourcePath) : readPhotoProperties(source, QFileInfo(sourcePath).suffix());
+        result.planned = planChanges(outputPath, current.properties, changes);
         return result;
+    }
+    if (heif) {
+        if (replacement == SourceReplacement::Refuse && isSameFile(sourcePath, outputPath))
+            return failed(QStringLiteral("%1 is the original file; an output never replaces it").arg(outputPath));
+        return rewriteHeifPhoto(sourcePath, format, changes, outputPath, options);
     }
     QByteArray rewritten;
     if (changes.isEmpty()) {
@@ -258,7 +254,7 @@ PhotoWriteResult CopyPhotoWithProperties(const QString& sourcePath, const PhotoC
                                                    long(source.size()));
             image->readMetadata();
             const bool hadIptc = !image->iptcData().empty();
-            applyAll({image->exifData(), image->iptcData(), image->xmpData()}, changes, &result.warnings);
+            applyPhotoChanges({image->exifData(), image->iptcData(), image->xmpData()}, changes, &result.warnings);
             if (changes.removeAllMetadata)
                 image->clearComment();
             if (!format.iptcWritable && !image->iptcData().empty() && !hadIptc)
@@ -312,7 +308,7 @@ std::optional<QByteArray> writeCarried(const QByteArray& newJpeg, Exiv2::ExifDat
         to->setIccProfile(buffer, false);
     }
     QStringList warnings;
-    applyAll({to->exifData(), to->iptcData(), to->xmpData()}, adjustments, &warnings);
+    applyPhotoChanges({to->exifData(), to->iptcData(), to->xmpData()}, adjustments, &warnings);
     to->writeMetadata();
     QByteArray out = ioBytes(to->io());
     if (out.isEmpty()) {

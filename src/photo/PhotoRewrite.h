@@ -51,7 +51,7 @@ struct PhotoWriteResult {
 
 // Writes the source photo with its metadata changed to outputPath, through a temporary file and
 // an atomic rename: same container, same image count, every pixel byte unchanged. Where the
-// container cannot be rewritten (some RAW kinds, HEIF), a change gives a byte copy plus an XMP
+// container cannot be rewritten (some RAW kinds), a change gives a byte copy plus an XMP
 // sidecar "<output name>.xmp" holding the changed values, and a removal is skipped.
 PhotoWriteResult CopyPhotoWithProperties(const QString& sourcePath, const PhotoChanges& changes,
                                          const QString& outputPath,

@@ -1,0 +1,29 @@
+#include "photo/ApplyPhotoChanges.h"
+
+namespace pelorin {
+
+void applyPhotoChanges(exiv2_model::Metadata metadata, const PhotoChanges& changes, QStringList* warnings)
+{
+    if (changes.removeAllMetadata)
+        exiv2_model::removeAll(metadata);
+    QVariantMap before;
+    exiv2_model::readExif(metadata.exif, &before);
+    for (auto it = changes.groups.cbegin(); it != changes.groups.cend(); ++it)
+        exiv2_model::applyChange(metadata, it.key(), it.value(), warnings);
+    // Values the caller set in XMP itself are the caller's; otherwise XMP follows EXIF.
+    if (!changes.groups.contains(QStringLiteral("{XMP}")))
+        exiv2_model::syncXmpMirrors(metadata, before);
+}
+
+PhotoChanges removalsOf(const PhotoChanges& changes)
+{
+    PhotoChanges removals;
+    removals.removeAllMetadata = changes.removeAllMetadata;
+    for (auto it = changes.groups.cbegin(); it != changes.groups.cend(); ++it) {
+        if (it.value().isNull())
+            removals.groups.insert(it.key(), it.value());
+    }
+    return removals;
+}
+
+}  // namespace pelorin

@@ -45,7 +45,7 @@ HeifMetadataBlock* firstBlock(std::vector<HeifMetadataBlock>& blocks, Kind kind)
 // Applies the changes to one Exif block and one XMP block (either may be missing); the results
 // go back into the blocks, a new block is added where data appears, an emptied one is removed.
 bool editPair(std::vector<HeifMetadataBlock>& blocks, HeifMetadataBlock* exifBlock, HeifMetadataBlock* xmpBlock,
-              const PhotoChanges& changes, bool mayAdd, const PhotoFormat& format, QStringList* warnings,
+              const PhotoChanges& changes, bool mayAdd, QStringList* warnings,
               QString* error)
 {
     Exiv2::ExifData exif;
@@ -65,8 +65,9 @@ bool editPair(std::vector<HeifMetadataBlock>& blocks, HeifMetadataBlock* exifBlo
     const QByteArray xmpBefore = encodeXmp(xmp);
     const Exiv2::ExifData exifBefore = exif;
     applyPhotoChanges({exif, iptc, xmp}, changes, warnings);
+    // These files hold no IPTC record: its values live in XMP (title, keywords, ...).
     if (!iptc.empty())
-        *warnings << QStringLiteral("%1 files hold no IPTC data; the IPTC values were not written").arg(format.kind);
+        Exiv2::copyIptcToXmp(iptc, xmp);
 
     // A block whose values did not change keeps its bytes as they are.
     if (exifBlock) {
@@ -94,14 +95,14 @@ bool editPair(std::vector<HeifMetadataBlock>& blocks, HeifMetadataBlock* exifBlo
     return true;
 }
 
-bool editBlocks(std::vector<HeifMetadataBlock>& blocks, const PhotoChanges& changes, const PhotoFormat& format,
-                QStringList* warnings, QString* error)
+bool editBlocks(std::vector<HeifMetadataBlock>& blocks, const PhotoChanges& changes, QStringList* warnings,
+                QString* error)
 {
     const std::size_t found = blocks.size();
     blocks.reserve(found + 2);  // the pointers below must stay valid while blocks are added
     HeifMetadataBlock* exif = firstBlock(blocks, Kind::Exif);
     HeifMetadataBlock* xmp = firstBlock(blocks, Kind::Xmp);
-    if (!editPair(blocks, exif, xmp, changes, true, format, warnings, error))
+    if (!editPair(blocks, exif, xmp, changes, true, warnings, error))
         return false;
     // Metadata of other images, or a second copy, loses what the user removes.
     const PhotoChanges removals = removalsOf(changes);
@@ -111,7 +112,7 @@ bool editBlocks(std::vector<HeifMetadataBlock>& blocks, const PhotoChanges& chan
             continue;
         QStringList ignored;
         if (!editPair(blocks, block.kind == Kind::Exif ? &block : nullptr, block.kind == Kind::Xmp ? &block : nullptr,
-                      removals, false, format, &ignored, error))
+                      removals, false, &ignored, error))
             return false;
     }
     return true;
@@ -163,7 +164,7 @@ PhotoWriteResult rewriteHeifPhoto(const QString& sourcePath, const PhotoFormat& 
     std::vector<HeifMetadataBlock> edited;
     const HeifMetadataEditor edit = [&](std::vector<HeifMetadataBlock>& blocks, QString* why) {
         try {
-            if (!editBlocks(blocks, changes, format, &result.warnings, why))
+            if (!editBlocks(blocks, changes, &result.warnings, why))
                 return false;
         } catch (const std::exception& e) {
             *why = QStringLiteral("cannot rewrite the %1 metadata: %2").arg(format.kind, QString::fromLocal8Bit(e.what()));

@@ -184,8 +184,14 @@ void readHeif(const QString& path, PhotoProperties* info)
     }
     if (!heif->xmp.isEmpty()) {
         Exiv2::XmpData xmp;
-        if (Exiv2::XmpParser::decode(xmp, heif->xmp.toStdString()) == 0)
+        if (Exiv2::XmpParser::decode(xmp, heif->xmp.toStdString()) == 0) {
             exiv2_model::readXmp(xmp, &p);
+            // With no IPTC record of their own these files keep title, keywords and the like
+            // in XMP; the IPTC group shows them there.
+            Exiv2::IptcData iptc;
+            Exiv2::copyXmpToIptc(xmp, iptc);
+            exiv2_model::readIptc(iptc, &p);
+        }
     }
     if (!heif->iccProfile.isEmpty()) {
         const QString name = iccProfileDescription(heif->iccProfile);

@@ -1,6 +1,7 @@
 // HEIC, HEIF and AVIF photos rewritten in the file itself: phone and camera files, and files made
 // by heif-enc and tagged by exiftool, checked with exiftool and libheif.
 #include "photo/HeifFile.h"
+#include "photo/PhotoProperties.h"
 #include "photo/PhotoRewrite.h"
 
 #include "ExifTool.h"
@@ -125,8 +126,9 @@ protected:
         EXPECT_TRUE(picture.save(png));
         processOutput(QStringLiteral("heif-enc"), {QStringLiteral("-q"), QStringLiteral("80"), QStringLiteral("-o"), heic, png});
         EXPECT_TRUE(QFileInfo(heic).size() > 0) << "heif-enc made nothing";
-        if (!tags.isEmpty())
+        if (!tags.isEmpty()) {
             EXPECT_TRUE(test::exiftoolWrite(heic, tags));
+        }
         return heic;
     }
     QString out(const QString& name) const { return dir.filePath(QStringLiteral("out/") + name); }
@@ -200,6 +202,21 @@ TEST_F(HeifPhotoRewriteTest, DatesAndLocationGoIntoTheFileAndAFileWithoutExifGet
     const QString info = processOutput(QStringLiteral("heif-info"), {located});
     EXPECT_TRUE(info.contains(QRegularExpression(QStringLiteral("metadata:\\s*\\n\\s*Exif: \\d+ bytes")))) << info.toStdString();
     EXPECT_EQ(pixels(located), pixels(bare));
+
+    // Title and keywords, IPTC values in a JPEG, go into XMP, and read back as the same fields.
+    PhotoChanges described;
+    described.groups.insert(QStringLiteral("{IPTC}"), QVariantMap{{QStringLiteral("ObjectName"), QStringLiteral("Harbour at dawn")},
+                                                                   {QStringLiteral("Keywords"), QVariantList{QStringLiteral("sea"), QStringLiteral("boats")}}});
+    const QString titled = out(QStringLiteral("titled.heic"));
+    const PhotoWriteResult result = CopyPhotoWithProperties(located, described, titled);
+    ASSERT_EQ(result.outcome, Outcome::Rewritten) << result.reason.toStdString();
+    EXPECT_TRUE(result.warnings.isEmpty()) << result.warnings.join(QLatin1Char(';')).toStdString();
+    const QJsonObject xmp = test::exiftool(titled);
+    EXPECT_EQ(xmp.value(QStringLiteral("XMP-dc:Title")).toString(), QStringLiteral("Harbour at dawn"));
+    EXPECT_EQ(xmp.value(QStringLiteral("XMP-dc:Subject")).toArray(), (QJsonArray{QStringLiteral("sea"), QStringLiteral("boats")}));
+    EXPECT_NEAR(xmp.value(QStringLiteral("GPS:GPSLatitude")).toDouble(), 33.45, 1e-6);
+    const QVariantMap iptc = readPhotoProperties(titled).properties.value(QStringLiteral("{IPTC}")).toMap();
+    EXPECT_EQ(iptc.value(QStringLiteral("ObjectName")).toString(), QStringLiteral("Harbour at dawn"));
 }
 
 TEST_F(HeifPhotoRewriteTest, RemovingEverythingKeepsWhatTheImageLooksLike)

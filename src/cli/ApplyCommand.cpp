@@ -86,7 +86,7 @@ QString editorFieldOptionsHelp()
 {
     QString text;
     for (const FieldOption& option : kFieldOptions)
-        text += QStringLiteral("  --%1 TEXT%2\n").arg(QLatin1String(option.name), -15).arg(QLatin1String(option.help));
+        text += QStringLiteral("  --%1 TEXT  %2\n").arg(QLatin1String(option.name), -12).arg(QLatin1String(option.help));
     return text;
 }
 

@@ -554,6 +554,40 @@ private slots:
                  QStringLiteral("Harbour at dawn"));
     }
 
+    // A phone's HEIC is edited like a JPEG: the removal and the editor's fields land in the file
+    // itself, with no sidecar, and the inspector shows the written values.
+    void heicEditsAreWrittenIntoTheFile()
+    {
+        const QString heic = QStringLiteral("exiv2-iPhoneXR_orient6.heic");
+        importWithAddCommand(dataFiles({heic}));
+        selectPhotos({heic});
+        trigger(QStringLiteral("actionRemove1"));  // Remove GPS
+        app_->runner()->waitForDone();
+        QVERIFY(test::tagsOf(test::exiftool(output(heic)), {QStringLiteral("GPS")}).isEmpty());
+
+        app_->StartEditViewAction();
+        auto* title = app_->window()->photoEditorView->findChild<QLineEdit*>(QStringLiteral("titleField"));
+        title->clear();
+        QTest::keyClicks(title, QStringLiteral("Harbour at dawn"));
+        QTest::mouseClick(app_->window()->photoEditorView->button(QStringLiteral("editApplyBtn")), Qt::LeftButton);
+        app_->runner()->waitForDone();
+        const QJsonObject edited = test::exiftool(output(heic));
+        QCOMPARE(edited.value(QStringLiteral("XMP-dc:Title")).toString(), QStringLiteral("Harbour at dawn"));
+        QCOMPARE(edited.value(QStringLiteral("IFD0:Model")).toString(), QStringLiteral("iPhone XR"));
+        QVERIFY(QDir(storage_).entryList({QStringLiteral("*.xmp")}).isEmpty());
+        QTest::qWait(300);
+        saveScreenshot(app_->window(), QStringLiteral("main-window-heic-edited.png"));
+        // The inspector shows what the working copy now holds.
+        QTreeWidget* tree = app_->window()->inspector->tree();
+        const QList<QTreeWidgetItem*> titles = tree->findItems(QStringLiteral("Harbour at dawn"), Qt::MatchRecursive | Qt::MatchExactly, 1);
+        QVERIFY(!titles.isEmpty());
+        QVERIFY(tree->findItems(QStringLiteral("GPS"), Qt::MatchExactly, 0).isEmpty());
+        app_->window()->inspector->resize(600, 700);
+        titles.first()->setSelected(true);
+        tree->scrollToItem(titles.first());
+        saveScreenshot(app_->window()->inspector, QStringLiteral("main-window-heic-inspector.png"));
+    }
+
     // In the window a record's edits build on each other through its working copy; the
     // imported file stays as it was and Revert to Original starts again from it.
     void editsBuildOnTheWorkingCopy()

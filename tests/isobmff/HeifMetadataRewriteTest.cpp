@@ -173,6 +173,58 @@ TEST(HeifMetadataRewriteTest, ExifInTheItemDataIsCutOutAndTheOtherItemsThereStay
     EXPECT_TRUE(readHeifMetadataBlocks(target, nullptr).empty());
 }
 
+// Writes a copy with 64-bit item location fields and base offsets, and a media data box with
+// a 64-bit size, as large files have them.
+QString withWideFields(const QString& source, const QString& target)
+{
+    LoadedMeta loaded = loadMeta(source);
+    loaded.locations.offsetSize = 8;
+    loaded.locations.lengthSize = 8;
+    loaded.locations.baseOffsetSize = 8;
+    loaded.meta.child("iloc")->payload = serializeItemLocations(loaded.locations);
+    const QString widened = target + QStringLiteral(".tmp");
+    EXPECT_TRUE(rewriteTopLevelBoxes(source, loaded.tree, {{loaded.index, loaded.meta, {}, {}}}, widened).written);
+
+    loaded = loadMeta(widened);
+    QByteArray bytes = readAll(widened);
+    const Box& mdat = *loaded.tree.top("mdat");
+    QString error;
+    EXPECT_TRUE(remapItemLocations(loaded.meta.child("iloc")->payload,
+                                   [&](std::int64_t at) { return std::optional<std::int64_t>(at >= mdat.offset ? at + 8 : at); }, &error));
+    QByteArray header;
+    appendU32(header, 1);
+    header.append("mdat");
+    appendU64(header, std::uint64_t(mdat.size + 8));
+    const Box& meta = loaded.tree.boxes[loaded.index];
+    bytes = bytes.left(meta.offset) + loaded.meta.serialize() + bytes.mid(meta.end(), mdat.offset - meta.end()) + header
+            + bytes.mid(mdat.offset + 8);
+    QFile file(target);
+    EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
+    return target;
+}
+
+TEST(HeifMetadataRewriteTest, WideFieldsAndLargeSizesAreKept)
+{
+    QTemporaryDir dir;
+    const QString source = withWideFields(test::dataPath(QStringLiteral("exiv2-Stonehenge.heic")), dir.filePath("wide.heic"));
+    ASSERT_EQ(loadMeta(source).locations.offsetSize, 8);
+    ASSERT_EQ(loadMeta(source).tree.top("mdat")->headerSize, 16);
+    const std::map<std::uint32_t, QByteArray> before = itemBytes(source);
+    const std::uint32_t exifId = exifItemOf(loadMeta(source).meta);
+    ASSERT_TRUE(before.at(exifId).contains("II*") || before.at(exifId).contains("MM"));
+
+    const QString target = dir.filePath(QStringLiteral("out.heic"));
+    const HeifRewriteReport report = rewriteHeifMetadata(source, target, growExif("WIDE"));
+    ASSERT_TRUE(report.written) << report.error.toStdString();
+    EXPECT_TRUE(report.offsetsShifted);
+    const std::map<std::uint32_t, QByteArray> after = itemBytes(target);
+    for (const auto& [id, bytes] : before) {
+        if (id != exifId)
+            EXPECT_EQ(after.at(id), bytes) << "item " << id;
+    }
+    EXPECT_TRUE(after.at(exifId).contains("WIDE"));
+}
+
 TEST(HeifMetadataRewriteTest, LayoutsThatCannotBeKeptAreRefusedAndNothingIsWritten)
 {
     QTemporaryDir dir;

@@ -24,6 +24,8 @@ constexpr const char* kImageList[] = {
     "SKF", "SKP", "SR2", "SRF", "STP", "SVG", "SVGZ", "TEX", "TGA", "THM", "TIF", "TIFF", "VWX",
     "WB1", "WBC", "WBD", "WBMP", "WBZ", "WEBP", "WMF", "WP", "WPG", "X3F", "XBM", "XCF", "XPM",
     "XPS",
+    // Photo kinds of newer phones and cameras, after the classic list so that its positions stay.
+    "AVIF", "HIF", "CR3",
     "",
 };
 

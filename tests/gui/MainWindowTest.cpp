@@ -559,7 +559,9 @@ private slots:
     void heicEditsAreWrittenIntoTheFile()
     {
         const QString heic = QStringLiteral("exiv2-iPhoneXR_orient6.heic");
-        importWithAddCommand(dataFiles({heic}));
+        importWithAddCommand(dataFiles({heic, QStringLiteral("exiv2-avif_exif_xmp.avif"), QStringLiteral("exiv2-Sony_ILCE-1.HIF")}));
+        QCOMPARE(app_->photoBrowserModel()->rowCount(), 3);  // AVIF and Sony's HIF are photos too
+        app_->waitForThumbnails();
         selectPhotos({heic});
         trigger(QStringLiteral("actionRemove1"));  // Remove GPS
         app_->runner()->waitForDone();

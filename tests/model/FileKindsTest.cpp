@@ -8,7 +8,7 @@ namespace {
 TEST(FileKinds, ListsHaveTheirFixedLengthsWithDuplicatesKept)
 {
     EXPECT_EQ(kindListWords(FileKindList::Raw).size(), 9);
-    EXPECT_EQ(kindListWords(FileKindList::Image).size(), 142);
+    EXPECT_EQ(kindListWords(FileKindList::Image).size(), 145);
     EXPECT_EQ(kindListWords(FileKindList::Video).size(), 56);
     EXPECT_EQ(kindListWords(FileKindList::Audio).size(), 41);
     EXPECT_EQ(kindListWords(FileKindList::Image).count(QStringLiteral("CDR")), 2);
@@ -36,6 +36,10 @@ TEST(FileKinds, ClassicExtensions)
     EXPECT_EQ(GetDragImageType("jpeg"), jpgPosition - 1);  // "JPEG" stands right before "JPG"
     EXPECT_EQ(GetDragImageType("cdr"), 17);
     EXPECT_EQ(GetDragImageType("HEIC"), 0);
+    // AVIF, Sony's HEIF and Canon's CR3 are photos too, imported and edited like HEIC.
+    EXPECT_EQ(GetDragImageType("avif"), 142);
+    EXPECT_EQ(GetDragImageType("HIF"), 143);
+    EXPECT_EQ(GetDragImageType("cr3"), 144);
     EXPECT_EQ(GetViedoType("HEVC"), 0);
     EXPECT_GE(GetViedoType("mp4"), 0);
     EXPECT_GE(GetViedoType("M4V"), 0);

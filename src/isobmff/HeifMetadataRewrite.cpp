@@ -16,6 +16,10 @@ using Kind = HeifMetadataBlock::Kind;
 // The 'meta' box of a photo holds tables and small items; the images lie in 'mdat'.
 constexpr std::int64_t kMaxHeifMetaBox = std::int64_t(64) << 20;
 constexpr std::int64_t kMaxMetadataItem = std::int64_t(64) << 20;
+// Each metadata item is checked against every other item; real files have one or two of them,
+// each in one extent, so these bounds only stop files made to make that check endless.
+constexpr int kMaxMetadataItems = 64;
+constexpr std::size_t kMaxMetadataExtents = 1024;
 
 // A half-open range of bytes, in the file or in the 'idat' payload.
 struct Span {
@@ -144,6 +148,8 @@ bool readItem(ByteSource& source, const HeifItems& heif, std::uint32_t id, QByte
         return fail(error, QStringLiteral("metadata item %1 has no location").arg(id));
     if (!item->inThisFile() && !item->inItemData())
         return fail(error, QStringLiteral("metadata item %1 lies in another file").arg(id));
+    if (item->extents.size() > kMaxMetadataExtents)
+        return fail(error, QStringLiteral("metadata item %1 is split into too many pieces").arg(id));
     std::vector<Span> spans;
     if (!spansOf(*item, spaceSize(heif, *item), &spans))
         return fail(error, QStringLiteral("metadata item %1 lies beyond the end of its data").arg(id));
@@ -197,6 +203,8 @@ bool readBlocks(ByteSource& source, const HeifItems& heif, std::vector<HeifMetad
     for (const ItemInfoEntry& entry : heif.entries) {
         if (!entry.isExif() && !entry.isXmp())
             continue;
+        if (blocks->size() >= std::size_t(kMaxMetadataItems))
+            return fail(error, QStringLiteral("the file holds more than %1 metadata items").arg(kMaxMetadataItems));
         HeifMetadataBlock block;
         block.kind = entry.isExif() ? Kind::Exif : Kind::Xmp;
         block.itemId = entry.itemId;

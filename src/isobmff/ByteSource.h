@@ -37,8 +37,16 @@ public:
     int handle() const { return file_.handle(); }
 
 private:
+    // Box headers and small boxes are read one after another, mostly forward; a window of the
+    // file serves them with one system call instead of one (or two) each.
+    static constexpr std::int64_t kWindowSize = 64 * 1024;
+
+    QByteArray readFromFile(std::int64_t offset, std::int64_t length);
+
     QFile file_;
     std::int64_t size_ = 0;
+    QByteArray window_;
+    std::int64_t windowStart_ = 0;
 };
 
 }  // namespace pelorin

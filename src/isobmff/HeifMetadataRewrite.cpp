@@ -112,6 +112,8 @@ bool loadItems(ByteSource& source, HeifItems& heif, QString* error)
         const std::optional<ItemInfoEntry> entry = parseItemInfoEntry(child.payload);
         if (!entry)
             return fail(error, QStringLiteral("an item information entry is damaged"));
+        if (std::any_of(heif.entries.begin(), heif.entries.end(), [&](const ItemInfoEntry& e) { return e.itemId == entry->itemId; }))
+            return fail(error, QStringLiteral("item %1 is described twice").arg(entry->itemId));
         heif.entries.push_back(*entry);
     }
     std::optional<ItemLocationTable> locations = parseItemLocations(iloc->payload, error);

@@ -1,5 +1,6 @@
 #include "photo/HeifFile.h"
 
+#include "photo/HeifFileReader.h"
 #include "photo/PhotoLibraries.h"
 #include "photo/PhotoThumbnails.h"
 
@@ -52,6 +53,7 @@ QString heifReason(const heif_error& err)
 
 // An open file with its primary image; both null when the file could not be read.
 struct OpenedHeif {
+    std::unique_ptr<HeifFileReader> reader;  // declared first: the context reads through it until freed
     ContextPtr context;
     HandlePtr primary;
     qint64 fileSize = 0;
@@ -61,17 +63,14 @@ OpenedHeif openHeif(const QString& path, QString* error)
 {
     initializePhotoLibraries();
     OpenedHeif opened;
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
-        fail(error, QStringLiteral("cannot open the file: %1").arg(file.errorString()));
+    auto reader = std::make_unique<HeifFileReader>(path);
+    if (!reader->open(error))
         return opened;
-    }
-    if (!looksLikeHeif(file.read(64))) {
+    if (!looksLikeHeif(reader->head(64))) {
         fail(error, QStringLiteral("not a HEIF or AVIF file"));
         return opened;
     }
-    opened.fileSize = file.size();
-    file.close();
+    opened.fileSize = reader->size();
 
     ContextPtr context(heif_context_alloc());
     if (!context) {
@@ -79,8 +78,7 @@ OpenedHeif openHeif(const QString& path, QString* error)
         return opened;
     }
     heif_context_set_maximum_image_size_limit(context.get(), kMaxSide);
-    heif_error err = heif_context_read_from_file(context.get(), QFile::encodeName(path).constData(),
-                                                 nullptr);
+    heif_error err = heif_context_read_from_reader(context.get(), HeifFileReader::api(), reader.get(), nullptr);
     if (err.code != heif_error_Ok) {
         fail(error, QStringLiteral("cannot read the HEIF file: %1").arg(heifReason(err)));
         return opened;
@@ -97,6 +95,7 @@ OpenedHeif openHeif(const QString& path, QString* error)
         fail(error, QStringLiteral("the HEIF image has no size"));
         return opened;
     }
+    opened.reader = std::move(reader);
     opened.context = std::move(context);
     opened.primary = std::move(handle);
     return opened;

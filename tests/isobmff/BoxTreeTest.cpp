@@ -5,6 +5,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QRandomGenerator>
 
 #include <gtest/gtest.h>
 
@@ -159,4 +160,34 @@ TEST(BoxTree, DamagedFilesGiveReasonsNotCrashes)
     // Every other sample reads too, whatever it is.
     for (const QString& name : QDir(test::dataPath("")).entryList(QDir::Files))
         treeOfFile(name);
+}
+
+// The file source serves small reads from a window of the file; whatever the order and size of
+// the reads, each must give exactly the file's bytes there.
+TEST(BoxTree, FileReadsGiveTheFileBytesInAnyOrder)
+{
+    const QString path = test::dataPath("exiv2-iPhoneXR_orient6.heic");
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const QByteArray whole = file.readAll();
+    FileByteSource source(path);
+    ASSERT_TRUE(source.open(nullptr));
+    ASSERT_EQ(source.size(), whole.size());
+    const std::int64_t size = whole.size();
+    struct Read {
+        std::int64_t offset;
+        std::int64_t length;
+    };
+    std::vector<Read> reads{{10, 8},           {20, 100},        {65540, 16},      {10, 65530},  {5, 4},
+                            {5, 200000},       {65536, 65536},   {size - 3, 10},   {size, 1},    {size - 70000, 70000},
+                            {0, size},         {-1, 4},          {100, 0}};
+    QRandomGenerator random(7);
+    for (int i = 0; i < 2000; ++i)
+        reads.push_back({random.bounded(int(size)), random.bounded(i % 10 == 0 ? 200000 : 600)});
+    for (const Read& read : reads) {
+        SCOPED_TRACE(std::to_string(read.offset) + "+" + std::to_string(read.length));
+        const QByteArray expected = read.offset < 0 || read.length <= 0 ? QByteArray()
+                                                                         : whole.mid(read.offset, read.length);
+        ASSERT_EQ(source.read(read.offset, read.length), expected);
+    }
 }

@@ -17,15 +17,19 @@ const Exiv2::byte* bytesOf(const QByteArray& bytes)
     return reinterpret_cast<const Exiv2::byte*>(bytes.constData());
 }
 
-// The directory of one stream, under IFD0 keys as exiv2 decodes it.
-Exiv2::ByteOrder decodeStream(const QByteArray& stream, Exiv2::ExifData* directory)
+constexpr std::array<const char*, 4> kBoxes = {"CMT1", "CMT2", "CMT3", "CMT4"};
+
+// The directory of one stream, under IFD0 keys as exiv2 decodes it. A CR3 directory points to
+// no other; anything exiv2 finds beyond it is not of this box, and is only counted in more.
+Exiv2::ByteOrder decodeStream(const QByteArray& stream, Exiv2::ExifData* directory, bool* more = nullptr)
 {
     Exiv2::ExifData decoded;
     const Exiv2::ByteOrder order = Exiv2::ExifParser::decode(decoded, bytesOf(stream), uint32_t(stream.size()));
-    // A CR3 directory points to no other; anything exiv2 finds below it is not of this box.
     for (const Exiv2::Exifdatum& d : decoded) {
         if (d.groupName() == "Image")
             directory->add(d);
+        else if (more)
+            *more = true;
     }
     return order;
 }
@@ -124,14 +128,15 @@ bool decodeCr3Metadata(const Cr3Metadata& metadata, Cr3Exiv2Data* data, QString*
     return true;
 }
 
-void encodeCr3Metadata(const Cr3Exiv2Data& data, Cr3Metadata* metadata)
+bool encodeCr3Metadata(const Cr3Exiv2Data& data, Cr3Metadata* metadata, QString* error)
 {
     for (const Cr3Metadata::Stream n : kWrittenStreams) {
         QByteArray& stream = metadata->tiff[n];
         Exiv2::ExifData before;
         Exiv2::ByteOrder order = data.byteOrder;
+        bool more = false;
         if (!stream.isEmpty()) {
-            const Exiv2::ByteOrder found = decodeStream(stream, &before);
+            const Exiv2::ByteOrder found = decodeStream(stream, &before, &more);
             if (found != Exiv2::invalidByteOrder)
                 order = found;
         }
@@ -141,6 +146,11 @@ void encodeCr3Metadata(const Cr3Exiv2Data& data, Cr3Metadata* metadata)
         // A directory whose values did not change keeps its bytes as they are.
         if (!stream.isEmpty() && encodeStream({}, order, before) == encodeStream({}, order, after))
             continue;
+        if (more) {
+            *error = QStringLiteral("the '%1' box holds more than its own directory, which a rewrite would lose")
+                         .arg(QLatin1String(kBoxes[n]));
+            return false;
+        }
         stream = encodeStream(stream, order, after);
     }
     Exiv2::XmpData before;
@@ -148,8 +158,9 @@ void encodeCr3Metadata(const Cr3Exiv2Data& data, Cr3Metadata* metadata)
     const bool readable = packet.trimmed().isEmpty() || Exiv2::XmpParser::decode(before, packet.toStdString()) == 0;
     const QByteArray after = encodeXmp(data.xmp);
     if (metadata->xmp.isEmpty() ? data.xmp.empty() : readable && after == encodeXmp(before))
-        return;
+        return true;
     metadata->xmp = paddedTo(after, metadata->xmp.size());
+    return true;
 }
 
 bool readCr3Properties(const QByteArray& bytes, QVariantMap* properties, QString* error)

@@ -24,8 +24,9 @@ bool decodeCr3Metadata(const Cr3Metadata& metadata, Cr3Exiv2Data* data, QString*
 
 // Writes the IFD0, Exif and GPS groups of data into CMT1, CMT2 and CMT4 and the XMP into the
 // packet. A stream or packet whose values did not change keeps its bytes; a changed packet is
-// padded to its old size where it fits. The maker notes are never written.
-void encodeCr3Metadata(const Cr3Exiv2Data& data, Cr3Metadata* metadata);
+// padded to its old size where it fits. The maker notes are never written. False with the
+// reason when a changed stream holds more than exiv2 can write back into it.
+bool encodeCr3Metadata(const Cr3Exiv2Data& data, Cr3Metadata* metadata, QString* error);
 
 // The metadata of a CR3 file's bytes as photo properties; false with the reason.
 bool readCr3Properties(const QByteArray& bytes, QVariantMap* properties, QString* error);

@@ -52,8 +52,7 @@ bool editMetadata(Cr3Metadata& metadata, const PhotoChanges& changes, const Phot
         *warnings << QStringLiteral("%1 files hold no IPTC data; the IPTC values were not written").arg(format.kind);
     if (holdsMakerNotes(original) && !holdsMakerNotes(data.exif))
         *warnings << QStringLiteral("the %1 maker notes were kept: raw developers need them to show the photo").arg(format.kind);
-    encodeCr3Metadata(data, &metadata);
-    return true;
+    return encodeCr3Metadata(data, &metadata, error);
 }
 
 // exiv2 must read back what it wrote.

@@ -1,9 +1,11 @@
 #include "isobmff/BoxTree.h"
+#include "photo/Cr3Exif.h"
 #include "photo/PhotoProperties.h"
 #include "photo/PhotoRewrite.h"
 
 #include "Cr3Samples.h"
 #include "ExifTool.h"
+#include "ImageMagick.h"
 #include "QtPrinters.h"
 #include "TestPaths.h"
 
@@ -288,6 +290,32 @@ TEST_F(Cr3RewriteTest, RemovingEverythingKeepsTheMakerNotesAndWhatRawDevelopersN
     EXPECT_EQ(text(test::tagsOf(after, {QStringLiteral("Canon:")})), text(test::tagsOf(before, {QStringLiteral("Canon:")})));
     EXPECT_FALSE(test::tagsOf(after, {QStringLiteral("Canon:")}).isEmpty());
     EXPECT_TRUE(validationWarnings(output).isEmpty());
+}
+
+TEST_F(Cr3RewriteTest, AStreamHoldingMoreThanItsOwnDirectoryIsNotRewritten)
+{
+    // ImageMagick writes a two-page TIFF: a second directory follows the first, which a CMT box
+    // never has and whose values would be lost if the stream were encoded anew.
+    const QString twoPages = inputs.filePath(QStringLiteral("two.tif"));
+    ASSERT_TRUE(test::imageMagick({QStringLiteral("-size"), QStringLiteral("8x8"), QStringLiteral("xc:red"),
+                                   QStringLiteral("xc:blue"), twoPages}));
+    Cr3Metadata metadata;
+    metadata.tiff[Cr3Metadata::Ifd0] = readAll(twoPages);
+    Cr3Exiv2Data data;
+    QString error;
+    ASSERT_TRUE(decodeCr3Metadata(metadata, &data, &error)) << error.toStdString();
+
+    data.exif["Exif.GPSInfo.GPSLatitudeRef"] = "N";
+    Cr3Metadata gpsOnly = metadata;
+    ASSERT_TRUE(encodeCr3Metadata(data, &gpsOnly, &error)) << error.toStdString();
+    EXPECT_EQ(gpsOnly.tiff[Cr3Metadata::Ifd0], metadata.tiff[Cr3Metadata::Ifd0]);
+    EXPECT_FALSE(gpsOnly.tiff[Cr3Metadata::GpsIfd].isEmpty());
+
+    data.exif["Exif.Image.Artist"] = "Jane";
+    Cr3Metadata withArtist = metadata;
+    EXPECT_FALSE(encodeCr3Metadata(data, &withArtist, &error));
+    EXPECT_TRUE(error.contains(QStringLiteral("'CMT1'"))) << error.toStdString();
+    EXPECT_EQ(withArtist.tiff[Cr3Metadata::Ifd0], metadata.tiff[Cr3Metadata::Ifd0]);
 }
 
 TEST_F(Cr3RewriteTest, DamagedFilesAreRefusedWithAReasonAndWriteNothing)

@@ -68,8 +68,8 @@ QString SetDateCommand::help() const
         "  --file-dates-only  copy the bytes unchanged and set only the file dates\n"
         "  --camera           each FILE names a camera photo downloaded into the output folder;\n"
         "                     that copy is changed in place\n"
-        "RAW kinds that cannot be rewritten (RAF, RW2, CRW, MRW, CR3, ...) get a byte copy plus\n"
-        "an XMP sidecar; HEIC, HEIF and AVIF are rewritten themselves.");
+        "RAW kinds that cannot be rewritten (RAF, RW2, CRW, MRW, ...) get a byte copy plus\n"
+        "an XMP sidecar; HEIC, HEIF, AVIF and CR3 are rewritten themselves.");
 }
 
 int SetDateCommand::run(CliInvocation& invocation)

@@ -27,8 +27,10 @@ QString StripCommand::help() const
         "            still looks the same\n"
         "Copies keep the photo's name. With --camera, each FILE names a camera photo already\n"
         "downloaded into the output folder; its copy is named NoExif_, NoGPS_, NoIPTC_ or\n"
-        "NoExifAndGPS_ plus its name. HEIC, HEIF and AVIF are rewritten like JPEG; files whose\n"
-        "kind cannot be rewritten (RAF, RW2, CRW, MRW, CR3, ...) are skipped with the reason.");
+        "NoExifAndGPS_ plus its name. HEIC, HEIF, AVIF and CR3 are rewritten like JPEG (a CR3\n"
+        "keeps its maker notes, and with all also its make and model, which raw developers\n"
+        "need); files whose kind cannot be rewritten (RAF, RW2, CRW, MRW, ...) are skipped\n"
+        "with the reason.");
 }
 
 int StripCommand::run(CliInvocation& invocation)

@@ -82,7 +82,7 @@ PhotoFormat detectPhotoFormat(const QByteArray& head, const QString& extension)
     if (at(head, 0, "RIFF", 4) && at(head, 8, "WEBP", 4))
         return make(PhotoContainer::WebP, "WebP", "org.webmproject.webp", true, false, false);
     if (hasBrand(head, {"crx "}))
-        return make(PhotoContainer::Cr3, "CR3", "com.adobe.raw-image", false, false, false);
+        return make(PhotoContainer::Cr3, "CR3", "com.adobe.raw-image", true, false, false);
     if (hasBrand(head, {"avif", "avis"}))
         return make(PhotoContainer::Heif, "AVIF", "public.avif", true, false, false);
     if (hasBrand(head, {"heic", "heix", "hevc", "heim", "heis", "hevm", "hevs", "mif1", "msf1"}))

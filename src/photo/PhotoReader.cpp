@@ -2,6 +2,7 @@
 // does not find), image facts through Qt's image readers, container facts through our own
 // small readers.
 #include "photo/ContainerProperties.h"
+#include "photo/Cr3Exif.h"
 #include "photo/Exiv2Model.h"
 #include "photo/HeifFile.h"
 #include "photo/PhotoCompleteness.h"
@@ -213,8 +214,18 @@ PhotoProperties readPhotoProperties(const QByteArray& bytes, const QString& exte
         return info;
     }
     try {
-        if (info.format.exiv2Readable)
+        // exiv2 0.27 takes a CR3 for a QuickTime movie; its CMT boxes are decoded one by one.
+        if (info.format.container == PhotoContainer::Cr3) {
+            QString error;
+            if (!readCr3Properties(bytes, &info.properties, &error)) {
+                info.error = photoDataComplete(bytes, info.format)
+                                 ? QStringLiteral("cannot read the CR3 metadata: %1").arg(error)
+                                 : damagedPhotoReason();
+                return info;
+            }
+        } else if (info.format.exiv2Readable) {
             readWithExiv2(bytes, &info);
+        }
     } catch (const std::exception& e) {
         // A cut-off file is named as such rather than by the parser's complaint about it.
         info.error = photoDataComplete(bytes, info.format)

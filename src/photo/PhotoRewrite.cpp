@@ -2,6 +2,7 @@
 
 #include "model/SafeOutput.h"
 #include "photo/ApplyPhotoChanges.h"
+#include "photo/Cr3PhotoRewrite.h"
 #include "photo/Exiv2Model.h"
 #include "photo/HeifFile.h"
 #include "photo/HeifPhotoRewrite.h"
@@ -234,16 +235,19 @@ PhotoWriteResult CopyPhotoWithProperties(const QString& sourcePath, const PhotoC
 
     PhotoWriteResult result;
     const bool heif = format.container == PhotoContainer::Heif;
+    const bool cr3 = format.container == PhotoContainer::Cr3;
     if (options.dryRun) {
         result.outcome = Outcome::Planned;
         const PhotoProperties current = heif ? readPhotoProperties(sourcePath) : readPhotoProperties(source, QFileInfo(sourcePath).suffix());
         result.planned = planChanges(outputPath, current.properties, changes);
         return result;
     }
-    if (heif) {
+    // The box-based kinds are rewritten through the box engine, which copies their media.
+    if (heif || cr3) {
         if (replacement == SourceReplacement::Refuse && isSameFile(sourcePath, outputPath))
             return failed(QStringLiteral("%1 is the original file; an output never replaces it").arg(outputPath));
-        return rewriteHeifPhoto(sourcePath, format, changes, outputPath, options);
+        return heif ? rewriteHeifPhoto(sourcePath, format, changes, outputPath, options)
+                    : rewriteCr3Photo(sourcePath, format, changes, outputPath, options);
     }
     QByteArray rewritten;
     if (changes.isEmpty()) {

@@ -1,6 +1,7 @@
 // pelorin-cli's photo commands on files made by other programs (exiftool, ImageMagick), checked
 // with exiftool.
 #include "CliRunner.h"
+#include "Cr3Samples.h"
 #include "ExifTool.h"
 #include "ImageMagick.h"
 
@@ -15,6 +16,7 @@
 namespace {
 
 using pelorin::test::CliRun;
+using pelorin::test::exiftoolExtract;
 using pelorin::test::exiftool;
 using pelorin::test::exiftoolWrite;
 using pelorin::test::imageMagick;
@@ -117,6 +119,7 @@ TEST_F(CliPhotoFilesTest, TruncatedPhotosAreSkippedByEveryWritingCommand)
     damaged << cut(QStringLiteral(PELORIN_TEST_DATA_DIR "/exiv2-Reagan_all.jpg"), 30000, QStringLiteral("camera.jpg"))
             << cut(png, QFileInfo(png).size() / 2, QStringLiteral("half.png"))
             << cut(QStringLiteral(PELORIN_TEST_DATA_DIR "/exiv2-iPhoneXR_orient6.heic"), 40000, QStringLiteral("phone.heic"))
+            << cut(QStringLiteral(PELORIN_TEST_DATA_DIR "/et-Canon_M50.cr3"), 30000, QStringLiteral("raw.cr3"))
             << QStringLiteral(PELORIN_TEST_DATA_DIR "/ft-Leica_M10_truncated.dng");
 
     const QString templates = path(QStringLiteral("templates"));
@@ -157,6 +160,43 @@ TEST_F(CliPhotoFilesTest, TruncatedPhotosAreSkippedByEveryWritingCommand)
         const QJsonValue strips = tags.value(QStringLiteral("IFD0:StripOffsets"));
         const double first = strips.isDouble() ? strips.toDouble() : strips.toString().section(QLatin1Char(' '), 0, 0).toDouble();
         EXPECT_GT(first, 0) << name.toStdString();
+    }
+}
+
+TEST_F(CliPhotoFilesTest, CanonRawsAreRewrittenThemselvesByEveryMetadataCommand)
+{
+    const QString source = QStringLiteral(PELORIN_TEST_DATA_DIR "/et-Canon_M50.cr3");
+    const QString templates = path(QStringLiteral("templates"));
+    ASSERT_EQ(cli({QStringLiteral("export-plist"), QStringLiteral("template"), QStringLiteral("--artist"), QStringLiteral("A"),
+                   QStringLiteral("-o"), templates}).exitCode, 0);
+    // Each command with a tag exiftool must then read from the rewritten file.
+    const QList<std::pair<QStringList, std::pair<QString, QJsonValue>>> commands{
+        {{QStringLiteral("strip"), QStringLiteral("gps")}, {QStringLiteral("GPS:GPSVersionID"), QJsonValue(QJsonValue::Undefined)}},
+        {{QStringLiteral("strip"), QStringLiteral("all")}, {QStringLiteral("ExifIFD:ExposureTime"), QJsonValue(QJsonValue::Undefined)}},
+        {{QStringLiteral("gps"), QStringLiteral("set"), QStringLiteral("--lat"), QStringLiteral("1.5"), QStringLiteral("--lon"),
+          QStringLiteral("2"), QStringLiteral("--alt"), QStringLiteral("3")},
+         {QStringLiteral("Composite:GPSLatitude"), 1.5}},
+        {{QStringLiteral("apply"), QStringLiteral("--artist"), QStringLiteral("B")}, {QStringLiteral("IFD0:Artist"), QStringLiteral("B")}},
+        {{QStringLiteral("shift-dates"), QStringLiteral("--by"), QStringLiteral("1d")},
+         {QStringLiteral("ExifIFD:DateTimeOriginal"), QStringLiteral("2018:02:22 12:08:56")}},
+        {{QStringLiteral("set-date"), QStringLiteral("--original"), QStringLiteral("2012:01:01 10:00:00")},
+         {QStringLiteral("ExifIFD:DateTimeOriginal"), QStringLiteral("2012:01:01 10:00:00")}},
+        {{QStringLiteral("import-plist"), QStringLiteral("template"), templates + QStringLiteral("/templatefile.plist")},
+         {QStringLiteral("IFD0:Artist"), QStringLiteral("A")}},
+    };
+    const QByteArray raw = exiftoolExtract(source, QStringLiteral("JpgFromRaw"));
+    ASSERT_FALSE(raw.isEmpty());
+    for (const auto& [command, expected] : commands) {
+        SCOPED_TRACE(command.join(QLatin1Char(' ')).toStdString());
+        const QString out = path(QStringLiteral("out-") + command.first() + QString::number(qHash(command.join(QString()))));
+        const CliRun run = cli(command + QStringList{source, QStringLiteral("-o"), out});
+        ASSERT_EQ(run.exitCode, 0) << run.err.toStdString();
+        EXPECT_EQ(QDir(out).entryList(QDir::Files), QStringList{QStringLiteral("et-Canon_M50.cr3")});
+        const QString output = out + QStringLiteral("/et-Canon_M50.cr3");
+        const QJsonObject tags = exiftool(output);
+        EXPECT_EQ(tags.value(QStringLiteral("File:FileType")).toString(), QStringLiteral("CR3"));
+        EXPECT_EQ(tags.value(expected.first), expected.second) << expected.first.toStdString();
+        EXPECT_EQ(exiftoolExtract(output, QStringLiteral("JpgFromRaw")), raw);
     }
 }
 

@@ -198,12 +198,18 @@ PhotoWriteResult CopyPhotoWithProperties(const QString& sourcePath, const PhotoC
         return failed(QStringLiteral("cannot open the photo: %1").arg(file.errorString()));
     if (file.size() > kMaxPhotoFileSize)
         return failed(QStringLiteral("the file is too large to be rewritten"));
-    const QByteArray source = file.readAll();
-    file.close();
-    const PhotoFormat format = detectPhotoFormat(source.left(64), QFileInfo(sourcePath).suffix());
+    const PhotoFormat format = detectPhotoFormat(file.read(64), QFileInfo(sourcePath).suffix());
     if (!format.isKnown())
         return failed(QStringLiteral("not a photo of a known kind"));
-    if (!photoDataComplete(source, format)) {
+    // The box-based kinds are rewritten from the file by the box engine, which copies their
+    // media in the kernel; the others are rewritten in memory.
+    const bool heif = format.container == PhotoContainer::Heif;
+    const bool cr3 = format.container == PhotoContainer::Cr3;
+    QByteArray source;
+    if (!heif && !cr3 && file.seek(0))
+        source = file.readAll();
+    file.close();
+    if (heif || cr3 ? !photoFileComplete(sourcePath) : !photoDataComplete(source, format)) {
         PhotoWriteResult skipped;
         skipped.outcome = Outcome::Skipped;
         skipped.reason = damagedPhotoReason();
@@ -234,15 +240,13 @@ PhotoWriteResult CopyPhotoWithProperties(const QString& sourcePath, const PhotoC
     }
 
     PhotoWriteResult result;
-    const bool heif = format.container == PhotoContainer::Heif;
-    const bool cr3 = format.container == PhotoContainer::Cr3;
     if (options.dryRun) {
         result.outcome = Outcome::Planned;
-        const PhotoProperties current = heif ? readPhotoProperties(sourcePath) : readPhotoProperties(source, QFileInfo(sourcePath).suffix());
+        const PhotoProperties current = heif || cr3 ? readPhotoProperties(sourcePath)
+                                                    : readPhotoProperties(source, QFileInfo(sourcePath).suffix());
         result.planned = planChanges(outputPath, current.properties, changes);
         return result;
     }
-    // The box-based kinds are rewritten through the box engine, which copies their media.
     if (heif || cr3) {
         if (replacement == SourceReplacement::Refuse && isSameFile(sourcePath, outputPath))
             return failed(QStringLiteral("%1 is the original file; an output never replaces it").arg(outputPath));

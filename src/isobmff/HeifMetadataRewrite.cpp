@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <map>
+#include <set>
 
 namespace pelorin {
 
@@ -106,13 +107,14 @@ bool loadItems(ByteSource& source, HeifItems& heif, QString* error)
     if (!primary)
         return fail(error, QStringLiteral("the primary item box is damaged"));
     heif.primary = *primary;
+    std::set<std::uint32_t> described;
     for (const BoxNode& child : iinf->children) {
         if (child.type != "infe")
             continue;
         const std::optional<ItemInfoEntry> entry = parseItemInfoEntry(child.payload);
         if (!entry)
             return fail(error, QStringLiteral("an item information entry is damaged"));
-        if (std::any_of(heif.entries.begin(), heif.entries.end(), [&](const ItemInfoEntry& e) { return e.itemId == entry->itemId; }))
+        if (!described.insert(entry->itemId).second)
             return fail(error, QStringLiteral("item %1 is described twice").arg(entry->itemId));
         heif.entries.push_back(*entry);
     }
@@ -130,7 +132,10 @@ bool loadItems(ByteSource& source, HeifItems& heif, QString* error)
         heif.idat = idat->payload;
         heif.hasIdat = true;
     }
+    std::set<std::uint32_t> located;
     for (const ItemLocation& item : heif.locations.items) {
+        if (!located.insert(item.itemId).second)
+            return fail(error, QStringLiteral("item %1 has two locations").arg(item.itemId));
         if (item.constructionMethod > 1)
             return fail(error, QStringLiteral("item %1 is built from other items, which this writer does not keep").arg(item.itemId));
     }

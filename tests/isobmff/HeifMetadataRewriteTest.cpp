@@ -260,7 +260,11 @@ TEST(HeifMetadataRewriteTest, LayoutsThatCannotBeKeptAreRefusedAndNothingIsWritt
     const QString beyond = variant(QStringLiteral("beyond.heic"), [](ItemLocationTable& table, std::uint32_t exifId) {
         table.find(exifId)->extents.front().offset = 0xfffff0;
     });
+    const QString twice = variant(QStringLiteral("twice.heic"), [](ItemLocationTable& table, std::uint32_t exifId) {
+        table.items.back().itemId = exifId == table.items.back().itemId ? table.items.front().itemId : exifId;
+    });
     const std::map<QString, QString> expected{{shared, QStringLiteral("shares its bytes")},
+                                              {twice, QStringLiteral("has two locations")},
                                               {derived, QStringLiteral("built from other items")},
                                               {beyond, QStringLiteral("beyond the end")}};
     for (const auto& [path, reason] : expected) {

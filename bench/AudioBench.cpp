@@ -3,6 +3,7 @@
 //
 //   build/bench/audio_bench [COPIES]
 // COPIES (default 300) files of each kind are made from the samples in tests/data.
+#include "BenchSupport.h"
 #include "audio/AudioEdits.h"
 #include "model/CommandContext.h"
 #include "model/SafeOutput.h"
@@ -18,10 +19,9 @@
 #include <cstdlib>
 
 using namespace pelorin;
+using pelorin::bench::seconds;
 
 namespace {
-
-double seconds(QElapsedTimer& t) { return t.nsecsElapsed() / 1e9; }
 
 }  // namespace
 

@@ -4,6 +4,8 @@
 //   build/bench/date_shift_bench [COPIES] [SAMPLE_FOLDER...]
 // COPIES (default 300) files are made from the JPEGs of the sample folders (default tests/data
 // and, when present, ../shared/fixtures/photo) that carry an EXIF date.
+#include "BenchSupport.h"
+#include "TestSelection.h"
 #include "dates/PhotoDateShift.h"
 #include "photo/PhotoProperties.h"
 
@@ -17,12 +19,9 @@
 #include <cstdio>
 
 using namespace pelorin;
+using namespace pelorin::bench;
 
 namespace {
-
-double seconds(QElapsedTimer& t) { return t.nsecsElapsed() / 1e9; }
-
-void syncDisks() { QProcess::execute(QStringLiteral("sync"), {}); }
 
 bool hasExifDate(const QString& path)
 {
@@ -37,14 +36,8 @@ int main(int argc, char** argv)
     qputenv("QT_QPA_PLATFORM", "offscreen");
     QGuiApplication app(argc, argv);
     const int copies = argc > 1 ? std::atoi(argv[1]) : 300;
-    QStringList folders;
-    for (int i = 2; i < argc; ++i)
-        folders << QString::fromLocal8Bit(argv[i]);
-    if (folders.isEmpty())
-        folders << QStringLiteral(PELORIN_SOURCE_DIR "/tests/data") << QStringLiteral(PELORIN_SOURCE_DIR "/../shared/fixtures/photo");
-
     QStringList samples;
-    for (const QString& folder : folders) {
+    for (const QString& folder : sampleFolders(argc, argv)) {
         for (const QString& name : QDir(folder).entryList({QStringLiteral("*.jpg")}, QDir::Files)) {
             const QString path = QDir(folder).filePath(name);
             if (hasExifDate(path))
@@ -55,30 +48,14 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "no sample JPEGs with EXIF dates found\n");
         return 1;
     }
-    QTemporaryDir root;
-    QDir dir(root.path());
-    for (const char* sub : {"src", "ours", "exiftool", "cp"})
-        dir.mkdir(QString::fromLatin1(sub));
-    QStringList files;
-    qint64 bytes = 0;
-    PhotoSelection selection;
-    for (int i = 0; i < copies; ++i) {
-        const QString sample = samples[i % samples.size()];
-        const QString path = dir.filePath(QStringLiteral("src/%1_%2").arg(i).arg(QFileInfo(sample).fileName()));
-        QFile::copy(sample, path);
-        files << path;
-        bytes += QFileInfo(path).size();
-        IKImageItem item;
-        item.filePath = path;
-        item.fileName = QFileInfo(path).fileName();
-        selection.items << item;
-    }
-    syncDisks();
-    std::printf("%d JPEG files (%.1f MB) made from %lld samples with EXIF dates\n\n", copies, bytes / 1e6,
+    const CopyBatch batch(samples, copies);
+    const QStringList& files = batch.files;
+    const PhotoSelection selection = test::selectionOf(files);
+    std::printf("%d JPEG files (%.1f MB) made from %lld samples with EXIF dates\n\n", copies, batch.bytes / 1e6,
                 qlonglong(samples.size()));
 
     CommandContext context;
-    context.storageFolder = dir.filePath(QStringLiteral("ours"));
+    context.storageFolder = batch.folder("ours");
     BatchDateRequest request;
     request.span.hours = 1;
     request.add = true;
@@ -93,14 +70,14 @@ int main(int argc, char** argv)
     exiftool.setStandardOutputFile(QProcess::nullDevice());
     exiftool.start(QStringLiteral("exiftool"),
                    QStringList{QStringLiteral("-q"), QStringLiteral("-m"), QStringLiteral("-AllDates+=1"), QStringLiteral("-o"),
-                               dir.filePath(QStringLiteral("exiftool")) + QLatin1Char('/')}
+                               batch.folder("exiftool") + QLatin1Char('/')}
                        + files);
     exiftool.waitForFinished(-1);
     syncDisks();
     const double peer = seconds(t);
 
     t.restart();
-    QProcess::execute(QStringLiteral("cp"), files + QStringList{dir.filePath(QStringLiteral("cp"))});
+    QProcess::execute(QStringLiteral("cp"), files + QStringList{batch.folder("cp")});
     const double cp = seconds(t);
     syncDisks();
     const double cpSync = seconds(t);

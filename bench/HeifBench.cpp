@@ -5,6 +5,8 @@
 //   build/bench/heif_bench [COPIES] [SAMPLE_FOLDER...]
 // COPIES (default 300) files are made from the HEICs of at least 500 KB that carry GPS in the
 // sample folders (default tests/data and, when present, ../shared/fixtures/photo).
+#include "BenchSupport.h"
+#include "TestSelection.h"
 #include "model/CommandContext.h"
 #include "photo/PhotoProperties.h"
 #include "photo/PhotoRemoval.h"
@@ -22,23 +24,11 @@
 #include <cstdio>
 
 using namespace pelorin;
+using namespace pelorin::bench;
 
 namespace {
 
 constexpr qint64 kMinSampleSize = 500 * 1000;  // a real photo, not a test stub
-
-double seconds(QElapsedTimer& t) { return t.nsecsElapsed() / 1e9; }
-
-double timeProcess(const QString& program, const QStringList& args)
-{
-    QElapsedTimer t;
-    t.start();
-    QProcess p;
-    p.setStandardOutputFile(QProcess::nullDevice());
-    p.start(program, args);
-    p.waitForFinished(-1);
-    return seconds(t);
-}
 
 // CPU seconds (user + system) of this process or of its finished children: on a loaded machine
 // these compare the work done better than the wall clock.
@@ -48,8 +38,6 @@ double cpuSeconds(int who)
     getrusage(who, &usage);
     return double(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) + (usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
 }
-
-void syncDisks() { QProcess::execute(QStringLiteral("sync"), {}); }
 
 // tests/data holds copies of some shared fixtures under the same names; each photo counts once.
 QStringList sampleHeics(const QStringList& folders)
@@ -90,45 +78,21 @@ int main(int argc, char** argv)
     qputenv("QT_QPA_PLATFORM", "offscreen");
     QGuiApplication app(argc, argv);
     const int copies = argc > 1 ? std::atoi(argv[1]) : 300;
-    QStringList folders;
-    for (int i = 2; i < argc; ++i)
-        folders << QString::fromLocal8Bit(argv[i]);
-    if (folders.isEmpty())
-        folders << QStringLiteral(PELORIN_SOURCE_DIR "/tests/data") << QStringLiteral(PELORIN_SOURCE_DIR "/../shared/fixtures/photo");
-
-    const QStringList samples = sampleHeics(folders);
+    const QStringList samples = sampleHeics(sampleFolders(argc, argv));
     if (samples.isEmpty() || copies < 1) {
         std::fprintf(stderr, "no sample HEICs with GPS found\n");
         return 1;
     }
-    QTemporaryDir root;
-    QDir dir(root.path());
-    for (const char* sub : {"src", "ours", "exiftool", "cp"})
-        dir.mkdir(QString::fromLatin1(sub));
-    QStringList files;
-    qint64 bytes = 0;
-    for (int i = 0; i < copies; ++i) {
-        const QString& sample = samples[i % samples.size()];
-        const QString path = dir.filePath(QStringLiteral("src/%1_%2").arg(i).arg(QFileInfo(sample).fileName()));
-        QFile::copy(sample, path);
-        files << path;
-        bytes += QFileInfo(path).size();
-    }
-    syncDisks();
-    std::printf("%d HEIC files (%.1f MB) made from %lld samples:\n", copies, bytes / 1e6, qlonglong(samples.size()));
+    const CopyBatch batch(samples, copies);
+    const QStringList& files = batch.files;
+    std::printf("%d HEIC files (%.1f MB) made from %lld samples:\n", copies, batch.bytes / 1e6, qlonglong(samples.size()));
     for (const QString& sample : samples)
         std::printf("  %s\n", qPrintable(sample));
     std::printf("\n");
 
-    PhotoSelection selection;
-    for (const QString& f : files) {
-        IKImageItem item;
-        item.filePath = f;
-        item.fileName = QFileInfo(f).fileName();
-        selection.items << item;
-    }
+    const PhotoSelection selection = test::selectionOf(files);
     CommandContext context;
-    context.storageFolder = dir.filePath(QStringLiteral("ours"));
+    context.storageFolder = batch.folder("ours");
     QElapsedTimer t;
     t.start();
     const double cpuBefore = cpuSeconds(RUSAGE_SELF);
@@ -139,7 +103,7 @@ int main(int argc, char** argv)
     const double childrenBefore = cpuSeconds(RUSAGE_CHILDREN);
     const double exiftool = timeProcess(QStringLiteral("exiftool"),
                                         QStringList{QStringLiteral("-q"), QStringLiteral("-m"), QStringLiteral("-gps:all="),
-                                                    QStringLiteral("-o"), dir.filePath(QStringLiteral("exiftool")) + QLatin1Char('/')}
+                                                    QStringLiteral("-o"), batch.folder("exiftool") + QLatin1Char('/')}
                                             + files);
     const double exiftoolCpu = cpuSeconds(RUSAGE_CHILDREN) - childrenBefore;
     // Our command flushes its outputs to disk once, exiftool never does; this is the same work.
@@ -149,7 +113,7 @@ int main(int argc, char** argv)
     const double exiftoolSync = exiftool + seconds(flush);
     const double afterExiftool = cpuSeconds(RUSAGE_CHILDREN);
     t.restart();
-    QProcess::execute(QStringLiteral("cp"), files + QStringList{dir.filePath(QStringLiteral("cp"))});
+    QProcess::execute(QStringLiteral("cp"), files + QStringList{batch.folder("cp")});
     const double cp = seconds(t);
     const double cpCpu = cpuSeconds(RUSAGE_CHILDREN) - afterExiftool;
     syncDisks();
@@ -169,7 +133,7 @@ int main(int argc, char** argv)
     std::printf("  ours %.3f s, exiftool %.3f s, cp %.3f s   ours/exiftool %6.3f  ours/cp %6.3f\n\n", oursCpu, exiftoolCpu,
                 cpCpu, oursCpu / exiftoolCpu, oursCpu / cpCpu);
 
-    const QStringList inputsWithGps = filesWithGps(dir.filePath(QStringLiteral("src")));
+    const QStringList inputsWithGps = filesWithGps(batch.folder("src"));
     const QStringList oursWithGps = filesWithGps(context.storageFolder);
     const qsizetype oursWritten = QDir(context.storageFolder).entryList(QDir::Files).size();
     std::printf("exiftool finds GPS in %lld of %d inputs and in %lld of our %lld outputs\n", qlonglong(inputsWithGps.size()),

@@ -4,6 +4,7 @@
 //   build/bench/movie_bench [MEGABYTES]
 // A movie of about MEGABYTES (default 1024) is made from FFmpeg's test sources, with the movie
 // box in front of the media so that the chunk offsets have to move.
+#include "BenchSupport.h"
 #include "model/CommandContext.h"
 #include "model/SafeOutput.h"
 #include "video/MovieSave.h"
@@ -19,10 +20,9 @@
 #include <cstdlib>
 
 using namespace pelorin;
+using pelorin::bench::seconds;
 
 namespace {
-
-double seconds(QElapsedTimer& t) { return t.nsecsElapsed() / 1e9; }
 
 double timed(const QString& program, const QStringList& arguments)
 {

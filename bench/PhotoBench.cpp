@@ -4,6 +4,8 @@
 //   build/bench/photo_bench [COPIES] [SAMPLE_FOLDER...]
 // COPIES (default 300) files are made from the JPEGs of the sample folders (default tests/data
 // and, when present, ../shared/fixtures/photo).
+#include "BenchSupport.h"
+#include "TestSelection.h"
 #include "model/CommandContext.h"
 #include "photo/PhotoProperties.h"
 #include "photo/PhotoRemoval.h"
@@ -18,23 +20,9 @@
 #include <cstdio>
 
 using namespace pelorin;
+using namespace pelorin::bench;
 
 namespace {
-
-double seconds(QElapsedTimer& t) { return t.nsecsElapsed() / 1e9; }
-
-double timeProcess(const QString& program, const QStringList& args)
-{
-    QElapsedTimer t;
-    t.start();
-    QProcess p;
-    p.setStandardOutputFile(QProcess::nullDevice());
-    p.start(program, args);
-    p.waitForFinished(-1);
-    return seconds(t);
-}
-
-void syncDisks() { QProcess::execute(QStringLiteral("sync"), {}); }
 
 }  // namespace
 
@@ -43,14 +31,8 @@ int main(int argc, char** argv)
     qputenv("QT_QPA_PLATFORM", "offscreen");
     QGuiApplication app(argc, argv);
     const int copies = argc > 1 ? std::atoi(argv[1]) : 300;
-    QStringList folders;
-    for (int i = 2; i < argc; ++i)
-        folders << QString::fromLocal8Bit(argv[i]);
-    if (folders.isEmpty())
-        folders << QStringLiteral(PELORIN_SOURCE_DIR "/tests/data") << QStringLiteral(PELORIN_SOURCE_DIR "/../shared/fixtures/photo");
-
     QStringList samples;
-    for (const QString& folder : folders) {
+    for (const QString& folder : sampleFolders(argc, argv)) {
         for (const QString& name : QDir(folder).entryList({QStringLiteral("*.jpg")}, QDir::Files)) {
             const QString path = QDir(folder).filePath(name);
             if (readPhotoProperties(path).ok())
@@ -61,31 +43,14 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "no sample JPEGs found\n");
         return 1;
     }
-    QTemporaryDir root;
-    QDir dir(root.path());
-    for (const char* sub : {"src", "ours", "exiftool", "cp"})
-        dir.mkdir(QString::fromLatin1(sub));
-    QStringList files;
-    qint64 bytes = 0;
-    for (int i = 0; i < copies; ++i) {
-        const QString path = dir.filePath(QStringLiteral("src/%1_%2").arg(i).arg(QFileInfo(samples[i % samples.size()]).fileName()));
-        QFile::copy(samples[i % samples.size()], path);
-        files << path;
-        bytes += QFileInfo(path).size();
-    }
-    syncDisks();
-    std::printf("%d JPEG files (%.1f MB) made from %lld samples\n\n", copies, bytes / 1e6, qlonglong(samples.size()));
+    const CopyBatch batch(samples, copies);
+    const QStringList& files = batch.files;
+    std::printf("%d JPEG files (%.1f MB) made from %lld samples\n\n", copies, batch.bytes / 1e6, qlonglong(samples.size()));
 
     // GPS removal
-    PhotoSelection selection;
-    for (const QString& f : files) {
-        IKImageItem item;
-        item.filePath = f;
-        item.fileName = QFileInfo(f).fileName();
-        selection.items << item;
-    }
+    const PhotoSelection selection = test::selectionOf(files);
     CommandContext context;
-    context.storageFolder = dir.filePath(QStringLiteral("ours"));
+    context.storageFolder = batch.folder("ours");
     QElapsedTimer t;
     t.start();
     const CommandResult result = removePhotoMetadata(MetadataRemoval::Gps, selection, context);
@@ -93,10 +58,10 @@ int main(int argc, char** argv)
     const double ours = seconds(t);
     const double exiftool = timeProcess(QStringLiteral("exiftool"),
                                         QStringList{QStringLiteral("-q"), QStringLiteral("-m"), QStringLiteral("-gps:all="),
-                                                    QStringLiteral("-o"), dir.filePath(QStringLiteral("exiftool")) + QLatin1Char('/')}
+                                                    QStringLiteral("-o"), batch.folder("exiftool") + QLatin1Char('/')}
                                             + files);
     t.restart();
-    QProcess::execute(QStringLiteral("cp"), files + QStringList{dir.filePath(QStringLiteral("cp"))});
+    QProcess::execute(QStringLiteral("cp"), files + QStringList{batch.folder("cp")});
     const double cp = seconds(t);
     syncDisks();
     const double cpSync = seconds(t);

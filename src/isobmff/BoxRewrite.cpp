@@ -200,7 +200,7 @@ RewriteReport rewriteTopLevelBoxes(const QString& sourcePath, const BoxTree& tre
                     report.error = QStringLiteral("the '%1' box is too large to rebuild").arg(boxTypeName(box.type));
                     return report;
                 }
-                edits.push_back({i, std::move(*node)});
+                edits.push_back({i, std::move(*node), {}, {}});
             }
         }
     }

@@ -35,25 +35,32 @@ bool FileByteSource::open(QString* error)
     return true;
 }
 
-QByteArray FileByteSource::readFromFile(std::int64_t offset, std::int64_t length)
+bool FileByteSource::readInto(std::int64_t offset, char* out, std::int64_t length)
 {
-    if (!file_.seek(offset))
-        return {};
-    return file_.read(length);
+    if (offset < 0 || length < 0 || length > size_ - offset)
+        return false;
+    const auto inWindow = [&] { return offset >= windowStart_ && offset + length <= windowStart_ + window_.size(); };
+    if (!inWindow()) {
+        if (length >= kWindowSize)  // image data and other big reads go straight to the caller
+            return file_.seek(offset) && file_.read(out, length) == length;
+        window_.resize(qsizetype(std::min(kWindowSize, size_ - offset)));
+        windowStart_ = offset;
+        if (!file_.seek(offset) || file_.read(window_.data(), window_.size()) != window_.size()) {
+            window_.clear();
+            return false;
+        }
+    }
+    std::copy_n(window_.constData() + (offset - windowStart_), length, out);
+    return true;
 }
 
 QByteArray FileByteSource::read(std::int64_t offset, std::int64_t length)
 {
     const std::int64_t n = clampedLength(size_, offset, length);
-    if (n <= 0)
+    QByteArray bytes(static_cast<qsizetype>(n), Qt::Uninitialized);
+    if (n <= 0 || !readInto(offset, bytes.data(), n))
         return {};
-    if (offset >= windowStart_ && offset + n <= windowStart_ + window_.size())
-        return window_.mid(static_cast<qsizetype>(offset - windowStart_), static_cast<qsizetype>(n));
-    if (n >= kWindowSize)
-        return readFromFile(offset, n);
-    window_ = readFromFile(offset, std::min(kWindowSize, size_ - offset));
-    windowStart_ = offset;
-    return window_.left(static_cast<qsizetype>(n));
+    return bytes;
 }
 
 }  // namespace pelorin

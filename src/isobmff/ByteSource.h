@@ -34,14 +34,14 @@ public:
     bool open(QString* error);
     std::int64_t size() const override { return size_; }
     QByteArray read(std::int64_t offset, std::int64_t length) override;
+    // Exactly length bytes from offset into out; false when the file has fewer or cannot be read.
+    bool readInto(std::int64_t offset, char* out, std::int64_t length);
     int handle() const { return file_.handle(); }
 
 private:
     // Box headers and small boxes are read one after another, mostly forward; a window of the
     // file serves them with one system call instead of one (or two) each.
     static constexpr std::int64_t kWindowSize = 64 * 1024;
-
-    QByteArray readFromFile(std::int64_t offset, std::int64_t length);
 
     QFile file_;
     std::int64_t size_ = 0;

@@ -405,6 +405,8 @@ HeifRewriteReport rewriteHeifMetadata(const QString& sourcePath, const QString& 
         newData.append(payload);
     }
     const std::uint64_t farthest = std::uint64_t(heif.tree.fileSize + newData.size() + heif.meta.serializedSize()) + (1u << 20);
+    // Until the layout is known the new extents hold the farthest offset they could take, so that
+    // the table's fields are made wide enough for the real one.
     for (const auto& [id, at] : placedAt)
         heif.locations.find(id)->extents.front().offset = farthest;
     storeTables(heif, farthest);

@@ -27,12 +27,6 @@ void ItemReferenceTable::removeItem(std::uint32_t itemId)
     std::erase_if(references, [&](const ItemReference& r) { return r.from == itemId || r.to.empty(); });
 }
 
-bool ItemReferenceTable::links(const QByteArray& type, std::uint32_t from, std::uint32_t to) const
-{
-    const std::vector<std::uint32_t> targets = targetsOf(type, from);
-    return std::find(targets.begin(), targets.end(), to) != targets.end();
-}
-
 std::vector<std::uint32_t> ItemReferenceTable::targetsOf(const QByteArray& type, std::uint32_t from) const
 {
     std::vector<std::uint32_t> out;

@@ -23,7 +23,6 @@ struct ItemReferenceTable {
 
     // Drops every link from or to the item; a reference left pointing nowhere goes too.
     void removeItem(std::uint32_t itemId);
-    bool links(const QByteArray& type, std::uint32_t from, std::uint32_t to) const;
     // The items this one refers to with that type.
     std::vector<std::uint32_t> targetsOf(const QByteArray& type, std::uint32_t from) const;
 };

@@ -32,7 +32,7 @@ RewriteReport rewriteMovieBox(const QString& sourcePath, const QString& targetPa
     if (!edit(*moov, &report.error))
         return report;
     std::vector<TopLevelEdit> edits;
-    edits.push_back({index, std::move(*moov)});
+    edits.push_back({index, std::move(*moov), {}, {}});
     if (fileLevel && !fileLevel(tree, edits, &report.error))
         return report;
     return rewriteTopLevelBoxes(sourcePath, tree, std::move(edits), targetPath, {durability, check});

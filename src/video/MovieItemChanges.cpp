@@ -216,7 +216,7 @@ RewriteReport writeMovieChanges(const QString& sourcePath, const QList<ItemChang
                 *error = QStringLiteral("the file's XMP box is too large to blank");
                 return false;
             }
-            edits.push_back({i, BoxNode::leaf("free", QByteArray(qsizetype(box.size - 8), '\0'))});
+            edits.push_back({i, BoxNode::leaf("free", QByteArray(qsizetype(box.size - 8), '\0')), {}, {}});
         }
         return true;
     };

@@ -69,7 +69,7 @@ Edited rewriteMovie(const QString& source, const QTemporaryDir& dir, const QStri
     EXPECT_TRUE(moov.has_value());
     edit(*moov);
     const QString target = dir.filePath(name);
-    return {rewriteTopLevelBoxes(source, tree, {{index, std::move(*moov)}}, target), target};
+    return {rewriteTopLevelBoxes(source, tree, {{index, std::move(*moov), {}, {}}}, target), target};
 }
 
 void setTitle(BoxNode& moov, const QByteArray& title)
@@ -163,7 +163,7 @@ TEST(BoxRewrite, RefusesFragmentedAndDamagedFilesWithoutWriting)
     // An edit whose type does not match the box it replaces.
     const QString plain = test::dataPath("ft-lavf.m4v");
     const RewriteReport mismatched =
-        rewriteTopLevelBoxes(plain, treeOfFile(plain), {{0, BoxNode::leaf("moov", {})}}, dir.filePath("m.m4v"));
+        rewriteTopLevelBoxes(plain, treeOfFile(plain), {{0, BoxNode::leaf("moov", {}), {}, {}}}, dir.filePath("m.m4v"));
     EXPECT_FALSE(mismatched.written);
     EXPECT_FALSE(QFile::exists(dir.filePath("m.m4v")));
 }

@@ -40,10 +40,14 @@ bool AudioScratchCopy::create()
     return true;
 }
 
-bool AudioScratchCopy::commit()
+bool AudioScratchCopy::commit(const OutputCheck& check)
 {
     if (scratch_.isEmpty()) {
         error_ = QStringLiteral("no copy to commit");
+        return false;
+    }
+    if (const QString problem = verifyFinishedOutput(scratch_, check); !problem.isEmpty()) {
+        error_ = verificationFailed(problem);
         return false;
     }
     const QByteArray scratch = QFile::encodeName(scratch_);

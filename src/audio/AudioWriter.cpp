@@ -470,8 +470,7 @@ bool editCaf(const QString& source, const QString& target, const Job& job, const
             *problem = writer.error();
         return false;
     }
-    if (*problem = audioReadBackProblem(writer.pendingPath(), reading); !problem->isEmpty())
-        return false;
+    writer.setCheck([&](const QString& pending) { return audioReadBackProblem(pending, source, reading); });
     if (!writer.commit()) {
         if (problem->isEmpty())
             *problem = writer.error();
@@ -567,15 +566,12 @@ CommandResult run(const QString& source, Job job, const QString& openingCreated,
             ok = editCaf(source, target, job, reading, &problem);
         } else if (job.container == AudioContainer::Mp4 && mp4KeepsQuickTimeKeys(source)) {
             ok = writeMp4KeyTags(source, target, job.changes, job.artwork, job.remove, &problem,
-                                 [&reading](const QString& pending) { return audioReadBackProblem(pending, reading); });
+                                 [&](const QString& pending) { return audioReadBackProblem(pending, source, reading); });
         } else {
             AudioScratchCopy copy(source, target);
             ok = copy.create() && editWithTagLib(copy.path(), job, result, source, &problem)
                  && (job.container != AudioContainer::Wav || renameWavId3Chunk(copy.path()));
-            if (ok) {
-                problem = audioReadBackProblem(copy.path(), reading);
-                ok = problem.isEmpty() && copy.commit();
-            }
+            ok = ok && copy.commit([&](const QString& scratch) { return audioReadBackProblem(scratch, source, reading); });
             if (!ok && problem.isEmpty())
                 problem = copy.error();
         }

@@ -7,7 +7,6 @@
 #include <QRandomGenerator>
 
 #include <cerrno>
-#include <cstring>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -58,7 +57,7 @@ bool AudioScratchCopy::commit(const OutputCheck& check)
     if (!synced || isSameFile(source_, target_)
         || ::rename(scratch.constData(), QFile::encodeName(target_).constData()) != 0) {
         error_ = QStringLiteral("cannot write %1: %2")
-                     .arg(target_, QString::fromLocal8Bit(std::strerror(errno)));
+                     .arg(target_, writeErrorText(errno));
         return false;
     }
     scratch_.clear();

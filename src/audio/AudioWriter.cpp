@@ -20,6 +20,7 @@
 #include "audio/AudioReadBack.h"
 #include "audio/AudioScratchCopy.h"
 #include "audio/CafInfo.h"
+#include "audio/CheckedFileStream.h"
 #include "audio/Mp4KeyTags.h"
 #include "audio/TagLibFiles.h"
 #include "model/DateText.h"
@@ -39,7 +40,6 @@
 #include <taglib/mpegfile.h>
 #include <taglib/oggfile.h>
 #include <taglib/textidentificationframe.h>
-#include <taglib/tfilestream.h>
 #include <taglib/tpropertymap.h>
 #include <taglib/wavfile.h>
 #include <taglib/wavpackfile.h>
@@ -505,13 +505,18 @@ bool renameWavId3Chunk(const QString& path)
 bool editWithTagLib(const QString& path, const Job& job, CommandResult& result,
                     const QString& source, QString* problem)
 {
-    TagLib::FileStream stream(QFile::encodeName(path).constData(), false);
+    CheckedFileStream stream(path);
     const std::unique_ptr<TagLib::File> file = openFile(job.container, &stream);
     if (!file || !file->isValid()) {
         *problem = QStringLiteral("TagLib cannot read this %1 file").arg(audioContainerName(job.container));
         return false;
     }
-    if (!edit(*file, job, result, source)) {
+    const bool saved = edit(*file, job, result, source);
+    if (stream.writeError() != 0) {
+        *problem = QStringLiteral("cannot write the tags: %1").arg(writeErrorText(stream.writeError()));
+        return false;
+    }
+    if (!saved) {
         *problem = QStringLiteral("TagLib could not save the tags");
         return false;
     }

@@ -19,7 +19,7 @@
 namespace pelorin {
 namespace {
 
-QString errnoText(int err) { return QString::fromLocal8Bit(std::strerror(err)); }
+QString errnoText(int err) { return writeErrorText(err); }
 
 std::function<void(int)>& pendingOutputHook()
 {
@@ -74,6 +74,22 @@ bool writeAll(int fd, const char* data, std::int64_t size, int* err)
 }
 
 }  // namespace
+
+QString writeErrorText(int err)
+{
+    // A full disk, a quota and a file-size limit are one problem to the user, worded alike so
+    // that a batch's skipped items say plainly why they are missing.
+    switch (err) {
+    case ENOSPC:
+        return QStringLiteral("no space left on the output's file system");
+    case EDQUOT:
+        return QStringLiteral("no space left within the disk quota");
+    case EFBIG:
+        return QStringLiteral("no space left for a file this large (file size limit)");
+    default:
+        return QString::fromLocal8Bit(std::strerror(err));
+    }
+}
 
 AtomicFileWriter::AtomicFileWriter(QString targetPath, QString protectedSourcePath,
                                    Durability durability)

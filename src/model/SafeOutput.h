@@ -98,6 +98,10 @@ bool copyFileAtomically(const QString& source, const QString& target, QString* e
 // of Deferred writes).
 bool flushFileSystem(const QString& folder);
 
+// The reason for a failed write or create: a full disk, a quota and a file-size limit all read
+// "no space left ..."; anything else is the system's own text.
+QString writeErrorText(int err);
+
 // True when both paths name the same existing file (same device and inode).
 bool isSameFile(const QString& a, const QString& b);
 

@@ -1,6 +1,10 @@
 #include "video/FfmpegInput.h"
 
+#include "model/SafeOutput.h"
+
 #include <QFile>
+
+#include <cerrno>
 
 extern "C" {
 #include <libavutil/error.h>
@@ -11,6 +15,9 @@ namespace pelorin {
 
 QString ffmpegError(int code)
 {
+    // Lack of space is worded as every other writer words it.
+    if (code == AVERROR(ENOSPC) || code == AVERROR(EDQUOT) || code == AVERROR(EFBIG))
+        return writeErrorText(AVUNERROR(code));
     char text[AV_ERROR_MAX_STRING_SIZE] = {};
     av_strerror(code, text, sizeof text);
     return QString::fromUtf8(text);

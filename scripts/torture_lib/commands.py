@@ -315,6 +315,7 @@ MOVIE_LAYOUT = ("QuickTime:QuickTime:MediaDataOffset",   # mdat moves when moov 
                 # FFmpeg rewrites a Matroska file's headers; its packets are compared as payload
                 "Matroska:Matroska:DocTypeVersion", "Matroska:Matroska:EBML*",
                 "Matroska:Matroska:MuxingApp", "Matroska:Matroska:WritingApp",
+                "Matroska:Matroska:Encoder",
                 "Matroska:Matroska:TimecodeScale", "Matroska:Matroska:Duration",
                 "Matroska:Matroska:TagTrackUID", "Matroska:Track*:CodecID",
                 "Matroska:Track*:VideoCodecID",          # the same codec id, named after the remux

@@ -34,6 +34,9 @@ MINIMAL_EXIF = ("the EXIF of the output lacks tags a JPEG's EXIF requires: strip
 DNG_IN_JPEG = ("recompress/stamp carry the source's IFD0 as it is into the JPEG's EXIF: "
                "image-structure tags of a TIFF/DNG/AVIF (and a DNG's DNGVersion, so readers "
                "take the small JPEG for a DNG) (carryMetadataOver in the photo rewrite)")
+MKV_REMUX = ("the FFmpeg remux that writes Matroska drops the tracks' DisplayWidth/"
+             "DisplayHeight (aspect of anamorphic video), DefaultDuration and CodecDecodeAll, "
+             "marks the video progressive and rounds its frame rate (video writer for MKV)")
 EMPTY_BAG = "exiv2 re-serialises an empty XMP bag that exiftool then reports as ignored"
 
 # (command glob, file-name glob, problem prefix, diagnosis)
@@ -69,6 +72,7 @@ KNOWN = [
     ("tags set*", "taglib-infloop.m4a", "tag changed: QuickTime:iTunes:UFID", HOSTILE_M4A),
     ("tags set*", "mm-CWE-835.wma", "tag changed: ASF:", HOSTILE_WMA),
     ("tags set*", "mm-CWE-835.wma", "read back: the artwork read back by mutagen", HOSTILE_WMA),
+    ("video *", "*.mkv", "tag changed: Matroska:Track", MKV_REMUX),
     ("*", "*", "exiftool -validate warns: Missing required JPEG ", MINIMAL_EXIF),
     ("*", "*", "exiftool -validate warns: [minor] Missing required JPEG ", MINIMAL_EXIF),
     ("*", "*", "exiftool -validate warns: [minor] Ignored empty rdf:", EMPTY_BAG),

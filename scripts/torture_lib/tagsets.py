@@ -15,8 +15,13 @@ def split(key):
     return parts[0], middle[0] if middle else parts[0], parts[-1]
 
 
+# exiftool appends the language of a localised tag to its name ('Title-und', 'Title-en-US').
+LANGUAGE = re.compile(r"-(?:[a-z]{2,3})(?:-[A-Z]{2})?$")
+
+
 def plain(key):
     g0, g1, name = split(key)
+    name = LANGUAGE.sub("", name)
     return "%s:%s:%s" % (g0, g1, name) if g0 else name
 
 

@@ -267,9 +267,12 @@ void removeGroup(Metadata m, const QString& group)
 {
     if (group == kExif) {
         // The Exif directory with everything hanging from it: interoperability, maker notes.
+        // A DNG carries the camera's maker notes (serial numbers among them) in IFD0's
+        // DNGPrivateData instead, so that goes with them.
         deleteExifWhere(m.exif, [](const Exiv2::Exifdatum& d) {
             const std::string g = d.groupName();
-            return g == "Photo" || g == "Iop" || g == "MakerNote" || Exiv2::ExifTags::isMakerGroup(g);
+            return g == "Photo" || g == "Iop" || g == "MakerNote" || Exiv2::ExifTags::isMakerGroup(g)
+                   || d.key() == "Exif.Image.DNGPrivateData";
         });
         deleteXmpWhere(m.xmp, [](const QString& k) { return isExifMirrorInXmp(k) && !isGpsInXmp(k); });
     } else if (group == kGps) {

@@ -11,6 +11,8 @@
 
 #include <memory>
 
+#include <sys/resource.h>
+
 namespace pelorin::bench {
 
 inline double seconds(QElapsedTimer& t) { return t.nsecsElapsed() / 1e9; }
@@ -25,6 +27,15 @@ inline double timeProcess(const QString& program, const QStringList& args)
     p.start(program, args);
     p.waitForFinished(-1);
     return seconds(t);
+}
+
+// User and system processor seconds this process has used so far.
+inline double processorSeconds()
+{
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    const auto add = [](const timeval& t) { return double(t.tv_sec) + t.tv_usec / 1e6; };
+    return add(usage.ru_utime) + add(usage.ru_stime);
 }
 
 inline void syncDisks() { QProcess::execute(QStringLiteral("sync"), {}); }

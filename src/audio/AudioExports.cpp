@@ -2,6 +2,7 @@
 
 #include "audio/AudioRecord.h"
 #include "model/PropertyList.h"
+#include "model/ImageReadBack.h"
 #include "model/SafeOutput.h"
 
 #include <QBuffer>
@@ -59,7 +60,8 @@ CommandResult exportAudioArtwork(const QStringList& paths, const CommandContext&
         }
         QString error;
         if (!ensureFolder(context.storageFolder, &error)
-            || !writeFileAtomically(target, jpeg, path, &error)) {
+            || !writeFileAtomically(target, jpeg, path, &error, Durability::FlushEach,
+                                    [](const QString& pending) { return encodedImageProblem(pending, "JPEG", {}); })) {
             result.skip(path, error);
             continue;
         }

@@ -1,6 +1,7 @@
 #include "cli/ThumbnailCommand.h"
 
 #include "cli/CliOutput.h"
+#include "model/ImageReadBack.h"
 #include "model/SafeOutput.h"
 #include "photo/PhotoThumbnails.h"
 
@@ -116,7 +117,10 @@ int ThumbnailCommand::run(CliInvocation& invocation)
     if (!buffer.open(QIODevice::WriteOnly) || !thumbnail.save(&buffer, "PNG"))
         return failed(args.file, QStringLiteral("cannot encode the thumbnail as PNG"));
     if (!ensureFolder(QFileInfo(target).absolutePath(), &error)
-        || !writeFileAtomically(target, png, args.file, &error))
+        || !writeFileAtomically(target, png, args.file, &error, Durability::FlushEach,
+                                [&thumbnail](const QString& pending) {
+                                    return encodedImageProblem(pending, "PNG", thumbnail.size());
+                                }))
         return failed(target, error);
 
     if (invocation.json) {

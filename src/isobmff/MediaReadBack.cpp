@@ -2,9 +2,12 @@
 
 #include "isobmff/BoxNode.h"
 #include "isobmff/ChunkOffsets.h"
+#include "isobmff/ItemInfo.h"
+#include "isobmff/ItemLocations.h"
 #include "isobmff/MovieBoxRewrite.h"
 
 #include <algorithm>
+#include <map>
 
 namespace pelorin {
 namespace {
@@ -31,6 +34,49 @@ QByteArray chunkHead(FileByteSource& file, std::int64_t offset)
     return head;
 }
 
+// The pictures of a HEIF/AVIF (every item but its Exif and XMP) that lie in the file itself:
+// per item, its length and the first and last bytes of each extent.
+struct ItemData {
+    std::uint64_t length = 0;
+    QByteArray heads;
+};
+using PictureItems = std::map<std::uint32_t, ItemData>;
+
+std::optional<PictureItems> pictureItemsOf(FileByteSource& file, const BoxTree& tree)
+{
+    PictureItems items;
+    const Box* meta = tree.top("meta");
+    if (!meta)
+        return items;
+    const std::optional<BoxNode> node = loadBoxNode(file, *meta, kMaxEditedMovieBox);
+    const BoxNode* iinf = node ? node->child("iinf") : nullptr;
+    const BoxNode* iloc = node ? node->child("iloc") : nullptr;
+    if (!iinf || !iloc)
+        return node ? std::optional(items) : std::nullopt;
+    std::map<std::uint32_t, bool> metadataItem;
+    for (const BoxNode& child : iinf->children) {
+        if (const auto entry = child.type == "infe" ? parseItemInfoEntry(child.payload) : std::nullopt)
+            metadataItem[entry->itemId] = entry->isExif() || entry->isXmp();
+    }
+    QString error;
+    const std::optional<ItemLocationTable> table = parseItemLocations(iloc->payload, &error);
+    if (!table)
+        return std::nullopt;
+    for (const ItemLocation& item : table->items) {
+        if (!item.inThisFile() || metadataItem[item.itemId])
+            continue;
+        ItemData& data = items[item.itemId];
+        for (const ItemExtent& extent : item.extents) {
+            const auto at = std::int64_t(item.baseOffset + extent.offset);
+            data.length += extent.length;
+            data.heads += chunkHead(file, at);
+            if (extent.length > std::uint64_t(kChunkHead))
+                data.heads += chunkHead(file, at + std::int64_t(extent.length) - kChunkHead);
+        }
+    }
+    return items;
+}
+
 }  // namespace
 
 QString isoMediaReadBackProblem(FileByteSource& source, const BoxTree& sourceTree, const QString& pendingPath)
@@ -44,6 +90,18 @@ QString isoMediaReadBackProblem(FileByteSource& source, const BoxTree& sourceTre
         return QStringLiteral("the output's boxes do not read: %1").arg(tree.problems.first());
     if (sourceTree.top("ftyp") && (!tree.top("ftyp") || tree.boxes.front().type != sourceTree.boxes.front().type))
         return QStringLiteral("the output does not start as the source does");
+    if (const auto pictures = pictureItemsOf(source, sourceTree); pictures && !pictures->empty()) {
+        const auto written = pictureItemsOf(output, tree);
+        if (!written)
+            return QStringLiteral("the output's item tables cannot be read");
+        for (const auto& [id, data] : *pictures) {
+            const auto found = written->find(id);
+            if (found == written->end())
+                return QStringLiteral("picture item %1 is missing from the output").arg(id);
+            if (found->second.length != data.length || found->second.heads != data.heads)
+                return QStringLiteral("picture item %1 does not hold the source's data").arg(id);
+        }
+    }
     const auto before = movieChunkOffsets(source, sourceTree);
     if (!before || before->empty())
         return {};

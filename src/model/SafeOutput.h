@@ -78,6 +78,10 @@ QString verificationFailed(const QString& problem);
 // just before it is verified, so a test can plant the fault of a broken writer. Empty removes it.
 void setPendingOutputHookForTests(std::function<void(int fd)> hook);
 
+// For benchmarks only: with false, the content checks of finished outputs are skipped (the size
+// check stays), so that a bench can state what reading outputs back costs.
+void setOutputChecksForMeasurement(bool enabled);
+
 // Creates a folder with its intermediate folders; false with the reason when it cannot.
 bool ensureFolder(const QString& folder, QString* error = nullptr);
 

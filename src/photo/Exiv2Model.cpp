@@ -303,12 +303,15 @@ void removeGroup(Metadata m, const QString& group)
 
 // ---------------------------------------------------------------- public
 
-void readExif(const Exiv2::ExifData& exif, QVariantMap* properties)
+void readExif(const Exiv2::ExifData& exif, QVariantMap* properties, const QStringList& only)
 {
     QHash<QString, QVariantMap> groups;
     for (const Exiv2::Exifdatum& d : exif) {
         const ExifPlace place = placeOf(d);
         if (place.group.isEmpty() || d.size() > kMaxValueBytes)
+            continue;
+        if (!only.isEmpty() && !only.contains(place.group)
+            && !(place.group == kTiff && place.modelKey == kOrientation && only.contains(kOrientation)))
             continue;
         try {
             const Exiv2::Value& v = d.value();
@@ -532,12 +535,14 @@ void removeAll(Metadata metadata)
         metadata.exif["Exif.Image.Orientation"] = value;
 }
 
-QVariantMap modelOf(Exiv2::Image& image)
+QVariantMap modelOf(Exiv2::Image& image, const QStringList& groups)
 {
     QVariantMap model;
-    readExif(image.exifData(), &model);
-    readIptc(image.iptcData(), &model);
-    readXmp(image.xmpData(), &model);
+    readExif(image.exifData(), &model, groups);
+    if (groups.isEmpty() || groups.contains(kIptc))
+        readIptc(image.iptcData(), &model);
+    if (groups.isEmpty() || groups.contains(kXmp) || groups.contains(kExifAux))
+        readXmp(image.xmpData(), &model);
     return model;
 }
 

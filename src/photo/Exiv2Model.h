@@ -12,11 +12,12 @@
 namespace pelorin::exiv2_model {
 
 // Adds the groups found in the metadata to properties.
-void readExif(const Exiv2::ExifData& exif, QVariantMap* properties);
+// With groups, only the values of those groups are read ("Orientation" counts as one).
+void readExif(const Exiv2::ExifData& exif, QVariantMap* properties, const QStringList& groups = {});
 void readIptc(const Exiv2::IptcData& iptc, QVariantMap* properties);
 void readXmp(const Exiv2::XmpData& xmp, QVariantMap* properties);
 // The groups of all three that an opened image holds.
-QVariantMap modelOf(Exiv2::Image& image);
+QVariantMap modelOf(Exiv2::Image& image, const QStringList& groups = {});
 
 struct Metadata {
     Exiv2::ExifData& exif;

@@ -3,6 +3,7 @@
 #include "model/FileDates.h"
 #include "model/LocalTime.h"
 #include "model/OutputDates.h"
+#include "model/ImageReadBack.h"
 #include "model/SafeOutput.h"
 #include "photo/HeifFile.h"
 #include "photo/PhotoCaptureDate.h"
@@ -178,7 +179,10 @@ void compressPhotowithFilePath(const QString& sourcePath, const QString& outputP
         setOutputFileDates(outputPath, date, date, context, result);
         return;
     }
-    if (!writeFileAtomically(outputPath, out, sourcePath, &error)) {
+    const auto decodesAsMade = [size = upright.size()](const QString& pending) {
+        return encodedImageProblem(pending, "JPEG", size);
+    };
+    if (!writeFileAtomically(outputPath, out, sourcePath, &error, Durability::FlushEach, decodesAsMade)) {
         result.skip(sourcePath, error);
         return;
     }

@@ -27,8 +27,15 @@ bool jpegComplete(const QByteArray& b)
         const qsizetype length = (quint8(b[pos + 2]) << 8) | quint8(b[pos + 3]);
         if (length < 2 || pos + 2 + length > b.size())
             return false;
-        if (marker == 0xDA)  // the scans run to the end marker, which must be there
-            return b.indexOf("\xFF\xD9", pos + 2 + length) >= 0;
+        if (marker == 0xDA) {  // the scans run to an end marker, which must be there
+            // Searched from the end, where a whole file has it (after any trailing pictures
+            // that end the same way): megabytes of scan data are not walked byte by byte.
+            for (qsizetype at = b.size() - 2; at >= pos + 2 + length; --at) {
+                if (quint8(b[at]) == 0xFF && quint8(b[at + 1]) == 0xD9)
+                    return true;
+            }
+            return false;
+        }
         pos += 2 + length;
     }
     return false;

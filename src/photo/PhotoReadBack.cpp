@@ -58,11 +58,11 @@ QVariant withTiffImageTagsKept(const QVariant& meant, const QVariant& got)
 
 }  // namespace
 
-QVariantMap photoModelOf(const QByteArray& photo)
+QVariantMap photoModelOf(const QByteArray& photo, const QStringList& groups)
 {
     auto image = Exiv2::ImageFactory::open(reinterpret_cast<const Exiv2::byte*>(photo.constData()), long(photo.size()));
     image->readMetadata();
-    return exiv2_model::modelOf(*image);
+    return exiv2_model::modelOf(*image, groups);
 }
 
 QString photoReadBackProblem(const PhotoExpectation& expected, const QString& pendingPath)
@@ -82,7 +82,7 @@ QString photoReadBackProblem(const PhotoExpectation& expected, const QString& pe
         return {};
     QVariantMap found;
     try {
-        found = photoModelOf(output);
+        found = photoModelOf(output, expected.compared);
     } catch (const std::exception& e) {
         return QStringLiteral("the output's metadata cannot be read: %1").arg(QString::fromLocal8Bit(e.what()));
     }

@@ -18,8 +18,9 @@ struct PhotoExpectation {
     QStringList compared;       // the model keys the changes touched; each must read back as written
 };
 
-// The metadata of the model keys an exiv2 image holds, as the property model shows them.
-QVariantMap photoModelOf(const QByteArray& photo);
+// The metadata of an exiv2-readable photo, as the property model shows it; with groups, only
+// those groups.
+QVariantMap photoModelOf(const QByteArray& photo, const QStringList& groups = {});
 
 // Why the output at pendingPath must not be kept, or empty: it must be complete, of the source's
 // container, hold the source's image data byte for byte, and read back every compared key as

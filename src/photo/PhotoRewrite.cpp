@@ -104,7 +104,17 @@ bool writeSidecar(const QString& sidecarPath, const QVariantMap& changed, QStrin
         *error = QStringLiteral("the XMP sidecar could not be made");
         return false;
     }
-    return writeFileAtomically(sidecarPath, QByteArray::fromStdString(packet), {}, error, durability);
+    const QByteArray bytes = QByteArray::fromStdString(packet);
+    const auto readsBack = [&bytes, &packet, count = xmp.count()](const QString& pending) {
+        QFile file(pending);
+        if (!file.open(QIODevice::ReadOnly) || file.readAll() != bytes)
+            return QStringLiteral("the sidecar does not hold the packet that was written");
+        Exiv2::XmpData decoded;
+        if (Exiv2::XmpParser::decode(decoded, packet) != 0 || decoded.count() != count)
+            return QStringLiteral("the sidecar's XMP does not read back as written");
+        return QString();
+    };
+    return writeFileAtomically(sidecarPath, bytes, {}, error, durability, readsBack);
 }
 
 PhotoWriteResult copyWithSidecar(const QString& sourcePath, const PhotoFormat& format,
@@ -268,11 +278,11 @@ PhotoWriteResult CopyPhotoWithProperties(const QString& sourcePath, const PhotoC
             if (changes.removeAllMetadata)
                 expected.compared = exiv2_model::modelOf(*image).keys();
             applyPhotoChanges({image->exifData(), image->iptcData(), image->xmpData()}, changes, &result.warnings);
-            expected.written = exiv2_model::modelOf(*image);
             expected.compared += changes.groups.keys();
             if (changes.removeAllMetadata)
-                expected.compared += expected.written.keys();
+                expected.compared += exiv2_model::modelOf(*image).keys();
             expected.compared.removeDuplicates();
+            expected.written = exiv2_model::modelOf(*image, expected.compared);
             if (changes.removeAllMetadata)
                 image->clearComment();
             if (!format.iptcWritable && !image->iptcData().empty() && !hadIptc)

@@ -67,6 +67,26 @@ void missOneChunkOffset(int fd)
     ASSERT_EQ(::pwrite(fd, wrong, 4, first), 4);
 }
 
+// A writer that moved the media data by a few bytes and forgot to move the offsets to it.
+void moveTheMediaData(int fd)
+{
+    QByteArray bytes = readAll(fd);
+    const qsizetype type = bytes.lastIndexOf("mdat");
+    ASSERT_GT(type, 4);
+    const bool largeSize = bytes.mid(type - 4, 4) == QByteArray("\0\0\0\1", 4);
+    const qsizetype start = type + (largeSize ? 12 : 4);
+    bytes.insert(start, 8, '\0');
+    bytes.chop(8);
+    ASSERT_EQ(::pwrite(fd, bytes.constData(), size_t(bytes.size()), 0), bytes.size());
+}
+
+// A writer that wrote its picture's first bytes wrong (a re-encoded photo, a thumbnail).
+void clobberTheHeader(int fd)
+{
+    const char zeros[16] = {};
+    ASSERT_EQ(::pwrite(fd, zeros, sizeof zeros, 0), qint64(sizeof zeros));
+}
+
 struct CliRun {
     int exitCode = -1;
     QString output;  // standard output and error together
@@ -132,21 +152,33 @@ TEST_F(VerifiedOutputTest, APlantedFaultInAnyWritersOutputIsCaughtAndNothingIsLi
                                                  QStringLiteral("-set"), QStringLiteral("comment"), QStringLiteral("hello"), png}));
     const QString jpeg = copied(QStringLiteral("exiv2-FurnaceCreekInn_gps.jpg"));
     const QString movie = copied(QStringLiteral("ft-imovie.mp4"));
+    const QString heic = copied(QStringLiteral("exiv2-iPhoneXR_orient6.heic"));
 
     struct Case {
         const char* what;
         QStringList args;
         void (*fault)(int);
+        // Which finished output gets the fault: a song is first copied (that copy is checked
+        // too), then edited in place and checked again.
+        int faultedOutput = 1;
+        QString reason = QStringLiteral("verification failed: ");
     };
     const QList<Case> cases{
         {"JPEG without GPS", {QStringLiteral("strip"), QStringLiteral("gps"), jpeg}, flipByteNearTheEnd},
         {"PNG without metadata", {QStringLiteral("strip"), QStringLiteral("all"), png}, flipByteNearTheEnd},
+        {"copy of an MP3", {QStringLiteral("tags"), QStringLiteral("set"), QStringLiteral("--title"), QStringLiteral("T"), mp3},
+         flipByteNearTheEnd, 1, QStringLiteral("verification failed: the copy's bytes differ")},
         {"MP3 with a title", {QStringLiteral("tags"), QStringLiteral("set"), QStringLiteral("--title"), QStringLiteral("T"), mp3},
-         flipByteNearTheEnd},
-        {"FLAC without tags", {QStringLiteral("tags"), QStringLiteral("remove"), flac}, flipByteNearTheEnd},
+         flipByteNearTheEnd, 2, QStringLiteral("verification failed: the output's audio differs from the source's")},
+        {"FLAC without tags", {QStringLiteral("tags"), QStringLiteral("remove"), flac}, flipByteNearTheEnd, 2,
+         QStringLiteral("verification failed: the output's audio differs from the source's")},
         {"movie with a title", {QStringLiteral("video"), QStringLiteral("set"), QStringLiteral("--title"), QStringLiteral("T"), movie},
          missOneChunkOffset},
         {"property list", {QStringLiteral("export-plist"), QStringLiteral("all"), jpeg}, flipByteNearTheEnd},
+        {"HEIC with a position", {QStringLiteral("gps"), QStringLiteral("set"), QStringLiteral("--lat"), QStringLiteral("48.1"),
+                                  QStringLiteral("--lon"), QStringLiteral("11.5"), QStringLiteral("--alt"), QStringLiteral("500"), heic},
+         moveTheMediaData},
+        {"small JPEG copy", {QStringLiteral("recompress"), png}, clobberTheHeader},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
@@ -158,10 +190,14 @@ TEST_F(VerifiedOutputTest, APlantedFaultInAnyWritersOutputIsCaughtAndNothingIsLi
         EXPECT_EQ(filesIn(good).size(), 1) << clean.output.toStdString();
         // ...with the fault, nothing is.
         const QString bad = home.filePath(QStringLiteral("bad-") + QString::fromLatin1(c.what));
-        pelorin::setPendingOutputHookForTests(c.fault);
+        int finished = 0;
+        pelorin::setPendingOutputHookForTests([&](int fd) {
+            if (++finished == c.faultedOutput)
+                c.fault(fd);
+        });
         const CliRun faulty = cli(c.args, bad);
         EXPECT_EQ(faulty.exitCode, 1) << faulty.output.toStdString();
-        EXPECT_TRUE(faulty.output.contains(QStringLiteral("verification failed: "))) << faulty.output.toStdString();
+        EXPECT_TRUE(faulty.output.contains(c.reason)) << faulty.output.toStdString();
         EXPECT_EQ(filesIn(bad), QStringList()) << faulty.output.toStdString();
     }
 }

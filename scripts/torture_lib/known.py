@@ -23,8 +23,6 @@ NEF_IPTC = ("a NEF's IPTC record in IFD0 (IPTC-NAA): strip exif removes it, stri
 CR3_FIELDS = ("apply/template on a CR3 write EXIF only: the title and keywords (IPTC/XMP) "
               "are dropped silently while the command reports success")
 CR3_STRIP = "strip exif/exif-gps/all on a CR3 leave ExifIFD SceneCaptureType behind"
-ID3_YEAR = ("an ID3v2.3 tag saved as ID3v2.4 keeps its TYER frame instead of TDRC (and a "
-            "v2.4 tag with TYER the reverse): v2.4 readers lose the year (audio writer)")
 HOSTILE_M4A = ("taglib-infloop.m4a (truncated 'free' atom): tags set writes where no reader "
                "finds the fields, and drops the UFID item")
 HOSTILE_WMA = ("CWE-835.wma (invalid object size): the TagLib rewrite repairs the header so "
@@ -66,8 +64,6 @@ KNOWN = [
     ("recompress", "*", "exiftool -validate warns: [minor] Non-standard IFD0 tag", DNG_IN_JPEG),
     ("stamp", "*", "exiftool -validate warns: [minor] Non-standard IFD0 tag", DNG_IN_JPEG),
     ("stamp", "*.dng", "read back: output is 'DNG'", DNG_IN_JPEG),
-    ("tags set*", "*.mp3", "tag changed: ID3:ID3v2_3:Year", ID3_YEAR),
-    ("tags set*", "*.mp3", "tag changed: Unknown:Unknown:Year", ID3_YEAR),
     ("tags set*", "taglib-infloop.m4a", "read back: ffprobe", HOSTILE_M4A),
     ("tags set*", "taglib-infloop.m4a", "tag changed: QuickTime:iTunes:UFID", HOSTILE_M4A),
     ("tags set*", "mm-CWE-835.wma", "tag changed: ASF:", HOSTILE_WMA),

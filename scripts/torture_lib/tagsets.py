@@ -19,10 +19,25 @@ def split(key):
 LANGUAGE = re.compile(r"-(?:[a-z]{2,3})(?:-[A-Z]{2})?$")
 
 
+# The dates of an ID3v2 tag, whichever frame holds them: TYER and TORY in v2.2/v2.3, TDRC and
+# TDOR in v2.4 (the writer moves a v2.4 tag's stray TYER into TDRC). exiftool puts a TYER met
+# in a v2.4 tag in group 'Unknown', and from then on every TYER it reads in that process, so
+# the group says nothing about the file.
+ID3_DATES = {
+    "ID3:ID3v2_2:Year": "ID3:ID3v2:Year", "ID3:ID3v2_3:Year": "ID3:ID3v2:Year",
+    "Unknown:Unknown:Year": "ID3:ID3v2:Year", "ID3:ID3v2_4:RecordingTime": "ID3:ID3v2:Year",
+    "ID3:ID3v2_2:OriginalReleaseYear": "ID3:ID3v2:OriginalReleaseYear",
+    "ID3:ID3v2_3:OriginalReleaseYear": "ID3:ID3v2:OriginalReleaseYear",
+    "Unknown:Unknown:OriginalReleaseYear": "ID3:ID3v2:OriginalReleaseYear",
+    "ID3:ID3v2_4:OriginalReleaseTime": "ID3:ID3v2:OriginalReleaseYear",
+}
+
+
 def plain(key):
     g0, g1, name = split(key)
     name = LANGUAGE.sub("", name)
-    return "%s:%s:%s" % (g0, g1, name) if g0 else name
+    key = "%s:%s:%s" % (g0, g1, name) if g0 else name
+    return ID3_DATES.get(key, key)
 
 
 def matches(key, patterns):

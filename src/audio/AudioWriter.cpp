@@ -7,7 +7,7 @@
 //   track number   TRCK                             ITRK       -           TRACKNUMBER             trkn              track number
 //   composer       TCOM                             IMUS       -           COMPOSER                ©wrt              composer
 //   recorded date  TRDA                             ICRD       -           RECORDINGDATE           ----:...:RECORDINGDATE  recorded date
-//   year           TDRC (TYER in v2.3)              -          -           DATE                    ©day              year
+//   year           TDRC (TYER+TDAT in v2.3)         -          -           DATE                    ©day              year
 //   copyright      TCOP                             ICOP       (c)         COPYRIGHT               cprt              copyright
 //   publisher      TPUB                             -          -           PUBLISHER               ©pub              -
 //   band           TPE2                             -          -           ALBUMARTIST             aART              -
@@ -21,6 +21,7 @@
 #include "audio/AudioScratchCopy.h"
 #include "audio/CafInfo.h"
 #include "audio/CheckedFileStream.h"
+#include "audio/Id3VersionFrames.h"
 #include "audio/Mp4KeyTags.h"
 #include "audio/TagLibFiles.h"
 #include "model/DateText.h"
@@ -137,7 +138,11 @@ void setId3Fields(TagLib::ID3v2::Tag* tag, const Changes& changes)
             setId3Comment(tag, change.after);
         else if (change.field == AudioField::TrackNumber)
             setId3Text(tag, "TRCK", trackTextKeepingTotal(id3Text(tag, "TRCK"), change.after));
-        else
+        else if (change.field == AudioField::Year) {
+            // TDRC holds the whole date; an older date frame left behind would keep the old year.
+            removeId3Frames(tag, {"TYER", "TDAT", "TIME"});
+            setId3Text(tag, "TDRC", change.after);
+        } else
             setId3Text(tag, kId3Frames[index(change.field)], change.after);
     }
 }
@@ -321,6 +326,7 @@ bool edit(TagLib::File& file, const Job& job, CommandResult& result, const QStri
         setId3Fields(mpeg->ID3v2Tag(true), job.changes);
         if (!job.artwork.isEmpty())
             setId3Picture(mpeg->ID3v2Tag(true), job.artwork);
+        fitId3FramesToVersion(mpeg->ID3v2Tag(), version);
         int tags = MPEG::File::ID3v2;
         if (mpeg->hasID3v1Tag()) {
             updateId3v1(mpeg->ID3v1Tag(), job.changes);
@@ -365,6 +371,7 @@ bool edit(TagLib::File& file, const Job& job, CommandResult& result, const QStri
         setId3Fields(wav->ID3v2Tag(), job.changes);
         if (!job.artwork.isEmpty())
             setId3Picture(wav->ID3v2Tag(), job.artwork);
+        fitId3FramesToVersion(wav->ID3v2Tag(), version);
         return wav->save(RIFF::WAV::File::AllTags, File::StripNone, version);
     }
     if (auto aiff = dynamic_cast<AiffChunkFile*>(&file)) {
@@ -383,6 +390,7 @@ bool edit(TagLib::File& file, const Job& job, CommandResult& result, const QStri
         setId3Fields(aiff->tag(), job.changes);
         if (!job.artwork.isEmpty())
             setId3Picture(aiff->tag(), job.artwork);
+        fitId3FramesToVersion(aiff->tag(), version);
         return aiff->save(version);
     }
     if (auto mp4 = dynamic_cast<MP4::File*>(&file)) {

@@ -23,8 +23,6 @@ NEF_IPTC = ("a NEF's IPTC record in IFD0 (IPTC-NAA): strip exif removes it, stri
 CR3_FIELDS = ("apply/template on a CR3 write EXIF only: the title and keywords (IPTC/XMP) "
               "are dropped silently while the command reports success")
 CR3_STRIP = "strip exif/exif-gps/all on a CR3 leave ExifIFD SceneCaptureType behind"
-HOSTILE_M4A = ("taglib-infloop.m4a (truncated 'free' atom): tags set writes where no reader "
-               "finds the fields, and drops the UFID item")
 HOSTILE_WMA = ("CWE-835.wma (invalid object size): the TagLib rewrite repairs the header so "
                "readers see more than before, and mutagen finds no artwork in the output")
 MINIMAL_EXIF = ("the EXIF of the output lacks tags a JPEG's EXIF requires: strip all keeps "
@@ -64,8 +62,6 @@ KNOWN = [
     ("recompress", "*", "exiftool -validate warns: [minor] Non-standard IFD0 tag", DNG_IN_JPEG),
     ("stamp", "*", "exiftool -validate warns: [minor] Non-standard IFD0 tag", DNG_IN_JPEG),
     ("stamp", "*.dng", "read back: output is 'DNG'", DNG_IN_JPEG),
-    ("tags set*", "taglib-infloop.m4a", "read back: ffprobe", HOSTILE_M4A),
-    ("tags set*", "taglib-infloop.m4a", "tag changed: QuickTime:iTunes:UFID", HOSTILE_M4A),
     ("tags set*", "mm-CWE-835.wma", "tag changed: ASF:", HOSTILE_WMA),
     ("tags set*", "mm-CWE-835.wma", "read back: the artwork read back by mutagen", HOSTILE_WMA),
     ("video *", "*.mkv", "tag changed: Matroska:Track", MKV_REMUX),

@@ -23,6 +23,7 @@
 #include "audio/CheckedFileStream.h"
 #include "audio/Id3VersionFrames.h"
 #include "audio/Mp4KeyTags.h"
+#include "audio/Mp4TagLibRefusal.h"
 #include "audio/TagLibFiles.h"
 #include "model/DateText.h"
 #include "model/FileDates.h"
@@ -316,7 +317,7 @@ struct Job {
     bool remove = false;
 };
 
-bool edit(TagLib::File& file, const Job& job, CommandResult& result, const QString& source)
+bool edit(TagLib::File& file, const Job& job, CommandResult& result, const QString& source, QString* problem)
 {
     using namespace TagLib;
     const ID3v2::Version version = keptVersion(job.id3Version);
@@ -402,6 +403,11 @@ bool edit(TagLib::File& file, const Job& job, CommandResult& result, const QStri
             for (const auto& [name, item] : items)
                 tag->removeItem(name);
             return mp4->save();
+        }
+        if (const QString lost = mp4ItemTagLibDrops(*tag); !lost.isEmpty()) {
+            *problem = QStringLiteral("TagLib cannot write back the item \"%1\" (a ':' in its name); "
+                                      "nothing was written").arg(lost);
+            return false;
         }
         setMp4Fields(tag, job.changes);
         if (!job.artwork.isEmpty())
@@ -519,13 +525,14 @@ bool editWithTagLib(const QString& path, const Job& job, CommandResult& result,
         *problem = QStringLiteral("TagLib cannot read this %1 file").arg(audioContainerName(job.container));
         return false;
     }
-    const bool saved = edit(*file, job, result, source);
+    const bool saved = edit(*file, job, result, source, problem);
     if (stream.writeError() != 0) {
         *problem = QStringLiteral("cannot write the tags: %1").arg(writeErrorText(stream.writeError()));
         return false;
     }
     if (!saved) {
-        *problem = QStringLiteral("TagLib could not save the tags");
+        if (problem->isEmpty())
+            *problem = QStringLiteral("TagLib could not save the tags");
         return false;
     }
     return true;
@@ -580,6 +587,9 @@ CommandResult run(const QString& source, Job job, const QString& openingCreated,
         } else if (job.container == AudioContainer::Mp4 && mp4KeepsQuickTimeKeys(source)) {
             ok = writeMp4KeyTags(source, target, job.changes, job.artwork, job.remove, &problem,
                                  [&](const QString& pending) { return audioReadBackProblem(pending, source, reading); });
+        } else if (const QString damage = job.container == AudioContainer::Mp4 ? mp4DamageProblem(source) : QString();
+                   !damage.isEmpty()) {
+            problem = QStringLiteral("the file's box structure is damaged (%1); nothing was written").arg(damage);
         } else {
             AudioScratchCopy copy(source, target);
             ok = copy.create() && editWithTagLib(copy.path(), job, result, source, &problem)

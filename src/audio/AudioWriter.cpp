@@ -16,6 +16,7 @@
 // Artwork: APIC front cover, FLAC/Xiph PICTURE front cover, MP4 covr (JPEG or PNG).
 #include "audio/AudioEdits.h"
 
+#include "audio/AsfHeaderCheck.h"
 #include "audio/AudioItems.h"
 #include "audio/AudioReadBack.h"
 #include "audio/AudioScratchCopy.h"
@@ -538,6 +539,17 @@ bool editWithTagLib(const QString& path, const Job& job, CommandResult& result,
     return true;
 }
 
+// TagLib saves a damaged MP4 or ASF file in its own reading of the damage: tags where no
+// other reader looks, or a header repaired into something else. Such files are skipped.
+QString damageTagLibWouldHide(AudioContainer container, const QString& source)
+{
+    if (container == AudioContainer::Mp4)
+        return mp4DamageProblem(source);
+    if (container == AudioContainer::Asf)
+        return asfHeaderProblem(source);
+    return {};
+}
+
 // Runs one job: checks, dry-run plan, copy, edit, commit, dates.
 CommandResult run(const QString& source, Job job, const QString& openingCreated,
                   const QString& created, const CommandContext& context)
@@ -587,9 +599,8 @@ CommandResult run(const QString& source, Job job, const QString& openingCreated,
         } else if (job.container == AudioContainer::Mp4 && mp4KeepsQuickTimeKeys(source)) {
             ok = writeMp4KeyTags(source, target, job.changes, job.artwork, job.remove, &problem,
                                  [&](const QString& pending) { return audioReadBackProblem(pending, source, reading); });
-        } else if (const QString damage = job.container == AudioContainer::Mp4 ? mp4DamageProblem(source) : QString();
-                   !damage.isEmpty()) {
-            problem = QStringLiteral("the file's box structure is damaged (%1); nothing was written").arg(damage);
+        } else if (const QString damage = damageTagLibWouldHide(job.container, source); !damage.isEmpty()) {
+            problem = QStringLiteral("the file is damaged (%1); nothing was written").arg(damage);
         } else {
             AudioScratchCopy copy(source, target);
             ok = copy.create() && editWithTagLib(copy.path(), job, result, source, &problem)

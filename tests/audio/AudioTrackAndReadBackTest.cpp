@@ -201,6 +201,35 @@ TEST_F(AudioTrackAndReadBackTest, M4aThatTagLibWouldSaveWithALossIsRefused)
     EXPECT_TRUE(removeAudioTags(gracenote, context()).succeeded());
 }
 
+TEST_F(AudioTrackAndReadBackTest, WmaWithABrokenHeaderIsRefused)
+{
+    const QString whole = tone(QStringLiteral("whole.wma"));
+    tagWithMutagen(whole, QStringLiteral("import mutagen.asf as a\nf = a.ASF(sys.argv[1]); f['Title'] = ['t']; f.save()"));
+    const CommandResult written = setTrack(whole, QStringLiteral("2"));
+    ASSERT_TRUE(written.succeeded()) << written.skipped.value(0).reason.toStdString();
+    EXPECT_EQ(test::mutagen(QStringLiteral("import sys, mutagen.asf as a\nprint(a.ASF(sys.argv[1])['WM/TrackNumber'][0])"),
+                            output(whole)),
+              QStringLiteral("2"));
+    QDir(storage()).removeRecursively();
+
+    // The second object of the header gets size 0, as in the CWE-835 sample beside it.
+    const QString broken = dir.filePath(QStringLiteral("broken.wma"));
+    ASSERT_TRUE(QFile::copy(whole, broken));
+    test::mutagen(QStringLiteral("import sys, struct\nf = open(sys.argv[1], 'r+b'); d = f.read(4096)\n"
+                                 "first = struct.unpack_from('<Q', d, 30 + 16)[0]\n"
+                                 "f.seek(30 + first + 16); f.write(struct.pack('<Q', 0))"),
+                  broken);
+    for (const QString& source : {broken, test::dataPath(QStringLiteral("mm-CWE-835.wma"))}) {
+        for (const bool remove : {false, true}) {
+            const CommandResult result = remove ? removeAudioTags(source, context()) : setTrack(source, QStringLiteral("2"));
+            ASSERT_EQ(result.skipped.size(), 1) << source.toStdString();
+            EXPECT_TRUE(result.skipped.first().reason.contains(QLatin1String("invalid size (0)")))
+                << result.skipped.first().reason.toStdString();
+            EXPECT_TRUE(storedFiles().isEmpty()) << storedFiles().join(QLatin1Char(' ')).toStdString();
+        }
+    }
+}
+
 TEST_F(AudioTrackAndReadBackTest, WholeFilesStillPassTheReadBack)
 {
     // The same kinds of file, whole, are written and read back by mutagen with their audio.

@@ -28,9 +28,9 @@ MINIMAL_EXIF = ("the EXIF of the output lacks tags a JPEG's EXIF requires: strip
 DNG_IN_JPEG = ("recompress/stamp carry the source's IFD0 as it is into the JPEG's EXIF: "
                "image-structure tags of a TIFF/DNG/AVIF (and a DNG's DNGVersion, so readers "
                "take the small JPEG for a DNG) (carryMetadataOver in the photo rewrite)")
-MKV_REMUX = ("the FFmpeg remux that writes Matroska drops the tracks' DisplayWidth/"
-             "DisplayHeight (aspect of anamorphic video), DefaultDuration and CodecDecodeAll, "
-             "marks the video progressive and rounds its frame rate (video writer for MKV)")
+MKV_REMUX = ("FFmpeg 5.1's Matroska muxer writes DefaultDuration only for video, from the "
+             "frame rate its demuxer reduced (a nanosecond per frame may differ); an audio "
+             "track's DefaultDuration cannot be written (video writer for MKV, FFmpeg's limit)")
 EMPTY_BAG = "exiv2 re-serialises an empty XMP bag that exiftool then reports as ignored"
 
 # (command glob, file-name glob, problem prefix, diagnosis)
@@ -60,7 +60,8 @@ KNOWN = [
     ("recompress", "*", "exiftool -validate warns: [minor] Non-standard IFD0 tag", DNG_IN_JPEG),
     ("stamp", "*", "exiftool -validate warns: [minor] Non-standard IFD0 tag", DNG_IN_JPEG),
     ("stamp", "*.dng", "read back: output is 'DNG'", DNG_IN_JPEG),
-    ("video *", "*.mkv", "tag changed: Matroska:Track", MKV_REMUX),
+    ("video *", "*.mkv", "tag changed: Matroska:Track1:VideoFrameRate", MKV_REMUX),
+    ("video *", "*.mkv", "tag changed: Matroska:Track2:DefaultDuration", MKV_REMUX),
     ("*", "*", "exiftool -validate warns: Missing required JPEG ", MINIMAL_EXIF),
     ("*", "*", "exiftool -validate warns: [minor] Missing required JPEG ", MINIMAL_EXIF),
     ("*", "*", "exiftool -validate warns: [minor] Ignored empty rdf:", EMPTY_BAG),

@@ -80,9 +80,31 @@ def _by_plain_key(tags, skip, about):
     return {k: sorted(v) for k, v in found.items()}
 
 
+# Matroska elements whose value is the one a reader assumes when the element is absent
+# (FlagEnabled, FlagForced, CodecDecodeAll, TrackTimestampScale, FlagInterlaced 0, DisplayUnit):
+# a file that writes them and one that leaves them out say the same.
+MATROSKA_DEFAULTS = {"TrackUsed": 1, "TrackForced": 0, "CodecDecodeAll": 1, "TrackTimecodeScale": 1,
+                     "VideoScanType": 0, "DisplayUnit": 0}
+
+
+def _without_matroska_defaults(tags):
+    """The tags less the Matroska track elements at their default value; DisplayWidth and
+    DisplayHeight default to the track's pixel size."""
+    def at_default(key, value):
+        g0, g1, name = split(key)
+        if g0 != "Matroska" or not g1.startswith("Track"):
+            return False
+        pixels = {"DisplayWidth": "ImageWidth", "DisplayHeight": "ImageHeight"}.get(name)
+        if pixels:
+            return str(value) == str(tags.get("%s:%s:%s" % (g0, g1, pixels)))
+        return name in MATROSKA_DEFAULTS and str(value) == str(MATROSKA_DEFAULTS[name])
+    return {k: v for k, v in tags.items() if not at_default(k, v)}
+
+
 def differences(src, out, about, ignored=()):
     """Tags, other than those the command is about or may change, that differ between
     source and output: list of (key, source values, output values)."""
     skip = tuple(ALWAYS_IGNORED) + tuple(ignored)
+    src, out = _without_matroska_defaults(src), _without_matroska_defaults(out)
     a, b = _by_plain_key(src, skip, about), _by_plain_key(out, skip, about)
     return [(k, a.get(k), b.get(k)) for k in sorted(set(a) | set(b)) if a.get(k) != b.get(k)]

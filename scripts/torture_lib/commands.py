@@ -319,6 +319,7 @@ MOVIE_LAYOUT = ("QuickTime:QuickTime:MediaDataOffset",   # mdat moves when moov 
                 "Matroska:Matroska:TimecodeScale", "Matroska:Matroska:Duration",
                 "Matroska:Matroska:TagTrackUID", "Matroska:Track*:CodecID",
                 "Matroska:Track*:VideoCodecID",          # the same codec id, named after the remux
+                "Matroska:Track*:AudioCodecID",          # (exiftool names it by the TrackType before it)
                 # header-stripping compression is undone by the remux: the packets are whole
                 "Matroska:Track*:ContentCompression*")
 

@@ -19,10 +19,25 @@ def split(key):
 LANGUAGE = re.compile(r"-(?:[a-z]{2,3})(?:-[A-Z]{2})?$")
 
 
+# The dates of an ID3v2 tag, whichever frame holds them: TYER and TORY in v2.2/v2.3, TDRC and
+# TDOR in v2.4 (the writer moves a v2.4 tag's stray TYER into TDRC). exiftool puts a TYER met
+# in a v2.4 tag in group 'Unknown', and from then on every TYER it reads in that process, so
+# the group says nothing about the file.
+ID3_DATES = {
+    "ID3:ID3v2_2:Year": "ID3:ID3v2:Year", "ID3:ID3v2_3:Year": "ID3:ID3v2:Year",
+    "Unknown:Unknown:Year": "ID3:ID3v2:Year", "ID3:ID3v2_4:RecordingTime": "ID3:ID3v2:Year",
+    "ID3:ID3v2_2:OriginalReleaseYear": "ID3:ID3v2:OriginalReleaseYear",
+    "ID3:ID3v2_3:OriginalReleaseYear": "ID3:ID3v2:OriginalReleaseYear",
+    "Unknown:Unknown:OriginalReleaseYear": "ID3:ID3v2:OriginalReleaseYear",
+    "ID3:ID3v2_4:OriginalReleaseTime": "ID3:ID3v2:OriginalReleaseYear",
+}
+
+
 def plain(key):
     g0, g1, name = split(key)
     name = LANGUAGE.sub("", name)
-    return "%s:%s:%s" % (g0, g1, name) if g0 else name
+    key = "%s:%s:%s" % (g0, g1, name) if g0 else name
+    return ID3_DATES.get(key, key)
 
 
 def matches(key, patterns):
@@ -65,9 +80,31 @@ def _by_plain_key(tags, skip, about):
     return {k: sorted(v) for k, v in found.items()}
 
 
+# Matroska elements whose value is the one a reader assumes when the element is absent
+# (FlagEnabled, FlagForced, CodecDecodeAll, TrackTimestampScale, FlagInterlaced 0, DisplayUnit):
+# a file that writes them and one that leaves them out say the same.
+MATROSKA_DEFAULTS = {"TrackUsed": 1, "TrackForced": 0, "CodecDecodeAll": 1, "TrackTimecodeScale": 1,
+                     "VideoScanType": 0, "DisplayUnit": 0}
+
+
+def _without_matroska_defaults(tags):
+    """The tags less the Matroska track elements at their default value; DisplayWidth and
+    DisplayHeight default to the track's pixel size."""
+    def at_default(key, value):
+        g0, g1, name = split(key)
+        if g0 != "Matroska" or not g1.startswith("Track"):
+            return False
+        pixels = {"DisplayWidth": "ImageWidth", "DisplayHeight": "ImageHeight"}.get(name)
+        if pixels:
+            return str(value) == str(tags.get("%s:%s:%s" % (g0, g1, pixels)))
+        return name in MATROSKA_DEFAULTS and str(value) == str(MATROSKA_DEFAULTS[name])
+    return {k: v for k, v in tags.items() if not at_default(k, v)}
+
+
 def differences(src, out, about, ignored=()):
     """Tags, other than those the command is about or may change, that differ between
     source and output: list of (key, source values, output values)."""
     skip = tuple(ALWAYS_IGNORED) + tuple(ignored)
+    src, out = _without_matroska_defaults(src), _without_matroska_defaults(out)
     a, b = _by_plain_key(src, skip, about), _by_plain_key(out, skip, about)
     return [(k, a.get(k), b.get(k)) for k in sorted(set(a) | set(b)) if a.get(k) != b.get(k)]

@@ -7,7 +7,7 @@
 //   track number   TRCK                             ITRK       -           TRACKNUMBER             trkn              track number
 //   composer       TCOM                             IMUS       -           COMPOSER                ©wrt              composer
 //   recorded date  TRDA                             ICRD       -           RECORDINGDATE           ----:...:RECORDINGDATE  recorded date
-//   year           TDRC (TYER in v2.3)              -          -           DATE                    ©day              year
+//   year           TDRC (TYER+TDAT in v2.3)         -          -           DATE                    ©day              year
 //   copyright      TCOP                             ICOP       (c)         COPYRIGHT               cprt              copyright
 //   publisher      TPUB                             -          -           PUBLISHER               ©pub              -
 //   band           TPE2                             -          -           ALBUMARTIST             aART              -
@@ -16,12 +16,15 @@
 // Artwork: APIC front cover, FLAC/Xiph PICTURE front cover, MP4 covr (JPEG or PNG).
 #include "audio/AudioEdits.h"
 
+#include "audio/AsfHeaderCheck.h"
 #include "audio/AudioItems.h"
 #include "audio/AudioReadBack.h"
 #include "audio/AudioScratchCopy.h"
 #include "audio/CafInfo.h"
 #include "audio/CheckedFileStream.h"
+#include "audio/Id3VersionFrames.h"
 #include "audio/Mp4KeyTags.h"
+#include "audio/Mp4TagLibRefusal.h"
 #include "audio/TagLibFiles.h"
 #include "model/DateText.h"
 #include "model/FileDates.h"
@@ -137,7 +140,11 @@ void setId3Fields(TagLib::ID3v2::Tag* tag, const Changes& changes)
             setId3Comment(tag, change.after);
         else if (change.field == AudioField::TrackNumber)
             setId3Text(tag, "TRCK", trackTextKeepingTotal(id3Text(tag, "TRCK"), change.after));
-        else
+        else if (change.field == AudioField::Year) {
+            // TDRC holds the whole date; an older date frame left behind would keep the old year.
+            removeId3Frames(tag, {"TYER", "TDAT", "TIME"});
+            setId3Text(tag, "TDRC", change.after);
+        } else
             setId3Text(tag, kId3Frames[index(change.field)], change.after);
     }
 }
@@ -311,7 +318,7 @@ struct Job {
     bool remove = false;
 };
 
-bool edit(TagLib::File& file, const Job& job, CommandResult& result, const QString& source)
+bool edit(TagLib::File& file, const Job& job, CommandResult& result, const QString& source, QString* problem)
 {
     using namespace TagLib;
     const ID3v2::Version version = keptVersion(job.id3Version);
@@ -321,6 +328,7 @@ bool edit(TagLib::File& file, const Job& job, CommandResult& result, const QStri
         setId3Fields(mpeg->ID3v2Tag(true), job.changes);
         if (!job.artwork.isEmpty())
             setId3Picture(mpeg->ID3v2Tag(true), job.artwork);
+        fitId3FramesToVersion(mpeg->ID3v2Tag(), version);
         int tags = MPEG::File::ID3v2;
         if (mpeg->hasID3v1Tag()) {
             updateId3v1(mpeg->ID3v1Tag(), job.changes);
@@ -365,6 +373,7 @@ bool edit(TagLib::File& file, const Job& job, CommandResult& result, const QStri
         setId3Fields(wav->ID3v2Tag(), job.changes);
         if (!job.artwork.isEmpty())
             setId3Picture(wav->ID3v2Tag(), job.artwork);
+        fitId3FramesToVersion(wav->ID3v2Tag(), version);
         return wav->save(RIFF::WAV::File::AllTags, File::StripNone, version);
     }
     if (auto aiff = dynamic_cast<AiffChunkFile*>(&file)) {
@@ -383,6 +392,7 @@ bool edit(TagLib::File& file, const Job& job, CommandResult& result, const QStri
         setId3Fields(aiff->tag(), job.changes);
         if (!job.artwork.isEmpty())
             setId3Picture(aiff->tag(), job.artwork);
+        fitId3FramesToVersion(aiff->tag(), version);
         return aiff->save(version);
     }
     if (auto mp4 = dynamic_cast<MP4::File*>(&file)) {
@@ -394,6 +404,11 @@ bool edit(TagLib::File& file, const Job& job, CommandResult& result, const QStri
             for (const auto& [name, item] : items)
                 tag->removeItem(name);
             return mp4->save();
+        }
+        if (const QString lost = mp4ItemTagLibDrops(*tag); !lost.isEmpty()) {
+            *problem = QStringLiteral("TagLib cannot write back the item \"%1\" (a ':' in its name); "
+                                      "nothing was written").arg(lost);
+            return false;
         }
         setMp4Fields(tag, job.changes);
         if (!job.artwork.isEmpty())
@@ -511,16 +526,28 @@ bool editWithTagLib(const QString& path, const Job& job, CommandResult& result,
         *problem = QStringLiteral("TagLib cannot read this %1 file").arg(audioContainerName(job.container));
         return false;
     }
-    const bool saved = edit(*file, job, result, source);
+    const bool saved = edit(*file, job, result, source, problem);
     if (stream.writeError() != 0) {
         *problem = QStringLiteral("cannot write the tags: %1").arg(writeErrorText(stream.writeError()));
         return false;
     }
     if (!saved) {
-        *problem = QStringLiteral("TagLib could not save the tags");
+        if (problem->isEmpty())
+            *problem = QStringLiteral("TagLib could not save the tags");
         return false;
     }
     return true;
+}
+
+// TagLib saves a damaged MP4 or ASF file in its own reading of the damage: tags where no
+// other reader looks, or a header repaired into something else. Such files are skipped.
+QString damageTagLibWouldHide(AudioContainer container, const QString& source)
+{
+    if (container == AudioContainer::Mp4)
+        return mp4DamageProblem(source);
+    if (container == AudioContainer::Asf)
+        return asfHeaderProblem(source);
+    return {};
 }
 
 // Runs one job: checks, dry-run plan, copy, edit, commit, dates.
@@ -572,6 +599,8 @@ CommandResult run(const QString& source, Job job, const QString& openingCreated,
         } else if (job.container == AudioContainer::Mp4 && mp4KeepsQuickTimeKeys(source)) {
             ok = writeMp4KeyTags(source, target, job.changes, job.artwork, job.remove, &problem,
                                  [&](const QString& pending) { return audioReadBackProblem(pending, source, reading); });
+        } else if (const QString damage = damageTagLibWouldHide(job.container, source); !damage.isEmpty()) {
+            problem = QStringLiteral("the file is damaged (%1); nothing was written").arg(damage);
         } else {
             AudioScratchCopy copy(source, target);
             ok = copy.create() && editWithTagLib(copy.path(), job, result, source, &problem)

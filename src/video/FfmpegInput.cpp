@@ -23,18 +23,25 @@ QString ffmpegError(int code)
     return QString::fromUtf8(text);
 }
 
-MovieInput openMovieInput(const QString& path, QString* error)
+MovieInput openContainerInput(const QString& path, QString* error)
 {
     av_log_set_level(AV_LOG_QUIET);
     AVFormatContext* raw = nullptr;
-    int status = avformat_open_input(&raw, QFile::encodeName(path).constData(), nullptr, nullptr);
+    const int status = avformat_open_input(&raw, QFile::encodeName(path).constData(), nullptr, nullptr);
     if (status < 0) {
         if (error)
             *error = QStringLiteral("FFmpeg cannot open the file: %1").arg(ffmpegError(status));
         return nullptr;
     }
-    MovieInput input(raw);
-    if ((status = avformat_find_stream_info(input.get(), nullptr)) < 0) {
+    return MovieInput(raw);
+}
+
+MovieInput openMovieInput(const QString& path, QString* error)
+{
+    MovieInput input = openContainerInput(path, error);
+    if (!input)
+        return nullptr;
+    if (const int status = avformat_find_stream_info(input.get(), nullptr); status < 0) {
         if (error)
             *error = QStringLiteral("FFmpeg finds no streams: %1").arg(ffmpegError(status));
         return nullptr;

@@ -33,4 +33,9 @@ QString ffmpegError(int code);
 // or "FFmpeg finds no streams: …" otherwise. FFmpeg's own log is silenced.
 MovieInput openMovieInput(const QString& path, QString* error);
 
+// Opens a file with its streams as the container describes them, without FFmpeg's probing
+// decode (which fills in field order, aspect, frame rate and sample format from the codec's
+// own data): what a stream copy carries over, nothing the source's container did not say.
+MovieInput openContainerInput(const QString& path, QString* error);
+
 }  // namespace pelorin

@@ -2,6 +2,7 @@
 
 #include "model/SafeOutput.h"
 #include "video/FfmpegInput.h"
+#include "video/RemuxReadBack.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -40,9 +41,17 @@ const char* muxerFor(const AVFormatContext* input, const QString& path)
     return QFileInfo(path).suffix().compare(QLatin1String("webm"), Qt::CaseInsensitive) == 0 ? "webm" : "matroska";
 }
 
-// Copies the streams into a file of the same container; false with the reason.
-bool remuxInto(AVFormatContext* input, const char* muxer, AVDictionary* tags, const QString& output, QString* error)
+// Copies the streams into a file of the same container; false with the reason. The packets
+// come from input; each stream's parameters from described, the same file opened without
+// FFmpeg's probing, so that the output says what the source's container said: no field order,
+// aspect, frame rate or sample format that FFmpeg found by decoding (the muxer writes each).
+bool remuxInto(AVFormatContext* input, const AVFormatContext* described, const char* muxer, AVDictionary* tags,
+               const QString& output, QString* error)
 {
+    if (described->nb_streams != input->nb_streams) {
+        *error = QStringLiteral("FFmpeg finds streams the container does not describe");
+        return false;
+    }
     AVFormatContext* raw = nullptr;
     const QByteArray outputName = QFile::encodeName(output);
     int status = avformat_alloc_output_context2(&raw, nullptr, muxer, outputName.constData());
@@ -53,15 +62,19 @@ bool remuxInto(AVFormatContext* input, const char* muxer, AVDictionary* tags, co
     std::unique_ptr<AVFormatContext, OutputCloser> out(raw);
     for (unsigned i = 0; i < input->nb_streams; ++i) {
         AVStream* stream = avformat_new_stream(out.get(), nullptr);
-        if (!stream || avcodec_parameters_copy(stream->codecpar, input->streams[i]->codecpar) < 0) {
+        const AVStream* own = described->streams[i];
+        if (!stream || avcodec_parameters_copy(stream->codecpar, own->codecpar) < 0) {
             *error = QStringLiteral("stream %1 cannot be copied").arg(i);
             return false;
         }
         stream->codecpar->codec_tag = 0;
+        // How far decoding runs ahead of display: the muxer checks the packets' times by it.
+        stream->codecpar->video_delay = input->streams[i]->codecpar->video_delay;
         stream->time_base = input->streams[i]->time_base;
         stream->disposition = input->streams[i]->disposition;
-        stream->avg_frame_rate = input->streams[i]->avg_frame_rate;
-        stream->sample_aspect_ratio = input->streams[i]->sample_aspect_ratio;
+        // Matroska's DefaultDuration and display size: the muxer writes them from these.
+        stream->avg_frame_rate = own->avg_frame_rate;
+        stream->sample_aspect_ratio = own->sample_aspect_ratio;
         av_dict_copy(&stream->metadata, input->streams[i]->metadata, 0);
     }
     if (input->nb_chapters > 0) {
@@ -135,7 +148,8 @@ RewriteReport remuxWithTags(const QString& sourcePath, const QList<ContainerTagC
         return report;
     }
     const MovieInput input = openMovieInput(sourcePath, &report.error);
-    if (!input)
+    const MovieInput described = input ? openContainerInput(sourcePath, &report.error) : nullptr;
+    if (!described)
         return report;
     const char* muxer = muxerFor(input.get(), sourcePath);
     if (!muxer) {
@@ -167,11 +181,17 @@ RewriteReport remuxWithTags(const QString& sourcePath, const QList<ContainerTagC
     // takes the target's name through the safe writer.
     QTemporaryDir scratch(QFileInfo(targetPath).absolutePath() + QStringLiteral("/.pelorin-remux-XXXXXX"));
     const QString temporary = scratch.filePath(QFileInfo(targetPath).fileName());
-    const bool remuxed = scratch.isValid() && remuxInto(input.get(), muxer, tags, temporary, &report.error);
+    const bool remuxed = scratch.isValid() && remuxInto(input.get(), described.get(), muxer, tags, temporary, &report.error);
     av_dict_free(&tags);
     if (!remuxed) {
         if (report.error.isEmpty())
             report.error = QStringLiteral("no scratch space beside the target");
+        return report;
+    }
+    if (const QString problem = verifyFinishedOutput(
+            temporary, [&](const QString& pending) { return remuxReadBackProblem(sourcePath, pending); });
+        !problem.isEmpty()) {
+        report.error = verificationFailed(problem);
         return report;
     }
     QString error;

@@ -11,6 +11,8 @@
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
+#include <utility>
+
 using namespace pelorin;
 
 namespace {
@@ -38,10 +40,11 @@ protected:
     QString tone(const QString& name) const
     {
         const QString wav = dir.filePath(QStringLiteral("tone.wav"));
-        if (!QFileInfo::exists(wav))
+        if (!QFileInfo::exists(wav)) {
             EXPECT_TRUE(runs(QStringLiteral("sox"), {QStringLiteral("-n"), QStringLiteral("-r"), QStringLiteral("44100"),
                                                    QStringLiteral("-c"), QStringLiteral("2"), wav, QStringLiteral("synth"),
                                                    QStringLiteral("0.5"), QStringLiteral("sine"), QStringLiteral("440")}));
+        }
         const QString path = dir.filePath(name);
         const QString suffix = QFileInfo(name).suffix();
         if (suffix == QLatin1String("mp3"))
@@ -165,6 +168,64 @@ TEST_F(AudioTrackAndReadBackTest, OutputsWithoutAudioAreNeverLinkedIntoPlace)
             EXPECT_TRUE(result.written.isEmpty()) << c.file.toStdString() << " remove=" << remove;
             EXPECT_EQ(result.skipped.size(), 1) << c.file.toStdString() << " remove=" << remove;
             EXPECT_TRUE(storedFiles().isEmpty()) << c.file.toStdString() << ": " << storedFiles().join(QLatin1Char(' ')).toStdString();
+        }
+    }
+}
+
+TEST_F(AudioTrackAndReadBackTest, M4aThatTagLibWouldSaveWithALossIsRefused)
+{
+    // Gracenote's item name holds a ':' of its own; TagLib drops such items on saving.
+    const QString gracenote = tone(QStringLiteral("gracenote.m4a"));
+    tagWithMutagen(gracenote, QStringLiteral("import mutagen.mp4 as m\nf = m.MP4(sys.argv[1])\n"
+                                             "f['----:com.apple.iTunes:UFIDhttp://www.cddb.com/id3/taginfo1.html'] = [b'3CD3N77Q']\n"
+                                             "f.save()"));
+    // A file cut inside its last box (TagLib's own sample is cut inside a 'free' box after
+    // 'moov'); TagLib saves its tags where no reader finds them.
+    const QString cut = tone(QStringLiteral("cut-free.m4a"));
+    QFile file(cut);
+    ASSERT_TRUE(file.open(QIODevice::Append));
+    file.write(QByteArray::fromHex("00001000") + "free" + QByteArray(100, '\0'));
+    file.close();
+    const QString infloop = test::dataPath(QStringLiteral("taglib-infloop.m4a"));
+
+    for (const auto& [source, reason] : {std::pair{gracenote, "UFIDhttp://www.cddb.com"}, std::pair{cut, "damaged"},
+                                          std::pair{infloop, "damaged"}}) {
+        const CommandResult result = setTrack(source, QStringLiteral("2"));
+        EXPECT_TRUE(result.written.isEmpty()) << source.toStdString();
+        ASSERT_EQ(result.skipped.size(), 1) << source.toStdString();
+        EXPECT_TRUE(result.skipped.first().reason.contains(QLatin1String(reason)))
+            << result.skipped.first().reason.toStdString();
+        EXPECT_TRUE(storedFiles().isEmpty()) << storedFiles().join(QLatin1Char(' ')).toStdString();
+    }
+    // Removing every tag loses nothing the user keeps, so the Gracenote item may go.
+    EXPECT_TRUE(removeAudioTags(gracenote, context()).succeeded());
+}
+
+TEST_F(AudioTrackAndReadBackTest, WmaWithABrokenHeaderIsRefused)
+{
+    const QString whole = tone(QStringLiteral("whole.wma"));
+    tagWithMutagen(whole, QStringLiteral("import mutagen.asf as a\nf = a.ASF(sys.argv[1]); f['Title'] = ['t']; f.save()"));
+    const CommandResult written = setTrack(whole, QStringLiteral("2"));
+    ASSERT_TRUE(written.succeeded()) << written.skipped.value(0).reason.toStdString();
+    EXPECT_EQ(test::mutagen(QStringLiteral("import sys, mutagen.asf as a\nprint(a.ASF(sys.argv[1])['WM/TrackNumber'][0])"),
+                            output(whole)),
+              QStringLiteral("2"));
+    QDir(storage()).removeRecursively();
+
+    // The second object of the header gets size 0, as in the CWE-835 sample beside it.
+    const QString broken = dir.filePath(QStringLiteral("broken.wma"));
+    ASSERT_TRUE(QFile::copy(whole, broken));
+    test::mutagen(QStringLiteral("import sys, struct\nf = open(sys.argv[1], 'r+b'); d = f.read(4096)\n"
+                                 "first = struct.unpack_from('<Q', d, 30 + 16)[0]\n"
+                                 "f.seek(30 + first + 16); f.write(struct.pack('<Q', 0))"),
+                  broken);
+    for (const QString& source : {broken, test::dataPath(QStringLiteral("mm-CWE-835.wma"))}) {
+        for (const bool remove : {false, true}) {
+            const CommandResult result = remove ? removeAudioTags(source, context()) : setTrack(source, QStringLiteral("2"));
+            ASSERT_EQ(result.skipped.size(), 1) << source.toStdString();
+            EXPECT_TRUE(result.skipped.first().reason.contains(QLatin1String("invalid size (0)")))
+                << result.skipped.first().reason.toStdString();
+            EXPECT_TRUE(storedFiles().isEmpty()) << storedFiles().join(QLatin1Char(' ')).toStdString();
         }
     }
 }

@@ -1,7 +1,7 @@
 // Every writer reads its output back before it is linked into place: a fault planted in the
 // finished bytes (as a broken writer would leave them) is caught, the item is reported with
 // "verification failed" and no file, not even a temporary one, is left. Inputs are made by sox,
-// lame, flac, ImageMagick and mutagen, or come from cameras and iMovie.
+// lame, flac, ImageMagick, mutagen and ffmpeg, or come from cameras and iMovie.
 #include "CliRunner.h"
 #include "TestPaths.h"
 
@@ -49,6 +49,15 @@ void flipByteNearTheEnd(int fd)
 {
     const QByteArray bytes = readAll(fd);
     const off_t at = bytes.size() > 200 ? bytes.size() - 100 : bytes.size() / 2;
+    const char flipped = char(bytes[at] ^ 0x5A);
+    ASSERT_EQ(::pwrite(fd, &flipped, 1, at), 1);
+}
+
+// A remux that slipped one byte of the media data: the middle of a Matroska file is packets.
+void flipByteInTheMiddle(int fd)
+{
+    const QByteArray bytes = readAll(fd);
+    const off_t at = bytes.size() / 2;
     const char flipped = char(bytes[at] ^ 0x5A);
     ASSERT_EQ(::pwrite(fd, &flipped, 1, at), 1);
 }
@@ -153,6 +162,13 @@ TEST_F(VerifiedOutputTest, APlantedFaultInAnyWritersOutputIsCaughtAndNothingIsLi
     const QString jpeg = copied(QStringLiteral("exiv2-FurnaceCreekInn_gps.jpg"));
     const QString movie = copied(QStringLiteral("ft-imovie.mp4"));
     const QString heic = copied(QStringLiteral("exiv2-iPhoneXR_orient6.heic"));
+    // Large enough that the middle is outside what the final copy compares (its first and
+    // last 64 KiB): only the remux's own read-back can see a fault there.
+    const QString matroska = in(QStringLiteral("movie.mkv"));
+    ASSERT_TRUE(runs(QStringLiteral("ffmpeg"),
+                     {QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-f"), QStringLiteral("lavfi"), QStringLiteral("-i"),
+                      QStringLiteral("testsrc=size=640x480:rate=25"), QStringLiteral("-t"), QStringLiteral("4"),
+                      QStringLiteral("-c:v"), QStringLiteral("mpeg4"), QStringLiteral("-q:v"), QStringLiteral("1"), matroska}));
 
     struct Case {
         const char* what;
@@ -174,6 +190,7 @@ TEST_F(VerifiedOutputTest, APlantedFaultInAnyWritersOutputIsCaughtAndNothingIsLi
          QStringLiteral("verification failed: the output's audio differs from the source's")},
         {"movie with a title", {QStringLiteral("video"), QStringLiteral("set"), QStringLiteral("--title"), QStringLiteral("T"), movie},
          missOneChunkOffset},
+        {"Matroska without tags", {QStringLiteral("video"), QStringLiteral("remove"), matroska}, flipByteInTheMiddle},
         {"property list", {QStringLiteral("export-plist"), QStringLiteral("all"), jpeg}, flipByteNearTheEnd},
         {"HEIC with a position", {QStringLiteral("gps"), QStringLiteral("set"), QStringLiteral("--lat"), QStringLiteral("48.1"),
                                   QStringLiteral("--lon"), QStringLiteral("11.5"), QStringLiteral("--alt"), QStringLiteral("500"), heic},

@@ -2,6 +2,7 @@
 #include "video/MovieRemoval.h"
 #include "video/MovieSave.h"
 
+#include "ExifTool.h"
 #include "TestPaths.h"
 
 #include <QDir>
@@ -96,4 +97,40 @@ TEST(MovieRemux, RemovalKeepsOnlyTheEncoderAndOtherContainersAreRefused)
     const RewriteReport self = remuxWithTags(copy, {{"title", "x"}}, copy);
     EXPECT_FALSE(self.written);
     EXPECT_EQ(formatTags(copy).value("title").toString(), "handbrake");
+}
+
+// A remux carries what the source's Matroska tracks say and adds nothing that FFmpeg found by
+// decoding: mkvmerge left the field order undetermined and the AAC track without a bit depth.
+TEST(MovieRemux, TrackParametersAreTheContainersOwn)
+{
+    QTemporaryDir dir;
+    CommandContext context;
+    context.storageFolder = dir.path();
+    const QString mkvmerge = test::dataPath("ft-mkvmerge.mkv");
+    const CommandResult result = removeMovieMetadata({mkvmerge}, context);
+    ASSERT_TRUE(result.succeeded()) << result.skipped.value(0).reason.toStdString();
+    const QJsonObject out = test::exiftool(result.written.value(0));
+    // FlagInterlaced 0 is undetermined, as absent; 2 would claim progressive.
+    EXPECT_EQ(out.value("Track1:VideoScanType").toInt(0), 0);
+    EXPECT_FALSE(out.contains("Track2:AudioBitsPerSample"));
+    EXPECT_NEAR(out.value("Track1:VideoFrameRate").toDouble(), 23.976024, 1e-5);
+    // 720x404 shown at 720x404: written or left to its default, never another aspect.
+    EXPECT_EQ(out.value("Track1:DisplayWidth").toInt(720), 720);
+    EXPECT_EQ(out.value("Track1:DisplayHeight").toInt(404), 404);
+    EXPECT_EQ(streamHashes(result.written.value(0)), streamHashes(mkvmerge));
+
+    // Anamorphic video made by FFmpeg (720x576 shown at 16:9) keeps its display aspect.
+    const QString wide = dir.filePath("wide-source.mkv");
+    run({"-v", "error", "-f", "lavfi", "-i", "testsrc=size=720x576:rate=25", "-t", "0.4", "-c:v", "mpeg4",
+         "-aspect", "16:9", wide},
+        "ffmpeg");
+    context.storageFolder = dir.filePath("wide");
+    const CommandResult widened = removeMovieMetadata({wide}, context);
+    ASSERT_TRUE(widened.succeeded()) << widened.skipped.value(0).reason.toStdString();
+    const auto aspect = [](const QString& path) {
+        return run({"-v", "error", "-select_streams", "v", "-show_entries", "stream=sample_aspect_ratio,display_aspect_ratio",
+                    "-of", "csv=p=0", path});
+    };
+    EXPECT_EQ(aspect(widened.written.value(0)), "64:45,16:9\n");
+    EXPECT_EQ(aspect(widened.written.value(0)), aspect(wide));
 }

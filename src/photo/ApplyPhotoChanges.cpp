@@ -2,10 +2,11 @@
 
 namespace pelorin {
 
-void applyPhotoChanges(exiv2_model::Metadata metadata, const PhotoChanges& changes, QStringList* warnings)
+void applyPhotoChanges(exiv2_model::Metadata metadata, const PhotoChanges& changes, QStringList* warnings,
+                       exiv2_model::ExifHolds holds)
 {
     if (changes.removeAllMetadata)
-        exiv2_model::removeAll(metadata);
+        exiv2_model::removeAll(metadata, holds);
     QVariantMap before;
     exiv2_model::readExif(metadata.exif, &before);
     for (auto it = changes.groups.cbegin(); it != changes.groups.cend(); ++it)

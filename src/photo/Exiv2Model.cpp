@@ -2,6 +2,7 @@
 
 #include "photo/Exiv2Names.h"
 #include "photo/Exiv2Values.h"
+#include "photo/TiffImageStructure.h"
 
 #include <QHash>
 #include <QRegularExpression>
@@ -520,16 +521,15 @@ void syncXmpDates(Metadata metadata, const QVariantMap& propertiesBefore, const 
 
 }  // namespace
 
-void removeAll(Metadata metadata)
+void removeAll(Metadata metadata, ExifHolds holds)
 {
-    const auto orientation = metadata.exif.findKey(Exiv2::ExifKey("Exif.Image.Orientation"));
-    const bool hasOrientation = orientation != metadata.exif.end();
-    const uint16_t value = hasOrientation ? uint16_t(orientation->toLong()) : 1;
-    metadata.exif.clear();
+    deleteExifWhere(metadata.exif, [holds](const Exiv2::Exifdatum& d) {
+        if (d.key() == "Exif.Image.Orientation")
+            return false;
+        return holds == ExifHolds::MetadataOnly || !describesTiffImage(d);
+    });
     metadata.iptc.clear();
     metadata.xmp.clear();
-    if (hasOrientation)
-        metadata.exif["Exif.Image.Orientation"] = value;
 }
 
 QVariantMap modelOf(Exiv2::Image& image)

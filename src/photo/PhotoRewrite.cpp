@@ -2,10 +2,12 @@
 
 #include "model/SafeOutput.h"
 #include "photo/ApplyPhotoChanges.h"
+#include "photo/CarriedExif.h"
 #include "photo/Cr3PhotoRewrite.h"
 #include "photo/Exiv2Model.h"
 #include "photo/HeifFile.h"
 #include "photo/HeifPhotoRewrite.h"
+#include "photo/JpegExifRequirements.h"
 #include "photo/JpegSegments.h"
 #include "photo/PhotoCompleteness.h"
 #include "photo/PhotoFormats.h"
@@ -267,7 +269,13 @@ PhotoWriteResult CopyPhotoWithProperties(const QString& sourcePath, const PhotoC
             const bool hadIptc = !image->iptcData().empty();
             if (changes.removeAllMetadata)
                 expected.compared = exiv2_model::modelOf(*image).keys();
-            applyPhotoChanges({image->exifData(), image->iptcData(), image->xmpData()}, changes, &result.warnings);
+            const auto holds = format.container == PhotoContainer::Tiff ? exiv2_model::ExifHolds::TheImage
+                                                                        : exiv2_model::ExifHolds::MetadataOnly;
+            const Exiv2::ExifData exifBefore = image->exifData();
+            applyPhotoChanges({image->exifData(), image->iptcData(), image->xmpData()}, changes, &result.warnings, holds);
+            // An EXIF block made anew or cut down must still hold what a JPEG's EXIF requires.
+            if (format.container == PhotoContainer::Jpeg && (changes.removeAllMetadata || exifBefore.empty()))
+                addRequiredJpegExif(image->exifData(), source, image->iccProfileDefined(), exifBefore);
             expected.written = exiv2_model::modelOf(*image);
             expected.compared += changes.groups.keys();
             if (changes.removeAllMetadata)
@@ -307,18 +315,13 @@ namespace {
 
 // Writes the given metadata and colour profile into a freshly encoded JPEG, then the
 // adjustments.
-std::optional<QByteArray> writeCarried(const QByteArray& newJpeg, Exiv2::ExifData exif, const Exiv2::IptcData& iptc,
+std::optional<QByteArray> writeCarried(const QByteArray& newJpeg, const Exiv2::ExifData& exif, const Exiv2::IptcData& iptc,
                                        const Exiv2::XmpData& xmp, const QByteArray& profile,
                                        const PhotoChanges& adjustments, QString* error)
 {
     auto to = Exiv2::ImageFactory::open(reinterpret_cast<const Exiv2::byte*>(newJpeg.constData()), long(newJpeg.size()));
     to->readMetadata();
-    Exiv2::ExifThumb(exif).erase();  // it shows the old picture
-    // A TIFF keeps its colour profile in this tag; a JPEG keeps it in its own segments.
-    const auto tiffProfile = exif.findKey(Exiv2::ExifKey("Exif.Image.InterColorProfile"));
-    if (tiffProfile != exif.end())
-        exif.erase(tiffProfile);
-    to->setExifData(exif);
+    to->setExifData(exifForNewJpeg(exif));
     to->setIptcData(iptc);
     to->setXmpData(xmp);
     // The pixels stay in the source's colour space, so its profile must come along.
@@ -328,6 +331,7 @@ std::optional<QByteArray> writeCarried(const QByteArray& newJpeg, Exiv2::ExifDat
     }
     QStringList warnings;
     applyPhotoChanges({to->exifData(), to->iptcData(), to->xmpData()}, adjustments, &warnings);
+    addRequiredJpegExif(to->exifData(), newJpeg, !profile.isEmpty());
     to->writeMetadata();
     QByteArray out = ioBytes(to->io());
     if (out.isEmpty()) {

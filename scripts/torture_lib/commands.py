@@ -40,6 +40,7 @@ PHOTO_LAYOUT = (
     "*:*:PreviewImageStart",          # embedded previews (also in maker notes) move likewise
     "EXIF:*:JpgFromRawStart",         # and the full-size JPEG of a raw
     "File:File:CurrentIPTCDigest",    # exiftool's digest of the IPTC bytes, re-serialised by exiv2
+    "Photoshop:Photoshop:IPTCDigest",  # Photoshop's digest, kept current with those bytes
     "XMP:XMP-x:XMPToolkit",           # exiv2 names itself when it re-serialises the XMP packet
 )
 

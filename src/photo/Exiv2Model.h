@@ -43,6 +43,11 @@ void applyChange(Metadata metadata, const QString& key, const QVariant& content,
 // exif:GPS* properties to the new GPS group.
 void syncXmpMirrors(Metadata metadata, const QVariantMap& propertiesBefore);
 
+// After IPTC values were edited, sets the XMP properties that mirror the changed datasets
+// (dc:title for the object name, dc:subject for the keywords, ...) where the photo has XMP, so
+// that readers who prefer the XMP see the same values.
+void syncXmpWithIptc(Metadata metadata, const Exiv2::IptcData& iptcBefore);
+
 // What the EXIF directories of a file hold besides metadata.
 enum class ExifHolds {
     MetadataOnly,  // an EXIF block inside a JPEG, PNG, WebP, HEIF, ...

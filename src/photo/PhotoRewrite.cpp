@@ -13,6 +13,7 @@
 #include "photo/PhotoFormats.h"
 #include "photo/PhotoLibraries.h"
 #include "photo/PhotoReadBack.h"
+#include "photo/PhotoshopIptcDigest.h"
 #include "photo/PngTextRemoval.h"
 #include "photo/PhotoProperties.h"
 
@@ -266,7 +267,6 @@ PhotoWriteResult CopyPhotoWithProperties(const QString& sourcePath, const PhotoC
             auto image = Exiv2::ImageFactory::open(reinterpret_cast<const Exiv2::byte*>(source.constData()),
                                                    long(source.size()));
             image->readMetadata();
-            const bool hadIptc = !image->iptcData().empty();
             if (changes.removeAllMetadata)
                 expected.compared = exiv2_model::modelOf(*image).keys();
             const auto holds = format.container == PhotoContainer::Tiff ? exiv2_model::ExifHolds::TheImage
@@ -276,6 +276,11 @@ PhotoWriteResult CopyPhotoWithProperties(const QString& sourcePath, const PhotoC
             // An EXIF block made anew or cut down must still hold what a JPEG's EXIF requires.
             if (format.container == PhotoContainer::Jpeg && (changes.removeAllMetadata || exifBefore.empty()))
                 addRequiredJpegExif(image->exifData(), source, image->iccProfileDefined(), exifBefore);
+            // Kinds without an IPTC record (WebP) keep its values (title, keywords, ...) in XMP.
+            if (!format.iptcWritable && !image->iptcData().empty()) {
+                Exiv2::copyIptcToXmp(image->iptcData(), image->xmpData());
+                image->iptcData().clear();
+            }
             expected.written = exiv2_model::modelOf(*image);
             expected.compared += changes.groups.keys();
             if (changes.removeAllMetadata)
@@ -283,8 +288,6 @@ PhotoWriteResult CopyPhotoWithProperties(const QString& sourcePath, const PhotoC
             expected.compared.removeDuplicates();
             if (changes.removeAllMetadata)
                 image->clearComment();
-            if (!format.iptcWritable && !image->iptcData().empty() && !hadIptc)
-                result.warnings << QStringLiteral("%1 files hold no IPTC data; the IPTC values were not written").arg(format.kind);
             image->writeMetadata();
             rewritten = ioBytes(image->io());
         } catch (const std::exception& e) {
@@ -292,6 +295,8 @@ PhotoWriteResult CopyPhotoWithProperties(const QString& sourcePath, const PhotoC
         }
         if (changes.removeAllMetadata && format.container == PhotoContainer::Jpeg)
             rewritten = dropMetadataSegments(rewritten);
+        if (format.container == PhotoContainer::Jpeg)
+            rewritten = jpegWithIptcDigestInStep(source, rewritten);
         if (format.container == PhotoContainer::Png && changes.removesSomething()) {
             const auto cleaned = removePngTextMetadata(rewritten, changes);
             if (!cleaned)

@@ -3,6 +3,7 @@
 #include "photo/PhotoRewrite.h"
 
 #include "ExifTool.h"
+#include "ImageMagick.h"
 #include "QtPrinters.h"
 #include "TestPaths.h"
 #include "TestSelection.h"
@@ -332,6 +333,25 @@ TEST_F(PhotoRemovalTest, ReplacingAGroupChangesOnlyWhatDiffersAndKeepsMakerNotes
         const QJsonObject wanted = tagsOf(before, {group});
         EXPECT_EQ(tagsOf(after, {group}), wanted) << group.toStdString();
     }
+}
+
+// WebP holds no IPTC record: the title and keywords the editor keeps in IPTC go into its XMP,
+// where photo managers read them (ImageMagick writes the WebP, exiftool reads it back).
+TEST_F(PhotoRemovalTest, TitleAndKeywordsOfAWebPGoIntoItsXmp)
+{
+    const QString source = inputs.filePath(QStringLiteral("drawn.webp"));
+    ASSERT_TRUE(test::imageMagick({QStringLiteral("-size"), QStringLiteral("64x48"), QStringLiteral("gradient:red-blue"), source}));
+    PhotoChanges changes;
+    changes.groups.insert(QStringLiteral("{IPTC}"),
+                          QVariantMap{{QStringLiteral("ObjectName"), QStringLiteral("Dunes")},
+                                      {QStringLiteral("Keywords"), QVariantList{QStringLiteral("sand"), QStringLiteral("wind")}}});
+    const QString output = store.filePath(QStringLiteral("drawn.webp"));
+    const PhotoWriteResult result = CopyPhotoWithProperties(source, changes, output);
+    ASSERT_TRUE(result.ok()) << result.reason.toStdString();
+    EXPECT_TRUE(result.warnings.isEmpty()) << result.warnings.join(QLatin1Char('\n')).toStdString();
+    const QJsonObject after = exiftool(output);
+    EXPECT_EQ(after.value(QStringLiteral("XMP-dc:Title")).toString(), QStringLiteral("Dunes"));
+    EXPECT_EQ(after.value(QStringLiteral("XMP-dc:Subject")).toVariant(), (QVariantList{QStringLiteral("sand"), QStringLiteral("wind")}));
 }
 
 TEST_F(PhotoRemovalTest, DateChangesKeepXmpDatesInStep)

@@ -45,6 +45,14 @@ protected:
         c.storageFolder = store.path();
         return c;
     }
+    // Stamped or plain small copies of the sources, into an emptied storage folder.
+    CommandResult smallCopies(const QStringList& sources, bool stamp)
+    {
+        QDir(store.path()).removeRecursively();
+        QDir().mkpath(store.path());
+        return stamp ? stampPhotoDates(test::selectionOf(sources), DateStampStyle{}, context())
+                     : recompressPhotos(sources, context());
+    }
     QTemporaryDir store;
 };
 
@@ -187,10 +195,7 @@ TEST_F(RecompressionTest, CopiesKeepTheColourProfileAndTakeTheCaptureDate)
                                        {QStringLiteral("converted"), QStringLiteral("2004:06:21 23:37:53")}};
     const QStringList sources{camera, phone, png, described, tiff};
     for (const bool stamp : {false, true}) {
-        QDir(store.path()).removeRecursively();
-        QDir().mkpath(store.path());
-        const CommandResult result = stamp ? stampPhotoDates(test::selectionOf(sources), DateStampStyle{}, context())
-                                           : recompressPhotos(sources, context());
+        const CommandResult result = smallCopies(sources, stamp);
         ASSERT_EQ(result.written.size(), sources.size()) << result.skipped.value(0).reason.toStdString();
         for (const QString& source : sources) {
             const QString base = QFileInfo(source).completeBaseName();
@@ -228,10 +233,7 @@ TEST_F(RecompressionTest, CopiesCarryOnlyTheDescriptiveExifInAValidJpegExif)
                                            QStringLiteral("-ExifIFD:DateTimeOriginal=2011:02:03 04:05:06")}));
     const QStringList sources{dng, avif, tiff};
     for (const bool stamp : {false, true}) {
-        QDir(store.path()).removeRecursively();
-        QDir().mkpath(store.path());
-        const CommandResult result = stamp ? stampPhotoDates(test::selectionOf(sources), DateStampStyle{}, context())
-                                           : recompressPhotos(sources, context());
+        const CommandResult result = smallCopies(sources, stamp);
         ASSERT_EQ(result.written.size(), sources.size()) << result.skipped.value(0).reason.toStdString();
         for (const QString& source : sources) {
             const QString output = store.filePath(QFileInfo(source).completeBaseName() + QStringLiteral("_date.jpg"));

@@ -2,17 +2,23 @@
 
 namespace pelorin {
 
-void applyPhotoChanges(exiv2_model::Metadata metadata, const PhotoChanges& changes, QStringList* warnings)
+void applyPhotoChanges(exiv2_model::Metadata metadata, const PhotoChanges& changes, QStringList* warnings,
+                       exiv2_model::ExifHolds holds)
 {
     if (changes.removeAllMetadata)
-        exiv2_model::removeAll(metadata);
+        exiv2_model::removeAll(metadata, holds);
     QVariantMap before;
     exiv2_model::readExif(metadata.exif, &before);
+    const Exiv2::IptcData iptcBefore = metadata.iptc;
     for (auto it = changes.groups.cbegin(); it != changes.groups.cend(); ++it)
         exiv2_model::applyChange(metadata, it.key(), it.value(), warnings);
-    // Values the caller set in XMP itself are the caller's; otherwise XMP follows EXIF.
-    if (!changes.groups.contains(QStringLiteral("{XMP}")))
+    // Values the caller set in XMP itself are the caller's; otherwise XMP follows EXIF and the
+    // edited IPTC values.
+    if (!changes.groups.contains(QStringLiteral("{XMP}"))) {
         exiv2_model::syncXmpMirrors(metadata, before);
+        if (!changes.groups.value(QStringLiteral("{IPTC}")).isNull())
+            exiv2_model::syncXmpWithIptc(metadata, iptcBefore);
+    }
 }
 
 PhotoChanges removalsOf(const PhotoChanges& changes)

@@ -48,8 +48,10 @@ bool editMetadata(Cr3Metadata& metadata, const PhotoChanges& changes, const Phot
     applyPhotoChanges({data.exif, iptc, data.xmp}, changes, warnings);
     if (changes.removeAllMetadata)
         keepRawEssentials(original, data.exif);
+    // These files hold no IPTC record: its values live in the XMP packet (title, keywords, ...).
+    // A file without an XMP box is refused by the rewrite, with the reason.
     if (!iptc.empty())
-        *warnings << QStringLiteral("%1 files hold no IPTC data; the IPTC values were not written").arg(format.kind);
+        Exiv2::copyIptcToXmp(iptc, data.xmp);
     if (holdsMakerNotes(original) && !holdsMakerNotes(data.exif))
         *warnings << QStringLiteral("the %1 maker notes were kept: raw developers need them to show the photo").arg(format.kind);
     return encodeCr3Metadata(data, &metadata, error);

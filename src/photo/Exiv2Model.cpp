@@ -2,6 +2,7 @@
 
 #include "photo/Exiv2Names.h"
 #include "photo/Exiv2Values.h"
+#include "photo/TiffImageStructure.h"
 
 #include <QHash>
 #include <QRegularExpression>
@@ -66,6 +67,15 @@ void deleteXmpWhere(Exiv2::XmpData& xmp, const std::function<bool(const QString&
         else
             ++it;
     }
+}
+
+// A property with its array items and struct fields.
+void deleteXmpProperty(Exiv2::XmpData& xmp, const std::string& key)
+{
+    const QString prefix = QString::fromStdString(key);
+    deleteXmpWhere(xmp, [&](const QString& k) {
+        return k == prefix || k.startsWith(prefix + QLatin1Char('[')) || k.startsWith(prefix + QLatin1Char('/'));
+    });
 }
 
 QVariantMap currentGroup(Metadata m, const QString& group)
@@ -233,11 +243,7 @@ void applyXmpGroup(Metadata m, const QString& group, const QVariantMap& wanted, 
     for (auto it = current.cbegin(); it != current.cend(); ++it) {
         if (wanted.contains(it.key()))
             continue;
-        const std::string key = keyOf(it.key());
-        deleteXmpWhere(m.xmp, [&](const QString& k) {
-            const QString prefix = QString::fromStdString(key);
-            return k == prefix || k.startsWith(prefix + QLatin1Char('[')) || k.startsWith(prefix + QLatin1Char('/'));
-        });
+        deleteXmpProperty(m.xmp, keyOf(it.key()));
     }
     for (auto it = wanted.cbegin(); it != wanted.cend(); ++it) {
         if (current.contains(it.key()) && sameValue(current.value(it.key()), it.value()))
@@ -523,16 +529,36 @@ void syncXmpDates(Metadata metadata, const QVariantMap& propertiesBefore, const 
 
 }  // namespace
 
-void removeAll(Metadata metadata)
+void syncXmpWithIptc(Metadata metadata, const Exiv2::IptcData& iptcBefore)
 {
-    const auto orientation = metadata.exif.findKey(Exiv2::ExifKey("Exif.Image.Orientation"));
-    const bool hasOrientation = orientation != metadata.exif.end();
-    const uint16_t value = hasOrientation ? uint16_t(orientation->toLong()) : 1;
-    metadata.exif.clear();
+    if (metadata.xmp.empty())
+        return;
+    // exiv2's own IPTC-to-XMP conversion, of the values before and after, names the mirrors.
+    Exiv2::XmpData was, now;
+    Exiv2::copyIptcToXmp(iptcBefore, was);
+    Exiv2::copyIptcToXmp(metadata.iptc, now);
+    for (const Exiv2::Xmpdatum& d : was) {
+        if (now.findKey(Exiv2::XmpKey(d.key())) == now.end())
+            deleteXmpProperty(metadata.xmp, d.key());
+    }
+    for (const Exiv2::Xmpdatum& d : now) {
+        const auto old = was.findKey(Exiv2::XmpKey(d.key()));
+        if (old != was.end() && old->toString() == d.toString())
+            continue;
+        deleteXmpProperty(metadata.xmp, d.key());
+        metadata.xmp.add(d);
+    }
+}
+
+void removeAll(Metadata metadata, ExifHolds holds)
+{
+    deleteExifWhere(metadata.exif, [holds](const Exiv2::Exifdatum& d) {
+        if (d.key() == "Exif.Image.Orientation")
+            return false;
+        return holds == ExifHolds::MetadataOnly || !describesTiffImage(d);
+    });
     metadata.iptc.clear();
     metadata.xmp.clear();
-    if (hasOrientation)
-        metadata.exif["Exif.Image.Orientation"] = value;
 }
 
 QVariantMap modelOf(Exiv2::Image& image, const QStringList& groups)

@@ -44,8 +44,20 @@ void applyChange(Metadata metadata, const QString& key, const QVariant& content,
 // exif:GPS* properties to the new GPS group.
 void syncXmpMirrors(Metadata metadata, const QVariantMap& propertiesBefore);
 
-// Removes every piece of metadata but the orientation.
-void removeAll(Metadata metadata);
+// After IPTC values were edited, sets the XMP properties that mirror the changed datasets
+// (dc:title for the object name, dc:subject for the keywords, ...) where the photo has XMP, so
+// that readers who prefer the XMP see the same values.
+void syncXmpWithIptc(Metadata metadata, const Exiv2::IptcData& iptcBefore);
+
+// What the EXIF directories of a file hold besides metadata.
+enum class ExifHolds {
+    MetadataOnly,  // an EXIF block inside a JPEG, PNG, WebP, HEIF, ...
+    TheImage,      // a TIFF-based file, whose IFD chain and SubIFDs describe its image data
+};
+
+// Removes every piece of metadata but the orientation, and in a TIFF-based file the entries
+// that describe its image.
+void removeAll(Metadata metadata, ExifHolds holds);
 
 // Structural equality of model values, numbers compared by value (72 equals 72.0).
 bool sameValue(const QVariant& a, const QVariant& b);

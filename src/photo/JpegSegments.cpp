@@ -27,13 +27,10 @@ bool keep(const QByteArray& jpeg, quint8 marker, qsizetype payload, qsizetype le
 
 }  // namespace
 
-QByteArray dropMetadataSegments(const QByteArray& jpeg)
+qsizetype forEachJpegSegment(const QByteArray& jpeg, const std::function<bool(const JpegSegment&)>& visit)
 {
     if (jpeg.size() < 4 || quint8(jpeg[0]) != 0xFF || quint8(jpeg[1]) != 0xD8)
-        return jpeg;
-    QByteArray out;
-    out.reserve(jpeg.size());
-    out.append(jpeg.left(2));
+        return 0;
     qsizetype pos = 2;
     while (pos + 4 <= jpeg.size()) {
         if (quint8(jpeg[pos]) != 0xFF)
@@ -44,15 +41,33 @@ QByteArray dropMetadataSegments(const QByteArray& jpeg)
             continue;
         }
         if (marker == 0xDA)
-            break;  // the scan and everything after it are copied as they are
+            break;
         const qsizetype length = (quint8(jpeg[pos + 2]) << 8) | quint8(jpeg[pos + 3]);
         if (length < 2 || pos + 2 + length > jpeg.size())
             break;
-        if (keep(jpeg, marker, pos + 4, length - 2))
-            out.append(jpeg.mid(pos, 2 + length));
+        if (!visit({marker, pos, pos + 4, length - 2}))
+            break;
         pos += 2 + length;
     }
-    out.append(jpeg.mid(pos));
+    return pos;
+}
+
+QByteArray dropMetadataSegments(const QByteArray& jpeg)
+{
+    QByteArray out;
+    out.reserve(jpeg.size());
+    const qsizetype stop = forEachJpegSegment(jpeg, [&](const JpegSegment& s) {
+        if (out.isEmpty())
+            out.append(jpeg.left(2));
+        if (keep(jpeg, s.marker, s.payload, s.length))
+            out.append(jpeg.mid(s.start, s.end() - s.start));
+        return true;
+    });
+    if (stop == 0)
+        return jpeg;
+    if (out.isEmpty())
+        out.append(jpeg.left(2));
+    out.append(jpeg.mid(stop));
     return out;
 }
 

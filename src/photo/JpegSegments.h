@@ -2,7 +2,25 @@
 
 #include <QByteArray>
 
+#include <functional>
+
 namespace pelorin {
+
+// One marker segment of a JPEG's header: its marker, where the segment starts (at the 0xFF)
+// and where its payload (after the two length bytes) lies.
+struct JpegSegment {
+    quint8 marker = 0;
+    qsizetype start = 0;
+    qsizetype payload = 0;
+    qsizetype length = 0;  // of the payload
+
+    qsizetype end() const { return payload + length; }
+};
+
+// Calls visit for each marker segment up to the first scan, in file order, while visit returns
+// true. Returns where the walk stopped: the start-of-scan marker, the first byte that breaks the
+// structure, or the end of the data; 0 when the data is no JPEG.
+qsizetype forEachJpegSegment(const QByteArray& jpeg, const std::function<bool(const JpegSegment&)>& visit);
 
 // Drops from a JPEG every marker segment that can carry metadata a privacy clean-up must remove
 // (Photoshop resources, comments, extended XMP and the makers' application segments), keeping

@@ -2,15 +2,18 @@
 
 #include "model/SafeOutput.h"
 #include "photo/ApplyPhotoChanges.h"
+#include "photo/CarriedExif.h"
 #include "photo/Cr3PhotoRewrite.h"
 #include "photo/Exiv2Model.h"
 #include "photo/HeifFile.h"
 #include "photo/HeifPhotoRewrite.h"
+#include "photo/JpegExifRequirements.h"
 #include "photo/JpegSegments.h"
 #include "photo/PhotoCompleteness.h"
 #include "photo/PhotoFormats.h"
 #include "photo/PhotoLibraries.h"
 #include "photo/PhotoReadBack.h"
+#include "photo/PhotoshopIptcDigest.h"
 #include "photo/PngTextRemoval.h"
 #include "photo/PhotoProperties.h"
 
@@ -274,10 +277,20 @@ PhotoWriteResult CopyPhotoWithProperties(const QString& sourcePath, const PhotoC
             auto image = Exiv2::ImageFactory::open(reinterpret_cast<const Exiv2::byte*>(source.constData()),
                                                    long(source.size()));
             image->readMetadata();
-            const bool hadIptc = !image->iptcData().empty();
             if (changes.removeAllMetadata)
                 expected.compared = exiv2_model::modelOf(*image).keys();
-            applyPhotoChanges({image->exifData(), image->iptcData(), image->xmpData()}, changes, &result.warnings);
+            const auto holds = format.container == PhotoContainer::Tiff ? exiv2_model::ExifHolds::TheImage
+                                                                        : exiv2_model::ExifHolds::MetadataOnly;
+            const Exiv2::ExifData exifBefore = image->exifData();
+            applyPhotoChanges({image->exifData(), image->iptcData(), image->xmpData()}, changes, &result.warnings, holds);
+            // An EXIF block made anew or cut down must still hold what a JPEG's EXIF requires.
+            if (format.container == PhotoContainer::Jpeg && (changes.removeAllMetadata || exifBefore.empty()))
+                addRequiredJpegExif(image->exifData(), source, image->iccProfileDefined(), exifBefore);
+            // Kinds without an IPTC record (WebP) keep its values (title, keywords, ...) in XMP.
+            if (!format.iptcWritable && !image->iptcData().empty()) {
+                Exiv2::copyIptcToXmp(image->iptcData(), image->xmpData());
+                image->iptcData().clear();
+            }
             expected.compared += changes.groups.keys();
             if (changes.removeAllMetadata)
                 expected.compared += exiv2_model::modelOf(*image).keys();
@@ -285,8 +298,6 @@ PhotoWriteResult CopyPhotoWithProperties(const QString& sourcePath, const PhotoC
             expected.written = exiv2_model::modelOf(*image, expected.compared);
             if (changes.removeAllMetadata)
                 image->clearComment();
-            if (!format.iptcWritable && !image->iptcData().empty() && !hadIptc)
-                result.warnings << QStringLiteral("%1 files hold no IPTC data; the IPTC values were not written").arg(format.kind);
             image->writeMetadata();
             rewritten = ioBytes(image->io());
         } catch (const std::exception& e) {
@@ -294,6 +305,8 @@ PhotoWriteResult CopyPhotoWithProperties(const QString& sourcePath, const PhotoC
         }
         if (changes.removeAllMetadata && format.container == PhotoContainer::Jpeg)
             rewritten = dropMetadataSegments(rewritten);
+        if (format.container == PhotoContainer::Jpeg)
+            rewritten = jpegWithIptcDigestInStep(source, rewritten);
         if (format.container == PhotoContainer::Png && changes.removesSomething()) {
             const auto cleaned = removePngTextMetadata(rewritten, changes);
             if (!cleaned)
@@ -317,18 +330,13 @@ namespace {
 
 // Writes the given metadata and colour profile into a freshly encoded JPEG, then the
 // adjustments.
-std::optional<QByteArray> writeCarried(const QByteArray& newJpeg, Exiv2::ExifData exif, const Exiv2::IptcData& iptc,
+std::optional<QByteArray> writeCarried(const QByteArray& newJpeg, const Exiv2::ExifData& exif, const Exiv2::IptcData& iptc,
                                        const Exiv2::XmpData& xmp, const QByteArray& profile,
                                        const PhotoChanges& adjustments, QString* error)
 {
     auto to = Exiv2::ImageFactory::open(reinterpret_cast<const Exiv2::byte*>(newJpeg.constData()), long(newJpeg.size()));
     to->readMetadata();
-    Exiv2::ExifThumb(exif).erase();  // it shows the old picture
-    // A TIFF keeps its colour profile in this tag; a JPEG keeps it in its own segments.
-    const auto tiffProfile = exif.findKey(Exiv2::ExifKey("Exif.Image.InterColorProfile"));
-    if (tiffProfile != exif.end())
-        exif.erase(tiffProfile);
-    to->setExifData(exif);
+    to->setExifData(exifForNewJpeg(exif));
     to->setIptcData(iptc);
     to->setXmpData(xmp);
     // The pixels stay in the source's colour space, so its profile must come along.
@@ -338,6 +346,7 @@ std::optional<QByteArray> writeCarried(const QByteArray& newJpeg, Exiv2::ExifDat
     }
     QStringList warnings;
     applyPhotoChanges({to->exifData(), to->iptcData(), to->xmpData()}, adjustments, &warnings);
+    addRequiredJpegExif(to->exifData(), newJpeg, !profile.isEmpty());
     to->writeMetadata();
     QByteArray out = ioBytes(to->io());
     if (out.isEmpty()) {

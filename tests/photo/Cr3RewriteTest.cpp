@@ -240,6 +240,27 @@ TEST_F(Cr3RewriteTest, XmpDatesFollowTheExifDatesTheyMirror)
     EXPECT_EQ(canonTableTargets(output), canonTableTargets(source));
 }
 
+// A CR3 holds no IPTC record: the title and keywords the editor keeps in IPTC go into the
+// XMP packet, where photo managers read them, and nothing says they were dropped.
+TEST_F(Cr3RewriteTest, TitleAndKeywordsGoIntoTheXmpPacket)
+{
+    const QString source = copyOf(test::dataPath(kCanonM50));
+    PhotoChanges changes;
+    changes.groups.insert(QStringLiteral("{IPTC}"),
+                          QVariantMap{{QStringLiteral("ObjectName"), QStringLiteral("Harbour")},
+                                      {QStringLiteral("Keywords"), QVariantList{QStringLiteral("sea"), QStringLiteral("boats")}}});
+    const QString output = outputFor(source);
+    const PhotoWriteResult result = CopyPhotoWithProperties(source, changes, output);
+    ASSERT_EQ(result.outcome, Outcome::Rewritten) << result.reason.toStdString();
+    EXPECT_TRUE(result.warnings.isEmpty()) << result.warnings.join(QLatin1Char('\n')).toStdString();
+
+    const QJsonObject after = exiftool(output);
+    EXPECT_EQ(after.value(QStringLiteral("XMP-dc:Title")).toString(), QStringLiteral("Harbour"));
+    EXPECT_EQ(after.value(QStringLiteral("XMP-dc:Subject")).toVariant(), (QVariantList{QStringLiteral("sea"), QStringLiteral("boats")}));
+    EXPECT_EQ(after.value(QStringLiteral("XMP-xmp:Rating")), exiftool(source).value(QStringLiteral("XMP-xmp:Rating")));
+    EXPECT_EQ(validationWarnings(output), validationWarnings(source));
+}
+
 TEST_F(Cr3RewriteTest, GrowingMetadataMovesTheMediaAndTheOffsetsFollowIt)
 {
     const QString source = copyOf(test::dataPath(kCanonM50));

@@ -3,6 +3,7 @@
 #include "photo/PhotoRewrite.h"
 
 #include "ExifTool.h"
+#include "ImageMagick.h"
 #include "QtPrinters.h"
 #include "TestPaths.h"
 #include "TestSelection.h"
@@ -11,6 +12,7 @@
 #include <QDir>
 #include <QFile>
 #include <QImage>
+#include <QMap>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -38,6 +40,37 @@ QByteArray scanData(const QByteArray& jpeg)
 QStringList entries(const QString& folder)
 {
     return QDir(folder).entryList(QDir::Files | QDir::Hidden | QDir::NoDotAndDotDot);
+}
+
+// The bytes of every strip, tile and embedded image exiftool finds in the image directories of
+// a TIFF-based file, by directory: where exiftool says they lie, read from the file itself.
+QMap<QString, QByteArray> imageDataByDirectory(const QString& path)
+{
+    const QJsonObject tags = exiftool(path);
+    const QByteArray bytes = readAll(path);
+    static const QList<QPair<QString, QString>> pairs{
+        {QStringLiteral("StripOffsets"), QStringLiteral("StripByteCounts")},
+        {QStringLiteral("TileOffsets"), QStringLiteral("TileByteCounts")},
+        {QStringLiteral("PreviewImageStart"), QStringLiteral("PreviewImageLength")},
+        {QStringLiteral("JpgFromRawStart"), QStringLiteral("JpgFromRawLength")},
+        {QStringLiteral("ThumbnailOffset"), QStringLiteral("ThumbnailLength")},
+        {QStringLiteral("OtherImageStart"), QStringLiteral("OtherImageLength")}};
+    QMap<QString, QByteArray> data;
+    for (auto it = tags.begin(); it != tags.end(); ++it) {
+        const QString group = it.key().section(QLatin1Char(':'), 0, 0);
+        const QString name = it.key().section(QLatin1Char(':'), 1);
+        if (!group.startsWith(QLatin1String("IFD")) && !group.startsWith(QLatin1String("SubIFD")))
+            continue;
+        for (const auto& [offsetsName, lengthsName] : pairs) {
+            if (name != offsetsName)
+                continue;
+            const QStringList offsets = it.value().toVariant().toString().split(QLatin1Char(' '));
+            const QStringList lengths = tags.value(group + QLatin1Char(':') + lengthsName).toVariant().toString().split(QLatin1Char(' '));
+            for (qsizetype i = 0; i < offsets.size(); ++i)
+                data[group + QLatin1Char(':') + name] += bytes.mid(offsets[i].toLongLong(), lengths.value(i).toLongLong());
+        }
+    }
+    return data;
 }
 
 class PhotoRemovalTest : public ::testing::Test {
@@ -112,6 +145,9 @@ TEST_F(PhotoRemovalTest, RemovingAllKeepsOnlyTheColourProfileAndTheOrientation)
     const CommandResult result = removePhotoMetadata(MetadataRemoval::All, select({source}), context());
     ASSERT_TRUE(result.succeeded());
     EXPECT_EQ(opened, QStringList{store.path()});
+    // Tags every EXIF block of a JPEG must hold; they tell nothing about the people or places.
+    const QStringList requiredInJpegExif{QStringLiteral("IFD0:XResolution"), QStringLiteral("IFD0:YResolution"),
+                                         QStringLiteral("IFD0:ResolutionUnit"), QStringLiteral("IFD0:YCbCrPositioning")};
     const QString output = store.filePath(QStringLiteral("exiv2-Reagan_all.jpg"));
     const QJsonObject after = exiftool(output);
     for (auto it = after.begin(); it != after.end(); ++it) {
@@ -120,10 +156,20 @@ TEST_F(PhotoRemovalTest, RemovingAllKeepsOnlyTheColourProfileAndTheOrientation)
                              || group == QLatin1String("System") || group == QLatin1String("File")
                              || group == QLatin1String("Composite") || group == QLatin1String("JFIF")
                              || group == QLatin1String("Adobe") || group.startsWith(QLatin1String("ICC"))
-                             || it.key() == QLatin1String("IFD0:Orientation");
+                             || it.key() == QLatin1String("IFD0:Orientation")
+                             || requiredInJpegExif.contains(it.key());
         EXPECT_TRUE(allowed) << it.key().toStdString();
     }
     EXPECT_EQ(after.value(QStringLiteral("IFD0:Orientation")).toInt(), 6);
+    // The EXIF block that holds the orientation is still a valid one, with the photo's own
+    // resolution.
+    for (const QString& warning : test::newValidationWarnings(source, output))
+        EXPECT_FALSE(warning.contains(QLatin1String("Missing required"))) << warning.toStdString();
+    for (const QString& key : requiredInJpegExif) {
+        if (before.contains(key)) {
+            EXPECT_EQ(after.value(key), before.value(key)) << key.toStdString();
+        }
+    }
     EXPECT_EQ(after.value(QStringLiteral("ICC_Profile:ProfileDescription")),
               before.value(QStringLiteral("ICC_Profile:ProfileDescription")));
     // The same picture: identical pixels once decoded.
@@ -169,6 +215,46 @@ TEST_F(PhotoRemovalTest, ExifRemovalFromADngTakesTheMakerNotesKeptInItsPrivateDa
         QFile::remove(output);
     }
 }
+TEST_F(PhotoRemovalTest, RemovingAllFromRawsKeepsTheirImageAndWhatDecodesIt)
+{
+    // A DNG from Adobe's converter (raw tiles in a SubIFD, previews in two more, a thumbnail in
+    // IFD0) and a NEF from Nikon Capture (thumbnail in IFD0, raw strip and a JPEG in SubIFDs).
+    for (const QString& name : {QStringLiteral("et-Canon350D.dng"), QStringLiteral("et-Nikon_D70.nef")}) {
+        SCOPED_TRACE(name.toStdString());
+        const QString source = copyOf(name);
+        const QJsonObject before = exiftool(source);
+        const CommandResult result = removePhotoMetadata(MetadataRemoval::All, select({source}), context());
+        ASSERT_TRUE(result.succeeded()) << result.skipped.value(0).reason.toStdString();
+        const QString output = store.filePath(name);
+
+        const QMap<QString, QByteArray> data = imageDataByDirectory(source);
+        ASSERT_GE(data.size(), 3);
+        EXPECT_EQ(imageDataByDirectory(output), data);
+        const QJsonObject after = exiftool(output);
+        // What a raw developer needs to decode the image is there as it was.
+        for (const QString& key : {QStringLiteral("ImageWidth"), QStringLiteral("ImageHeight"), QStringLiteral("BitsPerSample"),
+                                   QStringLiteral("Compression"), QStringLiteral("PhotometricInterpretation"),
+                                   QStringLiteral("CFARepeatPatternDim"), QStringLiteral("CFAPattern2"), QStringLiteral("SubfileType"),
+                                   QStringLiteral("DNGVersion"), QStringLiteral("UniqueCameraModel"), QStringLiteral("ColorMatrix1"),
+                                   QStringLiteral("AsShotNeutral"), QStringLiteral("BlackLevel"), QStringLiteral("WhiteLevel"),
+                                   QStringLiteral("ActiveArea"), QStringLiteral("DefaultCropSize"), QStringLiteral("CalibrationIlluminant1")}) {
+            for (const QString& group : {QStringLiteral("IFD0:"), QStringLiteral("SubIFD:"), QStringLiteral("SubIFD1:"), QStringLiteral("SubIFD2:")}) {
+                EXPECT_EQ(after.value(group + key), before.value(group + key)) << (group + key).toStdString();
+            }
+        }
+        // What tells about the photo is gone.
+        for (const QString& key : {QStringLiteral("IFD0:Make"), QStringLiteral("IFD0:Model"), QStringLiteral("IFD0:Software"),
+                                   QStringLiteral("IFD0:ModifyDate"), QStringLiteral("IFD0:Artist"), QStringLiteral("IFD0:DateTimeOriginal"),
+                                   QStringLiteral("IFD0:CameraSerialNumber"), QStringLiteral("IFD0:OriginalRawFileName"),
+                                   QStringLiteral("IFD0:LocalizedCameraModel")}) {
+            EXPECT_FALSE(after.contains(key)) << key.toStdString();
+        }
+        EXPECT_TRUE(tagsOf(after, {QStringLiteral("ExifIFD:"), QStringLiteral("IPTC"), QStringLiteral("XMP"),
+                                   QStringLiteral("GPS:"), QStringLiteral("Nikon"), QStringLiteral("Canon")}).isEmpty());
+        EXPECT_EQ(test::newValidationWarnings(source, output), QStringList{});
+    }
+}
+
 TEST_F(PhotoRemovalTest, CameraPhotosAreTakenFromTheStorageFolderUnderPrefixedNames)
 {
     QFile::copy(dataPath(QStringLiteral("et-GPS.jpg")), store.filePath(QStringLiteral("IMG_1.jpg")));
@@ -247,6 +333,25 @@ TEST_F(PhotoRemovalTest, ReplacingAGroupChangesOnlyWhatDiffersAndKeepsMakerNotes
         const QJsonObject wanted = tagsOf(before, {group});
         EXPECT_EQ(tagsOf(after, {group}), wanted) << group.toStdString();
     }
+}
+
+// WebP holds no IPTC record: the title and keywords the editor keeps in IPTC go into its XMP,
+// where photo managers read them (ImageMagick writes the WebP, exiftool reads it back).
+TEST_F(PhotoRemovalTest, TitleAndKeywordsOfAWebPGoIntoItsXmp)
+{
+    const QString source = inputs.filePath(QStringLiteral("drawn.webp"));
+    ASSERT_TRUE(test::imageMagick({QStringLiteral("-size"), QStringLiteral("64x48"), QStringLiteral("gradient:red-blue"), source}));
+    PhotoChanges changes;
+    changes.groups.insert(QStringLiteral("{IPTC}"),
+                          QVariantMap{{QStringLiteral("ObjectName"), QStringLiteral("Dunes")},
+                                      {QStringLiteral("Keywords"), QVariantList{QStringLiteral("sand"), QStringLiteral("wind")}}});
+    const QString output = store.filePath(QStringLiteral("drawn.webp"));
+    const PhotoWriteResult result = CopyPhotoWithProperties(source, changes, output);
+    ASSERT_TRUE(result.ok()) << result.reason.toStdString();
+    EXPECT_TRUE(result.warnings.isEmpty()) << result.warnings.join(QLatin1Char('\n')).toStdString();
+    const QJsonObject after = exiftool(output);
+    EXPECT_EQ(after.value(QStringLiteral("XMP-dc:Title")).toString(), QStringLiteral("Dunes"));
+    EXPECT_EQ(after.value(QStringLiteral("XMP-dc:Subject")).toVariant(), (QVariantList{QStringLiteral("sand"), QStringLiteral("wind")}));
 }
 
 TEST_F(PhotoRemovalTest, DateChangesKeepXmpDatesInStep)

@@ -45,6 +45,14 @@ protected:
         c.storageFolder = store.path();
         return c;
     }
+    // Stamped or plain small copies of the sources, into an emptied storage folder.
+    CommandResult smallCopies(const QStringList& sources, bool stamp)
+    {
+        QDir(store.path()).removeRecursively();
+        QDir().mkpath(store.path());
+        return stamp ? stampPhotoDates(test::selectionOf(sources), DateStampStyle{}, context())
+                     : recompressPhotos(sources, context());
+    }
     QTemporaryDir store;
 };
 
@@ -187,10 +195,7 @@ TEST_F(RecompressionTest, CopiesKeepTheColourProfileAndTakeTheCaptureDate)
                                        {QStringLiteral("converted"), QStringLiteral("2004:06:21 23:37:53")}};
     const QStringList sources{camera, phone, png, described, tiff};
     for (const bool stamp : {false, true}) {
-        QDir(store.path()).removeRecursively();
-        QDir().mkpath(store.path());
-        const CommandResult result = stamp ? stampPhotoDates(test::selectionOf(sources), DateStampStyle{}, context())
-                                           : recompressPhotos(sources, context());
+        const CommandResult result = smallCopies(sources, stamp);
         ASSERT_EQ(result.written.size(), sources.size()) << result.skipped.value(0).reason.toStdString();
         for (const QString& source : sources) {
             const QString base = QFileInfo(source).completeBaseName();
@@ -208,6 +213,50 @@ TEST_F(RecompressionTest, CopiesKeepTheColourProfileAndTakeTheCaptureDate)
             const auto capture = parseDateText(dates.value(base));
             ASSERT_TRUE(capture);
             EXPECT_EQ(readFileDates(output).modified, instantFromWallClock(*capture));
+        }
+    }
+}
+
+// A raw from Adobe's DNG converter, an AVIF from GIMP and a TIFF from ImageMagick hold their
+// image's structure in IFD0 (a DNG also its DNG tags); a JPEG made from them takes only what
+// describes the photo, in an EXIF block with every tag a JPEG's EXIF requires.
+TEST_F(RecompressionTest, CopiesCarryOnlyTheDescriptiveExifInAValidJpegExif)
+{
+    QTemporaryDir inputs;
+    const QString dng = inputs.filePath(QStringLiteral("raw.dng"));
+    ASSERT_TRUE(QFile::copy(dataPath(QStringLiteral("et-Canon350D.dng")), dng));
+    const QString avif = inputs.filePath(QStringLiteral("gimp.avif"));
+    ASSERT_TRUE(QFile::copy(dataPath(QStringLiteral("exiv2-avif_exif_xmp.avif")), avif));
+    const QString tiff = inputs.filePath(QStringLiteral("drawn.tif"));
+    ASSERT_TRUE(test::imageMagick({QStringLiteral("-size"), QStringLiteral("64x48"), QStringLiteral("gradient:red-blue"), tiff}));
+    ASSERT_TRUE(test::exiftoolWrite(tiff, {QStringLiteral("-IFD0:Artist=Ann Example"), QStringLiteral("-IFD0:Make=Example"),
+                                           QStringLiteral("-ExifIFD:DateTimeOriginal=2011:02:03 04:05:06")}));
+    const QStringList sources{dng, avif, tiff};
+    for (const bool stamp : {false, true}) {
+        const CommandResult result = smallCopies(sources, stamp);
+        ASSERT_EQ(result.written.size(), sources.size()) << result.skipped.value(0).reason.toStdString();
+        for (const QString& source : sources) {
+            const QString output = store.filePath(QFileInfo(source).completeBaseName() + QStringLiteral("_date.jpg"));
+            SCOPED_TRACE((QFileInfo(source).fileName() + (stamp ? QStringLiteral(" stamped") : QStringLiteral(" recompressed"))).toStdString());
+            const QJsonObject from = test::exiftool(source);
+            const QJsonObject to = test::exiftool(output);
+            EXPECT_EQ(to.value(QStringLiteral("File:FileType")).toString(), QStringLiteral("JPEG"));
+            for (const QString& key : {QStringLiteral("ImageWidth"), QStringLiteral("ImageHeight"), QStringLiteral("BitsPerSample"),
+                                       QStringLiteral("Compression"), QStringLiteral("PhotometricInterpretation"),
+                                       QStringLiteral("StripOffsets"), QStringLiteral("SubfileType"), QStringLiteral("SamplesPerPixel"),
+                                       QStringLiteral("PlanarConfiguration"), QStringLiteral("RowsPerStrip"),
+                                       QStringLiteral("DNGVersion"), QStringLiteral("ColorMatrix1"), QStringLiteral("UniqueCameraModel")})
+                EXPECT_FALSE(to.contains(QStringLiteral("IFD0:") + key)) << key.toStdString();
+            EXPECT_TRUE(test::tagsOf(to, {QStringLiteral("SubIFD")}).isEmpty());
+            for (const QString& key : {QStringLiteral("IFD0:Make"), QStringLiteral("IFD0:Model"), QStringLiteral("IFD0:Artist"),
+                                       QStringLiteral("IFD0:ImageDescription"), QStringLiteral("IFD0:Software"),
+                                       QStringLiteral("IFD0:XResolution"), QStringLiteral("ExifIFD:DateTimeOriginal"),
+                                       QStringLiteral("ExifIFD:UserComment"), QStringLiteral("GPS:GPSAltitude")}) {
+                if (from.contains(key)) {
+                    EXPECT_EQ(to.value(key), from.value(key)) << key.toStdString();
+                }
+            }
+            EXPECT_EQ(test::newValidationWarnings(source, output), QStringList{});
         }
     }
 }

@@ -44,4 +44,27 @@ inline bool exiftoolWrite(const QString& path, const QStringList& assignments)
            == 0;
 }
 
+// What exiftool -validate finds wrong with a file, one warning a line.
+inline QStringList validationWarnings(const QString& path)
+{
+    QProcess process;
+    process.start(QStringLiteral("exiftool"), QStringList{QStringLiteral("-validate"), QStringLiteral("-warning"),
+                                                          QStringLiteral("-a"), QStringLiteral("-s3"), path});
+    if (!process.waitForFinished(60000))
+        return {QStringLiteral("exiftool did not finish")};
+    QStringList lines = QString::fromUtf8(process.readAllStandardOutput()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    if (!lines.isEmpty())
+        lines.removeFirst();  // the sum of them: "OK", "3 Warnings (1 minor)"
+    return lines;
+}
+
+// The -validate warnings of an output that its source did not have.
+inline QStringList newValidationWarnings(const QString& source, const QString& output)
+{
+    QStringList added = validationWarnings(output);
+    for (const QString& old : validationWarnings(source))
+        added.removeOne(old);
+    return added;
+}
+
 }  // namespace pelorin::test

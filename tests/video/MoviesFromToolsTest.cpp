@@ -243,3 +243,31 @@ TEST(MoviesFromTools, ADateInTheSpringGapKeepsItsWallClockWithTheLaterOffset)
     EXPECT_TRUE(refused.alert.has_value());
     EXPECT_TRUE(refused.written.isEmpty());
 }
+
+TEST(MoviesFromTools, ADurationBeyondAnyClockShowsAsTheLongest)
+{
+    // Headers that state 4294967280 seconds (a damaged movie): the shown duration stays a
+    // duration, not a negative number wrapped around.
+    QTemporaryDir dir;
+    const QString path = dir.filePath("endless.mp4");
+    ASSERT_TRUE(test::makeFfmpegFile(path, {}));
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+    QByteArray bytes = file.readAll();
+    for (const char* header : {"mvhd", "mdhd"}) {
+        const qsizetype at = bytes.indexOf(header);
+        ASSERT_GT(at, 0);
+        // Version 0: timescale and duration follow the two times.
+        bytes.replace(at + 16, 8, QByteArray::fromHex("00000001fffffff0"));
+    }
+    file.seek(0);
+    file.write(bytes);
+    file.close();
+    QProcess ffprobe;
+    ffprobe.start("ffprobe", {"-v", "error", "-show_entries", "format=duration", "-of", "default=nw=1:nk=1", path});
+    ASSERT_TRUE(ffprobe.waitForFinished(60000));
+    EXPECT_EQ(ffprobe.readAllStandardOutput().trimmed(), "4294967280.000000");
+
+    const MovieReading reading = readMovieFile(path);
+    EXPECT_EQ(reading.item.fileduratStr, "596523h:14m:7s");
+}

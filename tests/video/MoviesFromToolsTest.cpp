@@ -17,6 +17,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/resource.h>
+
 using namespace pelorin;
 
 namespace {
@@ -270,4 +272,30 @@ TEST(MoviesFromTools, ADurationBeyondAnyClockShowsAsTheLongest)
 
     const MovieReading reading = readMovieFile(path);
     EXPECT_EQ(reading.item.fileduratStr, "596523h:14m:7s");
+}
+
+TEST(MoviesFromTools, AKeyTableCountingMillionsOfKeysCostsNoMemory)
+{
+    // FFmpeg's keys, with the table's count raised to 50 million: FFmpeg would zero a table of
+    // 400 MB for it before finding the second entry missing.
+    QTemporaryDir dir;
+    const QString path = dir.filePath("keys.mp4");
+    ASSERT_TRUE(test::makeFfmpegFile(path, {"-movflags", "use_metadata_tags", "-metadata", "title=Quay"}));
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+    QByteArray bytes = file.readAll();
+    const qsizetype keys = bytes.indexOf("keys");
+    ASSERT_GT(keys, 0);
+    bytes.replace(keys + 8, 4, QByteArray::fromHex("02faf080"));
+    file.seek(0);
+    file.write(bytes);
+    file.close();
+
+    rusage before {};
+    getrusage(RUSAGE_SELF, &before);
+    const MovieReading reading = readMovieFile(path);
+    rusage after {};
+    getrusage(RUSAGE_SELF, &after);
+    EXPECT_LT(after.ru_maxrss - before.ru_maxrss, 100 * 1024) << "kilobytes more at the peak";
+    EXPECT_FALSE(reading.problems.isEmpty());
 }

@@ -1,6 +1,6 @@
 // Photos come from anywhere and the rewrite hands them to exiv2: whatever the bytes, an edit
 // touching several groups either refuses with a reason, leaving nothing behind, or writes a
-// photo our reader opens again without the removed GPS group.
+// photo our reader opens again with the values set and without the removed GPS group.
 #include "FuzzScratch.h"
 #include "photo/PhotoProperties.h"
 #include "photo/PhotoRewrite.h"
@@ -64,6 +64,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         const PhotoProperties after = readPhotoProperties(output);
         fuzz::require(after.ok(), "the rewritten photo cannot be read again");
         fuzz::require(!after.properties.contains(QStringLiteral("{GPS}")), "the GPS group survived its removal");
+        // Values that could not be written are warned about; all others must read back.
+        if (changes == &edit && result.warnings.isEmpty()) {
+            const QVariantMap tiff = after.properties.value(QStringLiteral("{TIFF}")).toMap();
+            fuzz::require(tiff.value(QStringLiteral("Artist")) == QStringLiteral("Jane"), "the artist was not written");
+        }
     }
     return 0;
 }

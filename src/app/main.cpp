@@ -10,11 +10,16 @@
 #include <QFileInfo>
 #include <QIcon>
 
+#include <csignal>
+
 int main(int argc, char** argv)
 {
     // Qt Multimedia's GStreamer backend plays no H.264/AAC on a stock system; FFmpeg does.
     if (qEnvironmentVariableIsEmpty("QT_MEDIA_BACKEND"))
         qputenv("QT_MEDIA_BACKEND", "ffmpeg");
+    // A file-size limit (ulimit -f) would kill the window mid-batch; ignored, the write fails
+    // and the item is reported as skipped for lack of space.
+    std::signal(SIGXFSZ, SIG_IGN);
     QApplication app(argc, argv);
     Q_INIT_RESOURCE(pelorin);
     QApplication::setOrganizationName(QStringLiteral("Quorvane"));

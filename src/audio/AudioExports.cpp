@@ -113,7 +113,8 @@ CommandResult exportAudioMetadata(const QStringList& paths, const CommandContext
     if (!xml.xml) {
         result.skip(target, xml.error);
     } else if (!ensureFolder(context.storageFolder, &error)
-               || !writeFileAtomically(target, *xml.xml, {}, &error)) {
+               || !writeFileAtomically(target, *xml.xml, {}, &error, Durability::FlushEach,
+                                   [&](const QString& pending) { return propertyListReadBackProblem(pending, *xml.xml); })) {
         result.skip(target, error);
     } else {
         result.addWritten(target);

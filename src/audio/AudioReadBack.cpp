@@ -1,5 +1,7 @@
 #include "audio/AudioReadBack.h"
 
+#include "audio/AudioPayload.h"
+
 #include <QFileInfo>
 
 namespace pelorin {
@@ -20,7 +22,7 @@ bool hasAudio(const QVariantMap& attributes)
 
 }  // namespace
 
-QString audioReadBackProblem(const QString& outputPath, const AudioReading& source)
+QString audioReadBackProblem(const QString& outputPath, const QString& sourcePath, const AudioReading& source)
 {
     const QString name = audioContainerName(source.container);
     if (QFileInfo(outputPath).size() <= 0)
@@ -37,7 +39,7 @@ QString audioReadBackProblem(const QString& outputPath, const AudioReading& sour
     if (hasAudio(before)
         && (before.value(kSampleRate) != after.value(kSampleRate) || before.value(kChannels) != after.value(kChannels)))
         return QStringLiteral("the output's audio differs from the source's; nothing was written");
-    return {};
+    return audioPayloadDifference(sourcePath, outputPath, source.container);
 }
 
 }  // namespace pelorin

@@ -7,7 +7,6 @@
 #include <QRandomGenerator>
 
 #include <cerrno>
-#include <cstring>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -40,10 +39,14 @@ bool AudioScratchCopy::create()
     return true;
 }
 
-bool AudioScratchCopy::commit()
+bool AudioScratchCopy::commit(const OutputCheck& check)
 {
     if (scratch_.isEmpty()) {
         error_ = QStringLiteral("no copy to commit");
+        return false;
+    }
+    if (const QString problem = verifyFinishedOutput(scratch_, check); !problem.isEmpty()) {
+        error_ = verificationFailed(problem);
         return false;
     }
     const QByteArray scratch = QFile::encodeName(scratch_);
@@ -54,7 +57,7 @@ bool AudioScratchCopy::commit()
     if (!synced || isSameFile(source_, target_)
         || ::rename(scratch.constData(), QFile::encodeName(target_).constData()) != 0) {
         error_ = QStringLiteral("cannot write %1: %2")
-                     .arg(target_, QString::fromLocal8Bit(std::strerror(errno)));
+                     .arg(target_, writeErrorText(errno));
         return false;
     }
     scratch_.clear();

@@ -1,4 +1,6 @@
 #pragma once
+#include "model/SafeOutput.h"
+
 #include <QString>
 
 namespace pelorin {
@@ -15,7 +17,8 @@ public:
 
     bool create();
     const QString& path() const { return scratch_; }
-    bool commit();
+    // Verifies the edited copy with check before it takes the output's name.
+    bool commit(const OutputCheck& check);
     const QString& error() const { return error_; }
 
 private:

@@ -20,6 +20,7 @@
 #include "audio/AudioReadBack.h"
 #include "audio/AudioScratchCopy.h"
 #include "audio/CafInfo.h"
+#include "audio/CheckedFileStream.h"
 #include "audio/Mp4KeyTags.h"
 #include "audio/TagLibFiles.h"
 #include "model/DateText.h"
@@ -39,7 +40,6 @@
 #include <taglib/mpegfile.h>
 #include <taglib/oggfile.h>
 #include <taglib/textidentificationframe.h>
-#include <taglib/tfilestream.h>
 #include <taglib/tpropertymap.h>
 #include <taglib/wavfile.h>
 #include <taglib/wavpackfile.h>
@@ -470,8 +470,7 @@ bool editCaf(const QString& source, const QString& target, const Job& job, const
             *problem = writer.error();
         return false;
     }
-    if (*problem = audioReadBackProblem(writer.pendingPath(), reading); !problem->isEmpty())
-        return false;
+    writer.setCheck([&](const QString& pending) { return audioReadBackProblem(pending, source, reading); });
     if (!writer.commit()) {
         if (problem->isEmpty())
             *problem = writer.error();
@@ -506,13 +505,18 @@ bool renameWavId3Chunk(const QString& path)
 bool editWithTagLib(const QString& path, const Job& job, CommandResult& result,
                     const QString& source, QString* problem)
 {
-    TagLib::FileStream stream(QFile::encodeName(path).constData(), false);
+    CheckedFileStream stream(path);
     const std::unique_ptr<TagLib::File> file = openFile(job.container, &stream);
     if (!file || !file->isValid()) {
         *problem = QStringLiteral("TagLib cannot read this %1 file").arg(audioContainerName(job.container));
         return false;
     }
-    if (!edit(*file, job, result, source)) {
+    const bool saved = edit(*file, job, result, source);
+    if (stream.writeError() != 0) {
+        *problem = QStringLiteral("cannot write the tags: %1").arg(writeErrorText(stream.writeError()));
+        return false;
+    }
+    if (!saved) {
         *problem = QStringLiteral("TagLib could not save the tags");
         return false;
     }
@@ -567,15 +571,12 @@ CommandResult run(const QString& source, Job job, const QString& openingCreated,
             ok = editCaf(source, target, job, reading, &problem);
         } else if (job.container == AudioContainer::Mp4 && mp4KeepsQuickTimeKeys(source)) {
             ok = writeMp4KeyTags(source, target, job.changes, job.artwork, job.remove, &problem,
-                                 [&reading](const QString& pending) { return audioReadBackProblem(pending, reading); });
+                                 [&](const QString& pending) { return audioReadBackProblem(pending, source, reading); });
         } else {
             AudioScratchCopy copy(source, target);
             ok = copy.create() && editWithTagLib(copy.path(), job, result, source, &problem)
                  && (job.container != AudioContainer::Wav || renameWavId3Chunk(copy.path()));
-            if (ok) {
-                problem = audioReadBackProblem(copy.path(), reading);
-                ok = problem.isEmpty() && copy.commit();
-            }
+            ok = ok && copy.commit([&](const QString& scratch) { return audioReadBackProblem(scratch, source, reading); });
             if (!ok && problem.isEmpty())
                 problem = copy.error();
         }

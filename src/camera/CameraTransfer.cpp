@@ -5,6 +5,7 @@
 #include "model/SafeOutput.h"
 
 #include <QBuffer>
+#include <QFileInfo>
 #include <QImageReader>
 
 #include <algorithm>
@@ -146,6 +147,20 @@ bool CameraSession::download(const CameraFileRef& file, const QString& target, Q
         setError(error, writer.error());
         return false;
     }
+    // The device's own listing of the file's size is what the download must come to.
+    ::CameraFileInfo info{};
+    d->context.begin();
+    const bool sized = gp_camera_file_get_info(d->camera, file.folder.toUtf8().constData(), file.name.toUtf8().constData(),
+                                               &info, d->context.get()) >= GP_OK
+                       && (info.file.fields & GP_FILE_INFO_SIZE);
+    writer.setCheck([&](const QString& pending) {
+        const qint64 got = QFileInfo(pending).size();
+        if (got <= 0)
+            return QStringLiteral("the camera sent no bytes");
+        if (sized && got != qint64(info.file.size))
+            return QStringLiteral("the camera sent %1 bytes of the %2 it lists").arg(got).arg(qint64(info.file.size));
+        return QString();
+    });
     d->sink.reset();
     d->sink.writer = &writer;
     d->context.begin(cancelled);

@@ -22,6 +22,20 @@ void printJson(std::FILE* stream, const QJsonValue& value)
     std::fwrite(bytes.constData(), 1, static_cast<size_t>(bytes.size()), stream);
 }
 
+JsonArrayPrinter::~JsonArrayPrinter()
+{
+    std::fputs(first_ ? "[]\n" : "\n]\n", stream_);
+}
+
+void JsonArrayPrinter::append(const QJsonObject& element)
+{
+    std::fputs(first_ ? "[\n" : ",\n", stream_);
+    first_ = false;
+    QByteArray bytes = QJsonDocument(element).toJson(QJsonDocument::Indented);
+    bytes.chop(1);  // the document's closing newline; the separator follows instead
+    std::fwrite(bytes.constData(), 1, static_cast<size_t>(bytes.size()), stream_);
+}
+
 IKImageItem itemFromArgument(const QString& path)
 {
     IKImageItem item;

@@ -6,6 +6,7 @@
 #include "model/IKImageItem.h"
 #include "model/PhotoSelection.h"
 
+#include <QJsonObject>
 #include <QJsonValue>
 #include <QSet>
 #include <QString>
@@ -15,6 +16,21 @@ namespace pelorin::cli {
 void printLine(std::FILE* stream, const QString& text);
 // Prints a JSON object or array (scripts read this output).
 void printJson(std::FILE* stream, const QJsonValue& value);
+
+// Prints a JSON array one element at a time, so that a long batch never holds the whole
+// document in memory: "[" before the first element, "]" when destroyed.
+class JsonArrayPrinter {
+public:
+    explicit JsonArrayPrinter(std::FILE* stream) : stream_(stream) {}
+    ~JsonArrayPrinter();
+    JsonArrayPrinter(const JsonArrayPrinter&) = delete;
+    JsonArrayPrinter& operator=(const JsonArrayPrinter&) = delete;
+    void append(const QJsonObject& element);
+
+private:
+    std::FILE* stream_;
+    bool first_ = true;
+};
 
 // The record of a file named on the command line (absolute path, and its name).
 IKImageItem itemFromArgument(const QString& path);

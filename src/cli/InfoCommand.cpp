@@ -11,6 +11,8 @@
 #include <QJsonArray>
 #include <QJsonObject>
 
+#include <optional>
+
 namespace pelorin::cli {
 namespace {
 
@@ -128,7 +130,9 @@ int InfoCommand::run(CliInvocation& invocation)
         return usageError(invocation, name(), QStringLiteral("give at least one file"));
 
     int status = ExitSuccess;
-    QJsonArray jsonRows;
+    std::optional<JsonArrayPrinter> jsonRows;
+    if (invocation.json)
+        jsonRows.emplace(invocation.out);
     QVariantList plistRows;
     for (const QString& file : files) {
         const PhotoProperties photo = readPhotoProperties(file);
@@ -136,17 +140,17 @@ int InfoCommand::run(CliInvocation& invocation)
             status = ExitItemFailed;
             printLine(invocation.err, QStringLiteral("%1: %2").arg(file, photo.error));
             if (invocation.json)
-                jsonRows.append(QJsonObject{{QStringLiteral("file"), file}, {QStringLiteral("error"), photo.error}});
+                jsonRows->append(QJsonObject{{QStringLiteral("file"), file}, {QStringLiteral("error"), photo.error}});
             continue;
         }
         const PhotoEditorFill fill = fillPhotoEditorFields(photo.properties, factsOf(file));
         if (invocation.json) {
-            jsonRows.append(QJsonObject{{QStringLiteral("file"), file},
-                                        {QStringLiteral("type"), photo.format.typeName},
-                                        {QStringLiteral("kind"), photo.format.kind},
-                                        {QStringLiteral("imageCount"), photo.imageCount},
-                                        {QStringLiteral("properties"), jsonOf(photo.properties)},
-                                        {QStringLiteral("editorFields"), fieldsJson(fill.fields)}});
+            jsonRows->append(QJsonObject{{QStringLiteral("file"), file},
+                                         {QStringLiteral("type"), photo.format.typeName},
+                                         {QStringLiteral("kind"), photo.format.kind},
+                                         {QStringLiteral("imageCount"), photo.imageCount},
+                                         {QStringLiteral("properties"), jsonOf(photo.properties)},
+                                         {QStringLiteral("editorFields"), fieldsJson(fill.fields)}});
         } else if (plist) {
             plistRows.append(QVariantMap{{QStringLiteral("file"), file},
                                          {QStringLiteral("type"), photo.format.typeName},
@@ -166,9 +170,7 @@ int InfoCommand::run(CliInvocation& invocation)
             }
         }
     }
-    if (invocation.json) {
-        printJson(invocation.out, jsonRows);
-    } else if (plist) {
+    if (plist && !invocation.json) {
         const PropertyListXml xml = writePropertyListXml(plistRows);
         if (!xml.xml) {
             printLine(invocation.err, QStringLiteral("pelorin-cli info: %1").arg(xml.error));

@@ -4,6 +4,7 @@
 #include <QGuiApplication>
 #include <QLoggingCategory>
 
+#include <csignal>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -18,6 +19,9 @@ int main(int argc, char** argv)
         ::mkdir(runtime.constData(), 0700);
         qputenv("XDG_RUNTIME_DIR", runtime);
     }
+    // Under a file-size limit (ulimit -f) the kernel would kill the tool mid-batch; ignored,
+    // the write fails instead and the item is reported as skipped for lack of space.
+    std::signal(SIGXFSZ, SIG_IGN);
     // Decoders' complaints about damaged files would bury the tool's own, clearer reasons.
     QLoggingCategory::setFilterRules(QStringLiteral("qt.gui.imageio*=false"));
     QGuiApplication app(argc, argv);

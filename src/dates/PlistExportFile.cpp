@@ -24,7 +24,8 @@ void writeExportPlist(const QVariantMap& root, const QString& fileName, const Co
     }
     QString error;
     if (!ensureFolder(context.storageFolder, &error)
-        || !writeFileAtomically(path, *xml.xml, {}, &error)) {
+        || !writeFileAtomically(path, *xml.xml, {}, &error, Durability::FlushEach,
+                                   [&](const QString& pending) { return propertyListReadBackProblem(pending, *xml.xml); })) {
         result.skip(path, error);
         return;
     }

@@ -1,6 +1,7 @@
 #include "isobmff/BoxRewrite.h"
 
 #include "isobmff/ChunkOffsets.h"
+#include "isobmff/MediaReadBack.h"
 
 #include <algorithm>
 #include <map>
@@ -274,14 +275,10 @@ RewriteReport rewriteTopLevelBoxes(const QString& sourcePath, const BoxTree& tre
             return report;
         }
     }
-    if (output.check) {
-        const QString problem = output.check(writer.pendingPath());
-        if (!problem.isEmpty()) {
-            report.error = problem;
-            writer.discard();
-            return report;
-        }
-    }
+    writer.setCheck([&](const QString& pending) {
+        const QString problem = isoMediaReadBackProblem(source, tree, pending);
+        return problem.isEmpty() && output.check ? output.check(pending) : problem;
+    });
     if (!writer.commit()) {
         report.error = writer.error();
         return report;

@@ -46,9 +46,6 @@ struct RewriteReport {
 // can, and a shrunken box leaves a 'free' box behind, so the media stays where it was.
 // Fragmented files and anything that cannot be rewritten safely are refused; nothing is left
 // under the target's name then.
-// A look at the finished output before it takes its name: the reason it must not, or empty.
-using OutputCheck = std::function<QString(const QString& pendingPath)>;
-
 // Bytes of the source that go out as zeros: data no longer referenced that must not survive in
 // the copy (a removed metadata item inside the media data, say). Each lies within one box that
 // is copied.

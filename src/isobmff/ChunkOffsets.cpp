@@ -60,6 +60,25 @@ bool remapChunkOffsets(BoxNode& node, const OffsetMap& map, QString* error)
     return true;
 }
 
+std::vector<std::int64_t> chunkOffsetsOf(const BoxNode& node)
+{
+    std::vector<std::int64_t> offsets;
+    if (!node.container) {
+        if (node.type == "stco" || node.type == "co64") {
+            BoxNode table = node;
+            QString ignored;
+            remapTable(table, [&](std::int64_t offset) { offsets.push_back(offset); return std::optional<std::int64_t>(offset); },
+                       &ignored);
+        }
+        return offsets;
+    }
+    for (const BoxNode& child : node.children) {
+        const std::vector<std::int64_t> below = chunkOffsetsOf(child);
+        offsets.insert(offsets.end(), below.begin(), below.end());
+    }
+    return offsets;
+}
+
 bool holdsOtherFileOffsets(const BoxNode& node, QString* which)
 {
     if (node.type == "saio") {

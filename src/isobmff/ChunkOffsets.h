@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <vector>
 
 namespace pelorin {
 
@@ -17,6 +18,9 @@ using OffsetMap = std::function<std::optional<std::int64_t>(std::int64_t)>;
 // the map. Fails, leaving the node unspecified, when an offset has no new place or no longer fits
 // its field.
 bool remapChunkOffsets(BoxNode& node, const OffsetMap& map, QString* error);
+
+// Every chunk offset of the 'stco' and 'co64' tables below the node, in the order of the boxes.
+std::vector<std::int64_t> chunkOffsetsOf(const BoxNode& node);
 
 // True when some box below the node holds file offsets that remapChunkOffsets does not fix.
 bool holdsOtherFileOffsets(const BoxNode& node, QString* which);

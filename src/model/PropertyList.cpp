@@ -25,4 +25,20 @@ PropertyListResult readPropertyListFile(const QString& path)
     return readPropertyList(file.readAll());
 }
 
+QString propertyListReadBackProblem(const QString& path, const QByteArray& xml)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly) || file.size() != xml.size())
+        return QStringLiteral("the property list does not read back whole");
+    const QByteArray bytes = file.readAll();
+    if (bytes != xml)
+        return QStringLiteral("the property list's bytes differ from those written");
+    const PropertyListResult read = readPropertyList(bytes);
+    if (!read.value)
+        return QStringLiteral("the property list does not read back: %1").arg(read.error);
+    if (writePropertyListXml(*read.value).xml != xml)
+        return QStringLiteral("the property list does not read back to the values written");
+    return {};
+}
+
 }  // namespace pelorin

@@ -31,6 +31,10 @@ struct PropertyListXml {
 };
 PropertyListXml writePropertyListXml(const QVariant& value);
 
+// The read-back of a written list: the file at path must hold xml and read as a list that
+// writes out as the same XML, so no value was lost on the way. Why not, or empty.
+QString propertyListReadBackProblem(const QString& path, const QByteArray& xml);
+
 namespace plist_detail {
 constexpr int kMaxDepth = 256;
 constexpr qint64 kMaxValues = 4'000'000;

@@ -1,6 +1,7 @@
 #include "model/SafeOutput.h"
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QRandomGenerator>
 
@@ -18,7 +19,36 @@
 namespace pelorin {
 namespace {
 
-QString errnoText(int err) { return QString::fromLocal8Bit(std::strerror(err)); }
+QString errnoText(int err) { return writeErrorText(err); }
+
+std::function<void(int)>& pendingOutputHook()
+{
+    static std::function<void(int)> hook;
+    return hook;
+}
+
+// Up to length bytes of the file at offset; fewer only at its end.
+QByteArray readAt(QFile& file, qint64 offset, qint64 length)
+{
+    if (!file.seek(offset))
+        return {};
+    return file.read(length);
+}
+
+// The copy's size and its first and last bytes are the source's.
+QString copyProblem(const QString& sourcePath, const QString& pendingPath)
+{
+    QFile source(sourcePath), copy(pendingPath);
+    if (!source.open(QIODevice::ReadOnly) || !copy.open(QIODevice::ReadOnly))
+        return QStringLiteral("the copy cannot be read back");
+    if (copy.size() != source.size())
+        return QStringLiteral("the copy holds %1 bytes, the source %2").arg(copy.size()).arg(source.size());
+    constexpr qint64 kEnds = 64 * 1024;
+    const qint64 tail = qMax<qint64>(0, source.size() - kEnds);
+    if (readAt(copy, 0, kEnds) != readAt(source, 0, kEnds) || readAt(copy, tail, kEnds) != readAt(source, tail, kEnds))
+        return QStringLiteral("the copy's bytes differ from the source's");
+    return {};
+}
 
 QString hiddenTempName(const QString& folder, const QString& target)
 {
@@ -44,6 +74,22 @@ bool writeAll(int fd, const char* data, std::int64_t size, int* err)
 }
 
 }  // namespace
+
+QString writeErrorText(int err)
+{
+    // A full disk, a quota and a file-size limit are one problem to the user, worded alike so
+    // that a batch's skipped items say plainly why they are missing.
+    switch (err) {
+    case ENOSPC:
+        return QStringLiteral("no space left on the output's file system");
+    case EDQUOT:
+        return QStringLiteral("no space left within the disk quota");
+    case EFBIG:
+        return QStringLiteral("no space left for a file this large (file size limit)");
+    default:
+        return QString::fromLocal8Bit(std::strerror(err));
+    }
+}
 
 AtomicFileWriter::AtomicFileWriter(QString targetPath, QString protectedSourcePath,
                                    Durability durability)
@@ -210,6 +256,10 @@ bool AtomicFileWriter::commit()
         discard();
         return fail(QStringLiteral("%1 is the original file; an output never replaces it").arg(target_), 0);
     }
+    if (const QString problem = verificationProblem(); !problem.isEmpty()) {
+        discard();
+        return fail(verificationFailed(problem), 0);
+    }
     if (durability_ == Durability::FlushEach && ::fsync(fd_) != 0) {
         const int err = errno;
         discard();
@@ -224,6 +274,37 @@ bool AtomicFileWriter::commit()
     fd_ = -1;
     return true;
 }
+
+QString AtomicFileWriter::verificationProblem()
+{
+    if (const auto& hook = pendingOutputHook())
+        hook(fd_);
+    struct stat st {};
+    if (::fstat(fd_, &st) != 0)
+        return QStringLiteral("the output cannot be read back");
+    if (st.st_size != written_)
+        return QStringLiteral("the output holds %1 bytes, not the %2 written").arg(st.st_size).arg(written_);
+    return check_ ? check_(pendingPath()) : QString();
+}
+
+QString verifyFinishedOutput(const QString& path, const OutputCheck& check)
+{
+    if (const auto& hook = pendingOutputHook()) {
+        const int fd = ::open(QFile::encodeName(path).constData(), O_RDWR | O_CLOEXEC);
+        if (fd < 0)
+            return QStringLiteral("the output cannot be read back");
+        hook(fd);
+        ::close(fd);
+    }
+    return check ? check(path) : QString();
+}
+
+QString verificationFailed(const QString& problem)
+{
+    return QStringLiteral("verification failed: %1").arg(problem);
+}
+
+void setPendingOutputHookForTests(std::function<void(int fd)> hook) { pendingOutputHook() = std::move(hook); }
 
 void AtomicFileWriter::discard()
 {
@@ -266,9 +347,11 @@ QString storageOutputPath(const QString& folder, const QString& fileName, const 
 }
 
 bool writeFileAtomically(const QString& target, QByteArrayView bytes,
-                         const QString& protectedSource, QString* error, Durability durability)
+                         const QString& protectedSource, QString* error, Durability durability,
+                         const OutputCheck& check)
 {
     AtomicFileWriter writer(target, protectedSource, durability);
+    writer.setCheck(check);
     const bool ok = writer.open() && writer.write(bytes) && writer.commit();
     if (!ok && error)
         *error = writer.error();
@@ -279,6 +362,7 @@ bool copyFileAtomically(const QString& source, const QString& target, QString* e
                         Durability durability)
 {
     AtomicFileWriter writer(target, source, durability);
+    writer.setCheck([&source](const QString& pending) { return copyProblem(source, pending); });
     const bool ok = writer.open() && writer.cloneFrom(source) && writer.commit();
     if (!ok && error)
         *error = writer.error();

@@ -4,6 +4,7 @@
 #include <QString>
 
 #include <cstdint>
+#include <functional>
 
 namespace pelorin {
 
@@ -11,6 +12,10 @@ namespace pelorin {
 // whole batch by flushFileSystem() after the last file, which costs one flush instead of one per
 // file. Either way a crash of the program never leaves a partial file under an output's name.
 enum class Durability { FlushEach, Deferred };
+
+// A look at a finished output before it takes its name: why it must not, or empty. It reads the
+// output from the path it is given (the unnamed temporary file).
+using OutputCheck = std::function<QString(const QString& pendingPath)>;
 
 // Writes one output file so that the target name only ever holds a complete file: the bytes go
 // into an unnamed (or hidden) temporary file in the target's folder, are flushed to disk, and
@@ -33,6 +38,9 @@ public:
     // Makes the output a copy of the whole source file, sharing its blocks where the file
     // system can (reflink), else copying in the kernel. Only on a freshly opened writer.
     bool cloneFrom(const QString& sourcePath);
+    // The read-back commit() runs on the finished bytes: a problem it names discards the output
+    // with "verification failed: <problem>" and nothing takes the target's name.
+    void setCheck(OutputCheck check) { check_ = std::move(check); }
     bool commit();
     void discard();
 
@@ -45,6 +53,7 @@ public:
 
 private:
     bool fail(const QString& what, int err);
+    QString verificationProblem();
     bool linkIntoPlace();
 
     QString target_;
@@ -54,8 +63,20 @@ private:
     int fd_ = -1;
     Durability durability_ = Durability::FlushEach;
     std::int64_t written_ = 0;
+    OutputCheck check_;
     QString error_;
 };
+
+// The verification of commit() for an output written outside an AtomicFileWriter (a copy that a
+// library edits in place, under a hidden name): why it may not take its name, or empty.
+QString verifyFinishedOutput(const QString& path, const OutputCheck& check);
+
+// The words every refused output's reason starts with.
+QString verificationFailed(const QString& problem);
+
+// For tests only: runs on every finished output (its descriptor, open for reading and writing)
+// just before it is verified, so a test can plant the fault of a broken writer. Empty removes it.
+void setPendingOutputHookForTests(std::function<void(int fd)> hook);
 
 // Creates a folder with its intermediate folders; false with the reason when it cannot.
 bool ensureFolder(const QString& folder, QString* error = nullptr);
@@ -67,13 +88,19 @@ QString storageOutputPath(const QString& folder, const QString& fileName,
 // One-shot helpers over AtomicFileWriter.
 bool writeFileAtomically(const QString& target, QByteArrayView bytes,
                          const QString& protectedSource, QString* error,
-                         Durability durability = Durability::FlushEach);
+                         Durability durability = Durability::FlushEach, const OutputCheck& check = {});
+// A copy is verified to hold the source's size and its first and last bytes, which catches a
+// short or misdirected copy without reading the whole file twice.
 bool copyFileAtomically(const QString& source, const QString& target, QString* error,
                         Durability durability = Durability::FlushEach);
 
 // Forces everything written to the file system that holds the folder to disk (after a batch
 // of Deferred writes).
 bool flushFileSystem(const QString& folder);
+
+// The reason for a failed write or create: a full disk, a quota and a file-size limit all read
+// "no space left ..."; anything else is the system's own text.
+QString writeErrorText(int err);
 
 // True when both paths name the same existing file (same device and inode).
 bool isSameFile(const QString& a, const QString& b);

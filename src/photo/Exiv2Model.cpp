@@ -98,6 +98,15 @@ void setExif(Metadata m, const std::string& exiv2Key, const QString& modelKey, c
     }
 }
 
+}  // namespace
+
+bool describesImageData(const QString& group, const QString& modelKey)
+{
+    return group == kTiff && !writableTiffTags().contains(exiv2Name(tiffRenames(), modelKey));
+}
+
+namespace {
+
 void applyExifGroup(Metadata m, const QString& group, const QVariantMap& wanted, QStringList* warnings)
 {
     const QVariantMap current = currentGroup(m, group);
@@ -108,9 +117,7 @@ void applyExifGroup(Metadata m, const QString& group, const QVariantMap& wanted,
             return "Exif.Photo." + exiv2Name(exifRenames(), modelKey).toStdString();
         return "Exif.GPSInfo." + gpsTagName(modelKey).toStdString();
     };
-    auto writable = [&](const QString& modelKey) {
-        return group != kTiff || writableTiffTags().contains(exiv2Name(tiffRenames(), modelKey));
-    };
+    auto writable = [&](const QString& modelKey) { return !describesImageData(group, modelKey); };
     for (auto it = current.cbegin(); it != current.cend(); ++it) {
         if (wanted.contains(it.key()) || !writable(it.key()))
             continue;
@@ -260,9 +267,12 @@ void removeGroup(Metadata m, const QString& group)
 {
     if (group == kExif) {
         // The Exif directory with everything hanging from it: interoperability, maker notes.
+        // A DNG carries the camera's maker notes (serial numbers among them) in IFD0's
+        // DNGPrivateData instead, so that goes with them.
         deleteExifWhere(m.exif, [](const Exiv2::Exifdatum& d) {
             const std::string g = d.groupName();
-            return g == "Photo" || g == "Iop" || g == "MakerNote" || Exiv2::ExifTags::isMakerGroup(g);
+            return g == "Photo" || g == "Iop" || g == "MakerNote" || Exiv2::ExifTags::isMakerGroup(g)
+                   || d.key() == "Exif.Image.DNGPrivateData";
         });
         deleteXmpWhere(m.xmp, [](const QString& k) { return isExifMirrorInXmp(k) && !isGpsInXmp(k); });
     } else if (group == kGps) {
@@ -520,6 +530,15 @@ void removeAll(Metadata metadata)
     metadata.xmp.clear();
     if (hasOrientation)
         metadata.exif["Exif.Image.Orientation"] = value;
+}
+
+QVariantMap modelOf(Exiv2::Image& image)
+{
+    QVariantMap model;
+    readExif(image.exifData(), &model);
+    readIptc(image.iptcData(), &model);
+    readXmp(image.xmpData(), &model);
+    return model;
 }
 
 bool sameValue(const QVariant& a, const QVariant& b)

@@ -15,6 +15,8 @@ namespace pelorin::exiv2_model {
 void readExif(const Exiv2::ExifData& exif, QVariantMap* properties);
 void readIptc(const Exiv2::IptcData& iptc, QVariantMap* properties);
 void readXmp(const Exiv2::XmpData& xmp, QVariantMap* properties);
+// The groups of all three that an opened image holds.
+QVariantMap modelOf(Exiv2::Image& image);
 
 struct Metadata {
     Exiv2::ExifData& exif;
@@ -25,6 +27,9 @@ struct Metadata {
 // Model keys this layer can change: the groups above and the top-level "Orientation".
 bool isWritableKey(const QString& key);
 bool isModelGroup(const QString& key);
+// True for the values of a group that describe the image data (sizes, strips, compression):
+// a writer keeps them as the file has them, whatever the change asks.
+bool describesImageData(const QString& group, const QString& modelKey);
 
 // Makes one group of the metadata equal to content (a dictionary), writing only the values
 // that differ and leaving data the model does not show (maker notes, image structure) alone;

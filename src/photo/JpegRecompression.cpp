@@ -21,10 +21,6 @@
 namespace pelorin {
 namespace {
 
-// Pictures larger than this are refused rather than decoded (a hostile header can claim any
-// size).
-constexpr qint64 kMaxPixels = qint64(20000) * 20000;
-
 std::optional<QByteArray> encodeJpeg(const QImage& picture)
 {
     QBuffer buffer;
@@ -32,13 +28,23 @@ std::optional<QByteArray> encodeJpeg(const QImage& picture)
     QImageWriter writer(&buffer, "jpeg");
     writer.setQuality(kSmallCopyJpegQuality);
     writer.setProgressiveScanWrite(false);
-    // A fresh image: JPEG has no transparency (transparent parts become white, as on a page),
-    // and Qt would write a decoded image's text chunks as JPEG comments.
-    QImage opaque(picture.size(), QImage::Format_RGB32);
-    opaque.fill(Qt::white);
-    QPainter painter(&opaque);
-    painter.drawImage(0, 0, picture);
-    painter.end();
+    // A fresh image, since Qt would write a decoded image's text chunks as JPEG comments. A
+    // decoded JPEG's pixels are only wrapped (no second copy of a large picture); others are
+    // painted on white: transparent parts become white, as on a page.
+    QImage opaque;
+    const QImage::Format format = picture.format();
+    if (format == QImage::Format_RGB32 || format == QImage::Format_RGB888 || format == QImage::Format_Grayscale8) {
+        opaque = QImage(picture.constBits(), picture.width(), picture.height(), picture.bytesPerLine(),
+                        picture.format());
+    } else {
+        opaque = QImage(picture.size(), QImage::Format_RGB32);
+        if (opaque.isNull())
+            return std::nullopt;
+        opaque.fill(Qt::white);
+        QPainter painter(&opaque);
+        painter.drawImage(0, 0, picture);
+        painter.end();
+    }
     if (!writer.write(opaque))
         return std::nullopt;
     return buffer.data();
@@ -89,10 +95,18 @@ QImage decodeUprightPhoto(const QString& path, QString* error)
     QImageReader reader(&file);
     reader.setAutoTransform(true);
     const QSize size = reader.size();
-    if (size.isValid() && qint64(size.width()) * size.height() > kMaxPixels) {
-        *error = QStringLiteral("the picture is too large to decode");
+    const qint64 pixels = size.isValid() ? qint64(size.width()) * size.height() : 0;
+    if (pixels > kMaxReencodedPixels) {
+        *error = QStringLiteral("the picture is too large to be re-encoded (%1 x %2 pixels, %3 megapixels; "
+                                "the limit is %4)")
+                     .arg(size.width())
+                     .arg(size.height())
+                     .arg(pixels / 1000000)
+                     .arg(kMaxReencodedPixels / 1000000);
         return {};
     }
+    // Qt's default limit (256 MB) would refuse pictures that the limit above lets through.
+    reader.setAllocationLimit(int(kMaxReencodedPixels * 4 / (1024 * 1024)) + 1);
     const QImage picture = reader.read();
     if (picture.isNull())
         *error = QStringLiteral("cannot decode the picture: %1").arg(reader.errorString());

@@ -13,6 +13,11 @@ namespace pelorin {
 // without the blocks that quality 10 shows in skies and faces.
 constexpr int kSmallCopyJpegQuality = 40;
 
+// Re-encoding holds the whole upright picture in memory, 4 bytes a pixel: larger pictures are
+// refused with the reason. 110 megapixels take in the 102-megapixel medium-format cameras and
+// bound the decoded picture to about 440 MB.
+constexpr qint64 kMaxReencodedPixels = qint64(110) * 1000 * 1000;
+
 // "<folder>/<base>_date.<ext>" for a photo; a PNG (or any non-JPEG) source gives ".jpg", since
 // the copy holds JPEG data. An empty folder means the photo's own folder.
 QString recompressedOutputPath(const QString& sourcePath, const QString& folder = {});

@@ -38,9 +38,13 @@ QString dateStampText(const WallClock& date, const QString& dateFormat)
     return QString::asprintf("%02d/%02d/%04d ", d.month(), d.day(), d.year()) + time;
 }
 
-QImage drawDateStamp(const QImage& picture, const QString& text, const DateStampStyle& style)
+QImage drawDateStamp(QImage picture, const QString& text, const DateStampStyle& style)
 {
-    QImage stamped = picture.convertToFormat(QImage::Format_ARGB32_Premultiplied);
+    // An opaque picture stays opaque, so that the JPEG encoder needs no flattened copy of it;
+    // a moved-in picture is converted in place.
+    const QImage::Format format = picture.hasAlphaChannel() ? QImage::Format_ARGB32_Premultiplied
+                                                            : QImage::Format_RGB32;
+    QImage stamped = std::move(picture).convertToFormat(format);
     const int shorter = qMin(stamped.width(), stamped.height());
     QFont font(stampFontFamily(style.fontFamily));
     font.setPixelSize(qMax(6, int(qRound(style.fontSize * shorter / 1000.0))));
@@ -77,13 +81,13 @@ CommandResult stampPhotoDates(const PhotoSelection& selection, const DateStampSt
         const IKImageItem& item = selection.items[i];
         const QString input = photoInputPath(item, selection.source, context.storageFolder);
         QString error;
-        const QImage upright = decodeUprightPhoto(input, &error);
+        QImage upright = decodeUprightPhoto(input, &error);
         const auto date = upright.isNull() ? std::nullopt : captureDate(input);
         if (upright.isNull() || !date) {
             result.skip(input, upright.isNull() ? error : QStringLiteral("the photo has no date to stamp"));
             continue;
         }
-        const QImage stamped = drawDateStamp(upright, dateStampText(*date, style.dateFormat), style);
+        const QImage stamped = drawDateStamp(std::move(upright), dateStampText(*date, style.dateFormat), style);
         const QString output = context.claimOutput(recompressedOutputPath(input, context.storageFolder), input);
         const qsizetype before = result.written.size();
         compressPhotowithFilePath(input, output, context, result, stamped);

@@ -25,7 +25,7 @@ struct DateStampStyle {
 QString dateStampText(const WallClock& date, const QString& dateFormat);
 
 // The picture with the text drawn in the style's corner, with a margin and a soft shadow.
-QImage drawDateStamp(const QImage& picture, const QString& text, const DateStampStyle& style);
+QImage drawDateStamp(QImage picture, const QString& text, const DateStampStyle& style);
 
 // Stamps each selected photo with its capture date (DateTimeOriginal, else DateTimeDigitized,
 // else its file's modification date) and writes the small JPEG copy

@@ -10,6 +10,7 @@
 #include "photo/PhotoCompleteness.h"
 #include "photo/PhotoFormats.h"
 #include "photo/PhotoLibraries.h"
+#include "photo/PhotoReadBack.h"
 #include "photo/PngTextRemoval.h"
 #include "photo/PhotoProperties.h"
 
@@ -30,6 +31,7 @@ PhotoWriteResult failed(const QString& reason)
 }
 
 QString exiv2Message(const std::exception& e) { return QString::fromLocal8Bit(e.what()); }
+
 
 QByteArray ioBytes(Exiv2::BasicIo& io)
 {
@@ -254,6 +256,7 @@ PhotoWriteResult CopyPhotoWithProperties(const QString& sourcePath, const PhotoC
                     : rewriteCr3Photo(sourcePath, format, changes, outputPath, options);
     }
     QByteArray rewritten;
+    PhotoExpectation expected{source, format, QFileInfo(sourcePath).suffix(), {}, {}};
     if (changes.isEmpty()) {
         rewritten = source;
     } else {
@@ -262,7 +265,14 @@ PhotoWriteResult CopyPhotoWithProperties(const QString& sourcePath, const PhotoC
                                                    long(source.size()));
             image->readMetadata();
             const bool hadIptc = !image->iptcData().empty();
+            if (changes.removeAllMetadata)
+                expected.compared = exiv2_model::modelOf(*image).keys();
             applyPhotoChanges({image->exifData(), image->iptcData(), image->xmpData()}, changes, &result.warnings);
+            expected.written = exiv2_model::modelOf(*image);
+            expected.compared += changes.groups.keys();
+            if (changes.removeAllMetadata)
+                expected.compared += expected.written.keys();
+            expected.compared.removeDuplicates();
             if (changes.removeAllMetadata)
                 image->clearComment();
             if (!format.iptcWritable && !image->iptcData().empty() && !hadIptc)
@@ -285,7 +295,8 @@ PhotoWriteResult CopyPhotoWithProperties(const QString& sourcePath, const PhotoC
     if (rewritten.isEmpty() || detectPhotoFormat(rewritten.left(64), QFileInfo(sourcePath).suffix()).container != format.container)
         return failed(QStringLiteral("the rewritten %1 file did not come out as %1").arg(format.kind));
     QString error;
-    if (!writeFileAtomically(outputPath, rewritten, protectedSource, &error, options.durability))
+    const OutputCheck check = [&expected](const QString& pending) { return photoReadBackProblem(expected, pending); };
+    if (!writeFileAtomically(outputPath, rewritten, protectedSource, &error, options.durability, check))
         return failed(error);
     result.outcome = Outcome::Rewritten;
     result.written << outputPath;

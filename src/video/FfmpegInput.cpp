@@ -1,9 +1,12 @@
 #include "video/FfmpegInput.h"
 
 #include "isobmff/BoxTree.h"
+#include "model/SafeOutput.h"
 
 #include <QFile>
 #include <QtEndian>
+
+#include <cerrno>
 
 extern "C" {
 #include <libavutil/error.h>
@@ -14,6 +17,9 @@ namespace pelorin {
 
 QString ffmpegError(int code)
 {
+    // Lack of space is worded as every other writer words it.
+    if (code == AVERROR(ENOSPC) || code == AVERROR(EDQUOT) || code == AVERROR(EFBIG))
+        return writeErrorText(AVUNERROR(code));
     char text[AV_ERROR_MAX_STRING_SIZE] = {};
     av_strerror(code, text, sizeof text);
     return QString::fromUtf8(text);

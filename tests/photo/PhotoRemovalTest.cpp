@@ -149,6 +149,26 @@ TEST_F(PhotoRemovalTest, ExifAndIptcRemovalsTakeTheirGroupsAndMirrors)
     EXPECT_FALSE(tagsOf(noIptc, {QStringLiteral("ExifIFD:")}).isEmpty());
 }
 
+
+TEST_F(PhotoRemovalTest, ExifRemovalFromADngTakesTheMakerNotesKeptInItsPrivateData)
+{
+    // A DNG keeps the camera's maker notes (with its serial number) in IFD0's
+    // DNGPrivateData, outside the Exif directory.
+    const QString source = copyOf(QStringLiteral("et-Canon350D.dng"));
+    ASSERT_FALSE(tagsOf(exiftool(source, {QStringLiteral("-MakerNotes:all")}),
+                        {QStringLiteral("Canon")}).isEmpty());
+    for (MetadataRemoval what : {MetadataRemoval::Exif, MetadataRemoval::ExifAndGps}) {
+        ASSERT_TRUE(removePhotoMetadata(what, select({source}), context()).succeeded());
+        const QString output = store.filePath(QFileInfo(source).fileName());
+        const QJsonObject makerNotes = exiftool(output, {QStringLiteral("-MakerNotes:all"),
+                                                         QStringLiteral("-DNGPrivateData")});
+        EXPECT_EQ(makerNotes.keys(), QStringList{QStringLiteral("SourceFile")});
+        const QJsonObject kept = exiftool(output);
+        EXPECT_EQ(kept.value(QStringLiteral("IFD0:Model")).toString(), QStringLiteral("Canon EOS 350D DIGITAL"));
+        EXPECT_FALSE(kept.value(QStringLiteral("IFD0:DNGVersion")).isUndefined());
+        QFile::remove(output);
+    }
+}
 TEST_F(PhotoRemovalTest, CameraPhotosAreTakenFromTheStorageFolderUnderPrefixedNames)
 {
     QFile::copy(dataPath(QStringLiteral("et-GPS.jpg")), store.filePath(QStringLiteral("IMG_1.jpg")));

@@ -1,0 +1,101 @@
+#include "photo/PhotoReadBack.h"
+
+#include "photo/Exiv2Model.h"
+#include "photo/PhotoCompleteness.h"
+#include "photo/PhotoPayload.h"
+#include "photo/PhotoProperties.h"
+
+#include <QFile>
+
+namespace pelorin {
+namespace {
+
+bool absent(const QVariant& v) { return !v.isValid() || (v.typeId() == QMetaType::QVariantMap && v.toMap().isEmpty()); }
+
+// "{GPS}/Latitude, {GPS}/Longitude": the values of a group that differ, or the key itself.
+QString whereDifferent(const QString& key, const QVariant& meant, const QVariant& got)
+{
+    if (meant.typeId() != QMetaType::QVariantMap || got.typeId() != QMetaType::QVariantMap)
+        return key;
+    const QVariantMap a = meant.toMap(), b = got.toMap();
+    QStringList differing;
+    for (auto it = a.cbegin(); it != a.cend(); ++it) {
+        if (!b.contains(it.key()) || !exiv2_model::sameValue(it.value(), b.value(it.key())))
+            differing << key + QLatin1Char('/') + it.key();
+    }
+    for (auto it = b.cbegin(); it != b.cend(); ++it) {
+        if (!a.contains(it.key()))
+            differing << key + QLatin1Char('/') + it.key();
+    }
+    return differing.isEmpty() ? key : differing.join(QStringLiteral(", "));
+}
+
+// The values a writer controls: a group without those describing the image data.
+QVariant controlled(const QString& key, const QVariant& value)
+{
+    if (value.typeId() != QMetaType::QVariantMap)
+        return value;
+    QVariantMap values = value.toMap();
+    values.removeIf([&](const auto& it) { return exiv2_model::describesImageData(key, it.key()); });
+    return values;
+}
+
+// The TIFF writer keeps the resolution and colour tags of a TIFF's main image with its pixels,
+// so removing them (with all metadata, say) leaves them in place.
+QVariant withTiffImageTagsKept(const QVariant& meant, const QVariant& got)
+{
+    static const QStringList kept{QStringLiteral("XResolution"), QStringLiteral("YResolution"),
+                                  QStringLiteral("ResolutionUnit"), QStringLiteral("WhitePoint"),
+                                  QStringLiteral("PrimaryChromaticities")};
+    const QVariantMap wanted = meant.toMap();
+    QVariantMap found = got.toMap();
+    for (const QString& key : kept) {
+        if (!wanted.contains(key))
+            found.remove(key);
+    }
+    return found;
+}
+
+}  // namespace
+
+QVariantMap photoModelOf(const QByteArray& photo)
+{
+    auto image = Exiv2::ImageFactory::open(reinterpret_cast<const Exiv2::byte*>(photo.constData()), long(photo.size()));
+    image->readMetadata();
+    return exiv2_model::modelOf(*image);
+}
+
+QString photoReadBackProblem(const PhotoExpectation& expected, const QString& pendingPath)
+{
+    QFile file(pendingPath);
+    if (!file.open(QIODevice::ReadOnly) || file.size() > kMaxPhotoFileSize)
+        return QStringLiteral("the output cannot be read back");
+    const QByteArray output = file.readAll();
+    const PhotoContainer container = expected.format.container;
+    if (detectPhotoFormat(output.left(64), expected.extension).container != container)
+        return QStringLiteral("the output is not a %1 file").arg(expected.format.kind);
+    if (!photoDataComplete(output, expected.format))
+        return QStringLiteral("the output %1 file is incomplete").arg(expected.format.kind);
+    if (const QString payload = photoPayloadDifference(expected.source, output, container); !payload.isEmpty())
+        return payload;
+    if (expected.compared.isEmpty())
+        return {};
+    QVariantMap found;
+    try {
+        found = photoModelOf(output);
+    } catch (const std::exception& e) {
+        return QStringLiteral("the output's metadata cannot be read: %1").arg(QString::fromLocal8Bit(e.what()));
+    }
+    for (const QString& key : expected.compared) {
+        const QVariant meant = controlled(key, expected.written.value(key));
+        QVariant got = controlled(key, found.value(key));
+        if (container == PhotoContainer::Tiff && key == QLatin1String("{TIFF}"))
+            got = withTiffImageTagsKept(meant, got);
+        if (absent(meant) ? !absent(got) : !exiv2_model::sameValue(meant, got))
+            return absent(meant) ? QStringLiteral("%1 is still in the output").arg(key)
+                                 : QStringLiteral("%1 does not read back as written").arg(whereDifferent(key, meant, got));
+    }
+    return {};
+}
+
+}  // namespace pelorin

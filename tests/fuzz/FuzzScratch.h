@@ -5,6 +5,7 @@
 #include "model/CommandResult.h"
 
 #include <QByteArray>
+#include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -47,7 +48,8 @@ public:
         if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
             std::abort();
         file.write(reinterpret_cast<const char*>(data), qint64(size));
-        return file.fileName();
+        input_ = file.fileName();
+        return input_;
     }
 
     // Aborts when the output folder holds anything but the expected files, or when more files
@@ -82,6 +84,34 @@ public:
     {
         checkWritten(result.written);
         require(!result.written.isEmpty() || !result.skipped.isEmpty() || result.alert, "nothing written and no reason");
+        QStringList reasons;
+        for (const SkippedItem& item : result.skipped)
+            reasons.append(item.reason);
+        keepIfRefusedByVerification(reasons);
+    }
+
+    // An output the read-back refused is right for a damaged input but a false alarm for a
+    // sound one: with PELORIN_FUZZ_KEEP set, such inputs are kept there (with the reasons) so
+    // that someone can look at them; the run goes on.
+    void keepIfRefusedByVerification(const QStringList& reasons) const
+    {
+        static const QString keep = qEnvironmentVariable("PELORIN_FUZZ_KEEP");
+        static int kept = 0;
+        const QStringList refusals = reasons.filter(QLatin1String("verification failed"));
+        QFile input(input_);
+        if (keep.isEmpty() || kept >= 500 || refusals.isEmpty() || !input.open(QIODevice::ReadOnly)
+            || !QDir().mkpath(keep))
+            return;
+        const QByteArray bytes = input.readAll();
+        const QString name = QDir(keep).filePath(QString::fromLatin1(
+            QCryptographicHash::hash(bytes, QCryptographicHash::Sha1).toHex()));
+        QFile copy(name);
+        QFile why(name + QStringLiteral(".txt"));
+        if (copy.exists() || !copy.open(QIODevice::WriteOnly) || !why.open(QIODevice::WriteOnly))
+            return;
+        copy.write(bytes);
+        why.write(refusals.join(QLatin1Char('\n')).toUtf8() + '\n');
+        ++kept;
     }
 
 private:
@@ -97,6 +127,7 @@ private:
     static int openFileCount() { return int(QDir(QStringLiteral("/proc/self/fd")).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::System).size()); }
 
     QTemporaryDir dir_;
+    QString input_;
     int openFiles_ = 0;
 };
 

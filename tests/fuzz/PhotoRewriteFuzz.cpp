@@ -59,6 +59,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         const PhotoWriteResult result = CopyPhotoWithProperties(input, *changes, output, options);
         scratch.checkWritten(result.written);
         fuzz::require(result.ok() || !result.reason.isEmpty(), "a failed rewrite gives no reason");
+        scratch.keepIfRefusedByVerification({result.reason});
         if (result.outcome != PhotoWriteResult::Outcome::Rewritten)
             continue;
         const PhotoProperties after = readPhotoProperties(output);

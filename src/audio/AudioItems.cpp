@@ -98,10 +98,11 @@ QString unknownTextFrame(const TagLib::ID3v2::UnknownFrame* frame)
     const TagLib::ByteVector data = frame->data();
     if (data.isEmpty() || frame->frameID()[0] != 'T')
         return {};
-    const auto encoding = static_cast<TagLib::String::Type>(static_cast<unsigned char>(data[0]));
+    // The byte is checked before it becomes an encoding: other values are no encoding at all.
+    const unsigned char encoding = static_cast<unsigned char>(data[0]);
     if (encoding > TagLib::String::UTF8)
         return {};
-    QString text = toQString(TagLib::String(data.mid(1), encoding));
+    QString text = toQString(TagLib::String(data.mid(1), static_cast<TagLib::String::Type>(encoding)));
     while (text.endsWith(QChar(0)))
         text.chop(1);
     return text;

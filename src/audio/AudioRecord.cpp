@@ -137,7 +137,7 @@ void applyIndexAttributes(const QVariantMap& attributes, IKImageItem& record)
 {
     if (const QVariant d = attributes.value(QStringLiteral("kMDItemDurationSeconds")); d.isValid()) {
         record.fileduration = d.toDouble();
-        record.fileduratStr = getMediaDuration(static_cast<std::int32_t>(record.fileduration));
+        record.fileduratStr = mediaDurationText(record.fileduration);
     }
     if (const QVariant k = attributes.value(QStringLiteral("kMDItemKind")); k.isValid() && !k.toString().isEmpty())
         record.fileType = k.toString();

@@ -25,9 +25,23 @@ std::optional<std::vector<std::int64_t>> movieChunkOffsets(FileByteSource& file,
     return chunkOffsetsOf(*node);
 }
 
-QByteArray chunkHead(FileByteSource& file, std::int64_t offset)
+// Where the top-level box holding offset ends (the file's end when none does).
+std::int64_t endOfBoxAt(const BoxTree& tree, std::int64_t offset, std::int64_t fileSize)
 {
-    const std::int64_t length = std::min(kChunkHead, file.size() - offset);
+    for (const Box& box : tree.boxes) {
+        if (offset >= box.offset && offset < box.end())
+            return std::min(fileSize, box.end());
+    }
+    return fileSize;
+}
+
+// The first bytes at offset, never past end: a short chunk at the end of the media data is
+// followed by the movie box, which an edit changes.
+QByteArray chunkHead(FileByteSource& file, std::int64_t offset, std::int64_t end = -1)
+{
+    if (end < 0)
+        end = file.size();
+    const std::int64_t length = std::min(kChunkHead, end - offset);
     QByteArray head(qsizetype(std::max<std::int64_t>(length, 0)), Qt::Uninitialized);
     if (offset < 0 || length <= 0 || !file.readInto(offset, head.data(), length))
         return {};
@@ -111,8 +125,8 @@ QString isoMediaReadBackProblem(FileByteSource& source, const BoxTree& sourceTre
     if (after->size() != before->size())
         return QStringLiteral("the output has %1 media chunks, the source %2").arg(after->size()).arg(before->size());
     for (std::size_t i = 0; i < before->size(); ++i) {
-        const QByteArray was = chunkHead(source, (*before)[i]);
-        if (chunkHead(output, (*after)[i]) != was)
+        const QByteArray was = chunkHead(source, (*before)[i], endOfBoxAt(sourceTree, (*before)[i], source.size()));
+        if (chunkHead(output, (*after)[i], endOfBoxAt(tree, (*after)[i], output.size())) != was)
             return QStringLiteral("media chunk %1 of %2 does not hold the source's samples").arg(i + 1).arg(before->size());
     }
     return {};

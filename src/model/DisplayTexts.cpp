@@ -1,6 +1,8 @@
 #include "model/DisplayTexts.h"
 
+#include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include <cstdio>
 
@@ -43,6 +45,14 @@ QString getMediaDuration(std::int32_t n)
     if (n < 3600)
         return QString::asprintf("%dm:%ds", n / 60, n % 60);
     return QString::asprintf("%dh:%dm:%ds", n / 3600, (n % 3600) / 60, n % 60);
+}
+
+QString mediaDurationText(double seconds)
+{
+    constexpr double longest = std::numeric_limits<std::int32_t>::max();
+    if (!(seconds > 0))
+        return getMediaDuration(0);
+    return getMediaDuration(std::int32_t(std::min(seconds, longest)));
 }
 
 QString decimalText(double value, int decimals)

@@ -18,6 +18,10 @@ QString sizeText(std::uint64_t size);
 
 // Whole seconds as display text: "59s", "1m:0s", "1h:1m:1s".
 QString getMediaDuration(std::int32_t seconds);
+// The same from a duration in seconds as a container states it: the fraction is dropped, and
+// a duration no clock shows (negative, not a number, or beyond the range, as a damaged header
+// gives) is shown as none or as the longest.
+QString mediaDurationText(double seconds);
 
 // A number rounded to at most `decimals` places, without trailing zeros: a degree value computed
 // from rationals reads 2.2945, not 2.2944999999999998. Coordinates use 6 places (about 10 cm).

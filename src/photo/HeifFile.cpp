@@ -278,7 +278,7 @@ QImage decodeHandle(const heif_image_handle* handle, QString* error)
 bool looksLikeHeif(const QByteArray& head)
 {
     static const char* const kBrands[] = {"heic", "heix", "hevc", "heim", "heis",
-                                          "hevm", "hevs", "mif1", "msf1", "avif"};
+                                          "hevm", "hevs", "mif1", "msf1", "avif", "avis"};
     if (head.size() < 16 || head.mid(4, 4) != "ftyp")
         return false;
     qint64 boxSize = qFromBigEndian<quint32>(head.constData());

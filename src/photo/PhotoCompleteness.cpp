@@ -43,6 +43,10 @@ bool jpegComplete(const QByteArray& b)
 
 bool pngComplete(const QByteArray& b)
 {
+    // The header chunk comes first in every PNG. exiv2 inserts metadata after it; without it
+    // exiv2 writes a file that keeps none of the metadata, old or new.
+    if (b.mid(12, 4) != "IHDR")
+        return false;
     qsizetype pos = 8;
     while (pos + 12 <= b.size()) {
         const quint32 length = big32(b, pos);

@@ -26,6 +26,7 @@ constexpr qint64 kMaxPhotoFileSize = qint64(2) * 1024 * 1024 * 1024 - 1;
 
 PhotoProperties readPhotoProperties(const QString& path);
 // The same for bytes already in memory; the extension helps tell TIFF-based RAW kinds apart.
+// HEIF and AVIF are read from their file only: for them this gives an error.
 PhotoProperties readPhotoProperties(const QByteArray& bytes, const QString& extension);
 
 }  // namespace pelorin

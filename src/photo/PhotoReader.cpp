@@ -79,9 +79,11 @@ void addImageFacts(const QByteArray& bytes, PhotoProperties* info)
             p.insert(QStringLiteral("PixelHeight"), qlonglong(size.height()));
         }
     }
-    // A damaged header can leave the decoder's answer unset: only a real format is used.
-    const QImage::Format format = reader.canRead() ? reader.imageFormat() : QImage::Format_Invalid;
-    if (format > QImage::Format_Invalid && format < QImage::NImageFormats) {
+    // A damaged header can leave the decoder's answer unset (any bits): it is checked as a
+    // number, and only a real format is used.
+    const int formatNumber = reader.canRead() ? int(reader.imageFormat()) : int(QImage::Format_Invalid);
+    if (formatNumber > QImage::Format_Invalid && formatNumber < QImage::NImageFormats) {
+        const auto format = QImage::Format(formatNumber);
         const QPixelFormat pixel = QImage::toPixelFormat(format);
         p.insert(QStringLiteral("HasAlpha"), pixel.alphaUsage() == QPixelFormat::UsesAlpha);
         const bool gray = format == QImage::Format_Grayscale8 || format == QImage::Format_Grayscale16
@@ -223,6 +225,11 @@ PhotoProperties readPhotoProperties(const QByteArray& bytes, const QString& exte
                                  : damagedPhotoReason();
                 return info;
             }
+        } else if (info.format.container == PhotoContainer::Heif) {
+            // exiv2 0.27 takes these for QuickTime movies and trusts their box sizes (a
+            // 114-byte file asked it for 2 GB); they are read through libheif, from the file.
+            info.error = QStringLiteral("the %1 metadata is read from the file only").arg(info.format.kind);
+            return info;
         } else if (info.format.exiv2Readable) {
             readWithExiv2(bytes, &info);
         }

@@ -1,8 +1,10 @@
 #include "video/FfmpegInput.h"
 
+#include "isobmff/BoxTree.h"
 #include "model/SafeOutput.h"
 
 #include <QFile>
+#include <QtEndian>
 
 #include <cerrno>
 
@@ -23,9 +25,39 @@ QString ffmpegError(int code)
     return QString::fromUtf8(text);
 }
 
+namespace {
+
+// FFmpeg allocates a 'keys' table for the count the box states before it reads the entries, so
+// a damaged count (up to four billion) costs it gigabytes of zeroed memory. Every entry takes at
+// least 8 bytes; a table that counts more than its box holds would fail in FFmpeg anyway.
+bool keyCountsFit(ByteSource& source, const std::vector<Box>& boxes)
+{
+    for (const Box& box : boxes) {
+        if (box.is("keys")) {
+            const QByteArray head = source.read(box.payloadOffset(), 8);
+            if (head.size() < 8 || qFromBigEndian<quint32>(head.constData() + 4) > (box.payloadSize() - 8) / 8)
+                return false;
+        }
+        if (box.container && !keyCountsFit(source, box.children))
+            return false;
+    }
+    return true;
+}
+
+}  // namespace
+
 MovieInput openContainerInput(const QString& path, QString* error)
 {
     av_log_set_level(AV_LOG_QUIET);
+    FileByteSource source(path);
+    if (source.open(nullptr)) {
+        const BoxTree tree = readBoxTree(source);
+        if (tree.top("moov") && !keyCountsFit(source, tree.boxes)) {
+            if (error)
+                *error = QStringLiteral("the movie's metadata key table counts more keys than it holds");
+            return nullptr;
+        }
+    }
     AVFormatContext* raw = nullptr;
     const int status = avformat_open_input(&raw, QFile::encodeName(path).constData(), nullptr, nullptr);
     if (status < 0) {

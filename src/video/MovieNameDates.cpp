@@ -1,5 +1,7 @@
 #include "video/MovieNameDates.h"
 
+#include "model/DateText.h"
+
 #include <QDate>
 #include <QRegularExpression>
 #include <QStringList>
@@ -119,7 +121,9 @@ std::optional<QString> manualDateTextFromName(const QString& baseName)
 std::optional<QString> dateTextFromFileName(const QString& baseName)
 {
     const std::optional<QString> manual = manualDateTextFromName(baseName);
-    if (manual && detectDateText(*manual))
+    // The manual parse reassembles any digits and separators ("2016.05.01 beach" gives
+    // "2016.05.01 00:00:00"): it counts only when it is a whole date text itself.
+    if (manual && parseDateText(*manual, DateTextForm::Exif) && detectDateText(*manual))
         return manual;
     // A manual text that holds no date is not written: it would only plant a wrong date.
     return detectDateText(baseName);

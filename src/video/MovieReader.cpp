@@ -54,7 +54,7 @@ void applyIndexAttributes(IKImageItem& item, const QVariantMap& attributes)
     const auto value = [&](const char* key) { return attributes.value(QLatin1String(key)); };
     if (has("kMDItemDurationSeconds")) {
         item.fileduration = value("kMDItemDurationSeconds").toDouble();
-        item.fileduratStr = getMediaDuration(std::int32_t(item.fileduration));
+        item.fileduratStr = mediaDurationText(item.fileduration);
     }
     if (has("kMDItemKind"))
         item.fileType = value("kMDItemKind").toString();

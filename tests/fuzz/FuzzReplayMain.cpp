@@ -31,7 +31,7 @@ int main(int argc, char** argv)
         LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(input.constData()),
                                static_cast<std::size_t>(input.size()));
     QRandomGenerator random(20261121);
-    for (int round = 0; round < 20000; ++round) {
+    for (int round = 0; round < PELORIN_REPLAY_ROUNDS; ++round) {
         QByteArray input = inputs[random.bounded(static_cast<int>(inputs.size()))];
         const int edits = 1 + random.bounded(8);
         for (int e = 0; e < edits; ++e) {
@@ -49,6 +49,6 @@ int main(int argc, char** argv)
         LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(input.constData()),
                                static_cast<std::size_t>(input.size()));
     }
-    std::printf("%zu corpus files and 20000 mutations ran\n", inputs.size());
+    std::printf("%zu corpus files and %d mutations ran\n", inputs.size(), PELORIN_REPLAY_ROUNDS);
     return 0;
 }

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstring>
 
 namespace pelorin {
@@ -49,6 +50,11 @@ TEST(DisplayTexts, DurationTexts)
     EXPECT_EQ(getMediaDuration(3600), QStringLiteral("1h:0m:0s"));
     EXPECT_EQ(getMediaDuration(3661), QStringLiteral("1h:1m:1s"));
     EXPECT_EQ(getMediaDuration(360000), QStringLiteral("100h:0m:0s"));
+    // Durations as containers state them: fractions dropped, nonsense shown as none or the longest.
+    EXPECT_EQ(mediaDurationText(61.9), QStringLiteral("1m:1s"));
+    EXPECT_EQ(mediaDurationText(-3), QStringLiteral("0s"));
+    EXPECT_EQ(mediaDurationText(std::nan("")), QStringLiteral("0s"));
+    EXPECT_EQ(mediaDurationText(4294967280.0), QStringLiteral("596523h:14m:7s"));
 }
 
 }  // namespace

@@ -1,4 +1,5 @@
 #include "photo/HeifFile.h"
+#include "photo/PhotoProperties.h"
 
 #include "TestPaths.h"
 
@@ -9,6 +10,7 @@
 #include <QProcess>
 #include <QStandardPaths>
 #include <QTemporaryDir>
+#include <QtEndian>
 
 #include <gtest/gtest.h>
 
@@ -140,6 +142,32 @@ TEST(HeifFileTest, AlphaAndImageCountOfAnEncodedFile)
     EXPECT_LT(qAlpha(decoded.pixel(5, 15)), 16);
     EXPECT_GT(qAlpha(decoded.pixel(35, 15)), 240);
     EXPECT_GT(qRed(decoded.pixel(35, 15)), 150);
+}
+
+// An image sequence may name no brand but 'avis'. It goes to libheif, which gives its reason; it
+// is never taken for a QuickTime movie by exiv2 (which trusts the box sizes of such files and
+// showed movie fields as the photo's XMP).
+TEST(HeifFileTest, AvifSequenceNamingOnlyItsSequenceBrandIsNotReadAsAMovie)
+{
+    if (QStandardPaths::findExecutable(QStringLiteral("ffmpeg")).isEmpty())
+        GTEST_SKIP() << "ffmpeg is not installed";
+    QTemporaryDir dir;
+    const QString avif = dir.filePath(QStringLiteral("sequence.avif"));
+    run(QStringLiteral("ffmpeg"), {"-v", "error", "-f", "lavfi", "-i", "testsrc=size=64x48:rate=10:d=0.3",
+                                   "-c:v", "libaom-av1", "-cpu-used", "8", avif});
+    QByteArray bytes = readAll(avif);
+    ASSERT_EQ(bytes.mid(4, 8), QByteArray("ftypavis"));
+    const int ftypSize = int(qFromBigEndian<quint32>(bytes.constData()));
+    for (int at = 16; at + 4 <= ftypSize; at += 4)
+        bytes.replace(at, 4, "avis");
+    ASSERT_TRUE(writeAll(avif, bytes));
+    EXPECT_TRUE(looksLikeHeif(bytes.left(64)));
+
+    for (const PhotoProperties& photo : {readPhotoProperties(avif), readPhotoProperties(bytes, QStringLiteral("avif"))}) {
+        EXPECT_FALSE(photo.ok());
+        EXPECT_FALSE(photo.error.isEmpty());
+        EXPECT_FALSE(photo.properties.contains(QStringLiteral("{XMP}")));
+    }
 }
 
 TEST(HeifFileTest, DamagedOrForeignFilesGiveErrors)

@@ -1,4 +1,5 @@
 #include "photo/PhotoCompleteness.h"
+#include "photo/PhotoRewrite.h"
 
 #include "ExifTool.h"
 #include "ImageMagick.h"
@@ -56,6 +57,25 @@ TEST(PhotoCompleteness, WholeFilesPassAndEveryCutIsCaught)
 
 // A directory that points back at itself and strip tables claiming billions of entries end at
 // once.
+// A PNG whose first chunk is no header (a fuzzed copy of exiv2's sample): exiv2 wrote a copy
+// without its metadata and without the edit, so the photo is skipped as damaged instead.
+TEST(PhotoCompleteness, APngNotStartingWithItsHeaderIsSkippedNotStripped)
+{
+    const QString path = test::dataPath(QStringLiteral("fuzz-png-header-chunk-renamed.png"));
+    const QJsonObject tags = test::exiftool(path);
+    ASSERT_EQ(tags.value(QStringLiteral("IFD0:ImageDescription")).toString(), QStringLiteral("Can you read me?"));
+    EXPECT_EQ(tags.value(QStringLiteral("ExifTool:Warning")).toString(), QStringLiteral("PNG image did not start with IHDR"));
+
+    QTemporaryDir dir;
+    PhotoChanges changes;
+    changes.groups.insert(QStringLiteral("{TIFF}"), QVariantMap{{QStringLiteral("Artist"), QStringLiteral("Jane")}});
+    const QString output = dir.filePath(QStringLiteral("headless.png"));
+    const PhotoWriteResult result = CopyPhotoWithProperties(path, changes, output);
+    EXPECT_EQ(result.outcome, PhotoWriteResult::Outcome::Skipped);
+    EXPECT_FALSE(QFileInfo::exists(output)) << "exiftool finds in it: "
+                                             << QJsonDocument(test::exiftool(output)).toJson().toStdString();
+}
+
 TEST(PhotoCompleteness, HostileTiffDirectoriesEndQuickly)
 {
     QByteArray tiff("II*\0\x08\0\0\0", 8);

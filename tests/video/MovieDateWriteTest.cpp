@@ -5,6 +5,7 @@
 #include "QtPrinters.h"
 #include "ScopedTimeZone.h"
 #include "TestPaths.h"
+#include "ToolMovies.h"
 #include "model/FileDates.h"
 
 #include <QFile>
@@ -44,6 +45,20 @@ TEST(MovieDateWrite, DateFromTheNameGoesIntoEveryDatePlace)
     EXPECT_EQ(reading.item.shootDateStr, "2016-05-01 12:30:45");
     EXPECT_EQ(reading.item.shootDate, QDateTime(QDate(2016, 5, 1), QTime(12, 30, 45)));
     EXPECT_EQ(readFileDates(output).modified, QDateTime(QDate(2016, 5, 1), QTime(12, 30, 45), Qt::LocalTime));
+}
+
+TEST(MovieDateWrite, DateOfANameWithDottedDateAndWordsIsWritten)
+{
+    const test::ScopedTimeZone zone("Europe/Berlin");
+    QTemporaryDir dir;
+    const QString named = dir.filePath("2016.05.01 beach_day.mp4");
+    ASSERT_TRUE(test::makeFfmpegFile(named, {}));
+    CommandContext context;
+    context.storageFolder = dir.filePath("out");
+    const CommandResult result = movieDatesFromFileNames({named}, context);
+    ASSERT_EQ(result.written.size(), 1) << result.skipped.value(0).reason.toStdString();
+    const QJsonObject tags = test::exiftool(result.written[0], {"-api", "QuickTimeUTC"});
+    EXPECT_EQ(tags.value("QuickTime:CreateDate").toString(), "2016:05:01 00:00:00+02:00");
 }
 
 TEST(MovieDateWrite, DryRunPlansTheDatesAndWritesNothing)

@@ -22,6 +22,9 @@ TEST(MovieNameDates, RealWorldCameraAndPhoneNames)
         {"video_2019-08-07_21-30-15", "2019:08:07 21:30:15"},
         {"20160501", "2016:05:01 00:00:00"},
         {"a20160501_1230", "2016:05:01 00:00:00"},
+        // Digits and separators that reassemble into no date text: the detector's date counts.
+        {"2016.05.01 beach_day", "2016:05:01 00:00:00"},
+        {"20210101. party_1", "2021:01:01 00:00:00"},
         {"MOV_0042", nullptr},
         {"holiday", nullptr},
         {"VID_20161399_999999", nullptr},

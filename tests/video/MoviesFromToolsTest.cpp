@@ -13,9 +13,12 @@
 #include <QDir>
 #include <QFile>
 #include <QImage>
+#include <QProcess>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
+
+#include <sys/resource.h>
 
 using namespace pelorin;
 
@@ -242,4 +245,82 @@ TEST(MoviesFromTools, ADateInTheSpringGapKeepsItsWallClockWithTheLaterOffset)
     const CommandResult refused = saveMovieFields({source}, edits, contextIn(dir));
     EXPECT_TRUE(refused.alert.has_value());
     EXPECT_TRUE(refused.written.isEmpty());
+}
+
+TEST(MoviesFromTools, ADurationBeyondAnyClockShowsAsTheLongest)
+{
+    // Headers that state 4294967280 seconds (a damaged movie): the shown duration stays a
+    // duration, not a negative number wrapped around.
+    QTemporaryDir dir;
+    const QString path = dir.filePath("endless.mp4");
+    ASSERT_TRUE(test::makeFfmpegFile(path, {}));
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+    QByteArray bytes = file.readAll();
+    for (const char* header : {"mvhd", "mdhd"}) {
+        const qsizetype at = bytes.indexOf(header);
+        ASSERT_GT(at, 0);
+        // Version 0: timescale and duration follow the two times.
+        bytes.replace(at + 16, 8, QByteArray::fromHex("00000001fffffff0"));
+    }
+    file.seek(0);
+    file.write(bytes);
+    file.close();
+    QProcess ffprobe;
+    ffprobe.start("ffprobe", {"-v", "error", "-show_entries", "format=duration", "-of", "default=nw=1:nk=1", path});
+    ASSERT_TRUE(ffprobe.waitForFinished(60000));
+    EXPECT_EQ(ffprobe.readAllStandardOutput().trimmed(), "4294967280.000000");
+
+    const MovieReading reading = readMovieFile(path);
+    EXPECT_EQ(reading.item.fileduratStr, "596523h:14m:7s");
+}
+
+TEST(MoviesFromTools, AKeyTableCountingMillionsOfKeysCostsNoMemory)
+{
+    // FFmpeg's keys, with the table's count raised to 50 million: FFmpeg would zero a table of
+    // 400 MB for it before finding the second entry missing.
+    QTemporaryDir dir;
+    const QString path = dir.filePath("keys.mp4");
+    ASSERT_TRUE(test::makeFfmpegFile(path, {"-movflags", "use_metadata_tags", "-metadata", "title=Quay"}));
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+    QByteArray bytes = file.readAll();
+    const qsizetype keys = bytes.indexOf("keys");
+    ASSERT_GT(keys, 0);
+    bytes.replace(keys + 8, 4, QByteArray::fromHex("02faf080"));
+    file.seek(0);
+    file.write(bytes);
+    file.close();
+
+    rusage before {};
+    getrusage(RUSAGE_SELF, &before);
+    const MovieReading reading = readMovieFile(path);
+    rusage after {};
+    getrusage(RUSAGE_SELF, &after);
+    EXPECT_LT(after.ru_maxrss - before.ru_maxrss, 100 * 1024) << "kilobytes more at the peak";
+    EXPECT_FALSE(reading.problems.isEmpty());
+}
+
+// A short clip's last chunks are only a few bytes long, right before the movie box at the end;
+// the read-back compares them as far as the media data goes, not into the changed movie box.
+TEST(MoviesFromTools, AShortClipWithTinyLastChunksIsWritten)
+{
+    QTemporaryDir dir;
+    for (const QString& extension : {QStringLiteral("mov"), QStringLiteral("mp4")}) {
+        SCOPED_TRACE(extension.toStdString());
+        const QString source = dir.filePath("short." + extension);
+        // A still picture and silence: chunks of a few bytes each.
+        ASSERT_EQ(QProcess::execute("ffmpeg", {"-y", "-v", "error", "-f", "lavfi", "-i", "color=black:size=64x48:rate=5",
+                                               "-f", "lavfi", "-i", "anullsrc=r=8000", "-t", "1", "-c:v", "mpeg4",
+                                               "-c:a", "aac", source}),
+                  0);
+        CommandContext context = contextIn(dir);
+        MovieFieldEdits edits;
+        edits.title = "Harbour";
+        const CommandResult result = saveMovieFields({source}, edits, context);
+        ASSERT_TRUE(result.succeeded()) << (result.skipped.isEmpty() ? std::string() : result.skipped.first().reason.toStdString());
+        const QString output = context.storageFolder + "/short." + extension;
+        EXPECT_EQ(test::ffprobeTags(output).value("title"), "Harbour");
+        EXPECT_EQ(test::streamHash(output), test::streamHash(source));
+    }
 }

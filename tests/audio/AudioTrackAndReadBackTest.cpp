@@ -1,6 +1,7 @@
 // Track totals across containers, and outputs that must be read back before they are linked:
 // sample files made at test time by sox, lame, flac and ffmpeg, tagged by mutagen and read back
 // by mutagen.
+#include "ToolRun.h"
 #include "AudioTestSupport.h"
 #include "audio/AudioEdits.h"
 #include "audio/AudioRecord.h"
@@ -17,12 +18,7 @@ using namespace pelorin;
 
 namespace {
 
-bool runs(const QString& program, const QStringList& args)
-{
-    QProcess process;
-    process.start(program, args);
-    return process.waitForFinished(60000) && process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
-}
+using pelorin::test::runs;
 
 class AudioTrackAndReadBackTest : public ::testing::Test {
 protected:

@@ -19,8 +19,8 @@ const char* const kMakeTag =
     "import sys, shutil, mutagen, mutagen.id3 as m\n"
     "f = mutagen.File(sys.argv[1])\n"
     "if f.tags is None: f.add_tags()\n"
-    "for spec in sys.argv[3:]:\n"
-    "    key, text = spec.split('=', 1)\n"
+    "for frame in sys.argv[3:]:\n"
+    "    key, text = frame.split('=', 1)\n"
     "    f.tags.add(getattr(m, key)(encoding=1, text=text))\n"
     "f.save(v2_version=int(sys.argv[2]))\n";
 

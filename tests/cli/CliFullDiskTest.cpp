@@ -3,6 +3,7 @@
 // exit status is 1. The output folder is a 20 MB tmpfs where the test may mount one (root);
 // elsewhere the CLI runs under a file-size limit (RLIMIT_FSIZE), which fails writes with EFBIG.
 // Photos are made by ImageMagick and exiftool, songs by sox and lame; exiftool reads the outputs.
+#include "ToolRun.h"
 #include "ExifTool.h"
 #include "ImageMagick.h"
 #include "TestPaths.h"
@@ -99,12 +100,7 @@ CliOutcome runCli(const QStringList& args, const QTemporaryDir& home, qint64 fil
     return run;
 }
 
-bool runs(const QString& program, const QStringList& args)
-{
-    QProcess process;
-    process.start(program, args);
-    return process.waitForFinished(60000) && process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
-}
+using pelorin::test::runs;
 
 QByteArray readAll(const QString& path)
 {

@@ -2,6 +2,7 @@
 // a 20 MB ID3 tag, photos past the megapixels the default image reader allows and past the
 // re-encoding limit. Inputs are made by ffmpeg, exiftool, sox, lame and mutagen; exiftool and
 // mutagen read the outputs.
+#include "ToolRun.h"
 #include "CliRunner.h"
 #include "ExifTool.h"
 #include "TestPaths.h"
@@ -24,12 +25,7 @@ using pelorin::test::dataPath;
 using pelorin::test::exiftool;
 using pelorin::test::exiftoolWrite;
 
-bool runs(const QString& program, const QStringList& args)
-{
-    QProcess process;
-    process.start(program, args);
-    return process.waitForFinished(120000) && process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
-}
+using pelorin::test::runs;
 
 QString python(const QString& script, const QStringList& args)
 {

@@ -1,5 +1,6 @@
 // Outputs and option values of the command line, on files made by exiftool, ffmpeg, lame and
 // mutagen and read back by exiftool and mutagen.
+#include "ToolRun.h"
 #include "CliRunner.h"
 #include "ExifTool.h"
 #include "TestPaths.h"
@@ -21,12 +22,7 @@ using pelorin::test::CliRun;
 using pelorin::test::dataPath;
 using pelorin::test::exiftool;
 
-bool runs(const QString& program, const QStringList& args)
-{
-    QProcess process;
-    process.start(program, args);
-    return process.waitForFinished(60000) && process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
-}
+using pelorin::test::runs;
 
 QString mutagen(const QString& script, const QString& path)
 {

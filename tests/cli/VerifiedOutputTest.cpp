@@ -2,6 +2,7 @@
 // finished bytes (as a broken writer would leave them) is caught, the item is reported with
 // "verification failed" and no file, not even a temporary one, is left. Inputs are made by sox,
 // lame, flac, ImageMagick, mutagen and ffmpeg, or come from cameras and iMovie.
+#include "ToolRun.h"
 #include "CliRunner.h"
 #include "TestPaths.h"
 
@@ -23,12 +24,7 @@ namespace {
 
 using pelorin::test::dataPath;
 
-bool runs(const QString& program, const QStringList& args)
-{
-    QProcess process;
-    process.start(program, args);
-    return process.waitForFinished(60000) && process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
-}
+using pelorin::test::runs;
 
 QByteArray readAll(int fd)
 {

@@ -3,6 +3,7 @@
 // exit status is 1. The output folder is a 20 MB tmpfs where the test may mount one (root);
 // elsewhere the CLI runs under a file-size limit (RLIMIT_FSIZE), which fails writes with EFBIG.
 // Photos are made by ImageMagick and exiftool, songs by sox and lame; exiftool reads the outputs.
+#include "FileBytes.h"
 #include "ToolRun.h"
 #include "ExifTool.h"
 #include "ImageMagick.h"
@@ -102,18 +103,8 @@ CliOutcome runCli(const QStringList& args, const QTemporaryDir& home, qint64 fil
 
 using pelorin::test::runs;
 
-QByteArray readAll(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-// The entropy-coded picture from the first start-of-scan marker to the end.
-QByteArray scanData(const QByteArray& jpeg)
-{
-    const qsizetype sos = jpeg.indexOf(QByteArray("\xFF\xDA", 2));
-    return sos < 0 ? QByteArray() : jpeg.mid(sos);
-}
+using pelorin::test::readAll;
+using pelorin::test::scanData;
 
 QSet<QString> entriesOf(const QString& folder)
 {

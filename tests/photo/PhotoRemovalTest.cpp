@@ -1,3 +1,4 @@
+#include "FileBytes.h"
 #include "photo/PhotoProperties.h"
 #include "photo/PhotoRemoval.h"
 #include "photo/PhotoRewrite.h"
@@ -24,18 +25,8 @@ using test::dataPath;
 using test::exiftool;
 using test::tagsOf;
 
-QByteArray readAll(const QString& path)
-{
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-}
-
-// The entropy-coded image data: from the first start-of-scan marker to the end.
-QByteArray scanData(const QByteArray& jpeg)
-{
-    const qsizetype sos = jpeg.indexOf(QByteArray("\xFF\xDA", 2));
-    return sos < 0 ? QByteArray() : jpeg.mid(sos);
-}
+using pelorin::test::readAll;
+using pelorin::test::scanData;
 
 QStringList entries(const QString& folder)
 {

@@ -1,10 +1,13 @@
 #include "photo/ApplyPhotoChanges.h"
 
+#include "photo/UnreadableExifEntries.h"
+
 namespace pelorin {
 
 void applyPhotoChanges(exiv2_model::Metadata metadata, const PhotoChanges& changes, QStringList* warnings,
                        exiv2_model::ExifHolds holds)
 {
+    dropEntriesOfUnknownType(metadata.exif);
     if (changes.removeAllMetadata)
         exiv2_model::removeAll(metadata, holds);
     QVariantMap before;

@@ -127,6 +127,53 @@ TEST_F(PhotoRemovalTest, GpsRemovalLeavesNoLocationAndEverythingElseAsItWas)
     EXPECT_EQ(readAll(source), before);
 }
 
+// Some cameras write an IFD0 entry of no defined field type (a Sony compact: tag 0x0001, type
+// 0). Kept, it sorts first in the rewritten directory, and readers that meet an unknown type
+// first drop the whole directory: camera, dates and GPS gone from the output.
+TEST_F(PhotoRemovalTest, AnEntryOfUnknownTypeIsDroppedRatherThanHidingItsDirectory)
+{
+    const QString source = copyOf(QStringLiteral("exiv2-FurnaceCreekInn_gps.jpg"));
+    QByteArray bytes = readAll(source);
+    const qsizetype tiff = bytes.indexOf(QByteArray("Exif\0\0", 6)) + 6;
+    ASSERT_GT(tiff, 5);
+    const bool little = bytes.at(tiff) == 'I';
+    auto number = [&](qsizetype at, int size) {
+        quint32 v = 0;
+        for (int i = 0; i < size; ++i)
+            v |= quint32(quint8(bytes.at(at + (little ? i : size - 1 - i)))) << (8 * i);
+        return v;
+    };
+    auto put16 = [&](qsizetype at, quint16 v) {
+        bytes[at + (little ? 0 : 1)] = char(v & 0xFF);
+        bytes[at + (little ? 1 : 0)] = char(v >> 8);
+    };
+    const qsizetype ifd0 = tiff + number(tiff + 4, 4);
+    const int count = int(number(ifd0, 2));
+    qsizetype damaged = -1;
+    for (int i = 0; i < count && damaged < 0; ++i) {
+        if (number(ifd0 + 2 + 12 * i, 2) == 0x011A)  // XResolution
+            damaged = ifd0 + 2 + 12 * i;
+    }
+    ASSERT_GE(damaged, 0);
+    put16(damaged, 0x0001);
+    put16(damaged + 2, 0);
+    QFile file(source);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
+    file.close();
+    const QJsonObject before = exiftool(source);
+    ASSERT_TRUE(before.contains(QStringLiteral("IFD0:Make")));
+
+    const CommandResult result = removePhotoMetadata(MetadataRemoval::Gps, select({source}), context());
+    ASSERT_TRUE(result.succeeded()) << result.skipped.value(0).reason.toStdString();
+    const QString output = store.filePath(QFileInfo(source).fileName());
+    const QJsonObject after = exiftool(output);
+    for (const QString& key : {QStringLiteral("IFD0:Make"), QStringLiteral("IFD0:Model"),
+                               QStringLiteral("ExifIFD:DateTimeOriginal")})
+        EXPECT_EQ(after.value(key), before.value(key)) << key.toStdString();
+    EXPECT_TRUE(tagsOf(after, {QStringLiteral("GPS:")}).isEmpty());
+    EXPECT_EQ(test::newValidationWarnings(source, output), QStringList{});
+}
+
 TEST_F(PhotoRemovalTest, RemovingAllKeepsOnlyTheColourProfileAndTheOrientation)
 {
     const QString source = copyOf(QStringLiteral("exiv2-Reagan_all.jpg"));

@@ -84,6 +84,35 @@ bool boxesComplete(const QByteArray& b)
     return true;
 }
 
+quint32 little32(const QByteArray& b, qsizetype pos)
+{
+    return quint32(quint8(b[pos])) | (quint32(quint8(b[pos + 1])) << 8) | (quint32(quint8(b[pos + 2])) << 16)
+           | (quint32(quint8(b[pos + 3])) << 24);
+}
+
+// The RIFF container holds whole chunks, the first of them the picture's header (VP8, VP8L or
+// VP8X): a chunk that runs past the end, or a file that starts with something else, is damaged,
+// and a writer would take garbage for the frame.
+bool webpComplete(const QByteArray& b)
+{
+    if (b.size() < 20)
+        return false;
+    const quint64 end = quint64(little32(b, 4)) + 8;
+    if (end > quint64(b.size()))
+        return false;
+    const QByteArray first = b.mid(12, 4);
+    if (first != "VP8 " && first != "VP8L" && first != "VP8X")
+        return false;
+    quint64 pos = 12;
+    while (pos + 8 <= end) {
+        const quint64 size = little32(b, qsizetype(pos) + 4);
+        pos += 8 + size + (size & 1);
+        if (pos > end + 1)  // a last odd-sized chunk may go without its pad byte
+            return false;
+    }
+    return pos >= end;
+}
+
 }  // namespace
 
 QString damagedPhotoReason() { return QStringLiteral("the file is damaged or incomplete"); }
@@ -100,13 +129,8 @@ bool photoDataComplete(const QByteArray& bytes, const PhotoFormat& format)
     case PhotoContainer::Heif:
     case PhotoContainer::Cr3:
         return boxesComplete(bytes);
-    case PhotoContainer::WebP: {
-        if (bytes.size() < 12)
-            return false;
-        const quint32 riffSize = quint32(quint8(bytes[4])) | (quint32(quint8(bytes[5])) << 8)
-                                 | (quint32(quint8(bytes[6])) << 16) | (quint32(quint8(bytes[7])) << 24);
-        return quint64(riffSize) + 8 <= quint64(bytes.size());
-    }
+    case PhotoContainer::WebP:
+        return webpComplete(bytes);
     default:
         return true;
     }

@@ -34,7 +34,9 @@ TEST(PhotoCompleteness, WholeFilesPassAndEveryCutIsCaught)
     const QString moved = dir.filePath(QStringLiteral("moved.tif"));  // exiftool puts the directory first
     ASSERT_TRUE(QFile::copy(magick, moved));
     ASSERT_TRUE(test::exiftoolWrite(moved, {QStringLiteral("-Artist=someone")}));
-    QStringList files{magick, tiled, moved};
+    const QString webp = dir.filePath(QStringLiteral("magick.webp"));
+    ASSERT_TRUE(test::imageMagick({QStringLiteral("-size"), QStringLiteral("40x30"), QStringLiteral("gradient:red-blue"), webp}));
+    QStringList files{magick, tiled, moved, webp};
     for (const char* name : {"et-GPS.jpg", "exiv2-Reagan_all.jpg", "mde-Sony_Cybershot_orient6.jpg", "et-PNG.png",
                              "exiv2-1343_exif.png", "exiv2-Stonehenge.heic", "exiv2-iPhoneXR_orient6.heic",
                              "exiv2-avif_exif_xmp.avif"})
@@ -47,6 +49,10 @@ TEST(PhotoCompleteness, WholeFilesPassAndEveryCutIsCaught)
         for (qsizetype cut = 1; cut < bytes.size(); cut += qMax<qsizetype>(1, bytes.size() / 97))
             EXPECT_FALSE(photoDataComplete(bytes.left(cut), format)) << file.toStdString() << " cut at " << cut;
     }
+    // A RIFF whose chunks do not start with the picture's header (a fuzzed WebP) is damaged.
+    QByteArray headless = contents(webp);
+    headless.replace(12, 4, QByteArray("\x07\0\0\0", 4));
+    EXPECT_FALSE(photoDataComplete(headless, detectPhotoFormat(headless.left(64), QStringLiteral("webp"))));
     // Camera RAW kinds built on TIFF: whole ones pass, a DNG cut short by its source does not.
     for (const char* name : {"et-Canon350D.dng", "et-Nikon_D70.nef", "et-Canon_350D.cr2"})
         EXPECT_TRUE(photoFileComplete(test::dataPath(QString::fromLatin1(name)))) << name;

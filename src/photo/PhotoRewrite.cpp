@@ -15,6 +15,7 @@
 #include "photo/PhotoReadBack.h"
 #include "photo/PhotoshopIptcDigest.h"
 #include "photo/PngTextRemoval.h"
+#include "photo/UntouchedMetadata.h"
 #include "photo/PhotoProperties.h"
 
 #include <QFile>
@@ -269,6 +270,8 @@ PhotoWriteResult CopyPhotoWithProperties(const QString& sourcePath, const PhotoC
                     : rewriteCr3Photo(sourcePath, format, changes, outputPath, options);
     }
     QByteArray rewritten;
+    bool iptcUntouched = false;
+    bool iptcRemoved = false;
     PhotoExpectation expected{source, format, QFileInfo(sourcePath).suffix(), {}, {}};
     if (changes.isEmpty()) {
         rewritten = source;
@@ -282,6 +285,8 @@ PhotoWriteResult CopyPhotoWithProperties(const QString& sourcePath, const PhotoC
             const auto holds = format.container == PhotoContainer::Tiff ? exiv2_model::ExifHolds::TheImage
                                                                         : exiv2_model::ExifHolds::MetadataOnly;
             const Exiv2::ExifData exifBefore = image->exifData();
+            const Exiv2::IptcData iptcBefore = image->iptcData();
+            const Exiv2::XmpData xmpBefore = image->xmpData();
             applyPhotoChanges({image->exifData(), image->iptcData(), image->xmpData()}, changes, &result.warnings, holds);
             // An EXIF block made anew or cut down must still hold what a JPEG's EXIF requires.
             if (format.container == PhotoContainer::Jpeg && (changes.removeAllMetadata || exifBefore.empty()))
@@ -298,6 +303,11 @@ PhotoWriteResult CopyPhotoWithProperties(const QString& sourcePath, const PhotoC
             expected.written = exiv2_model::modelOf(*image, expected.compared);
             if (changes.removeAllMetadata)
                 image->clearComment();
+            // (Not for TIFF-based files: exiv2 then drops a DNG's maker notes from DNGPrivateData.)
+            image->writeXmpFromPacket(format.container != PhotoContainer::Tiff && !xmpBefore.empty()
+                                      && sameXmp(xmpBefore, image->xmpData()));
+            iptcUntouched = !iptcBefore.empty() && sameIptc(iptcBefore, image->iptcData());
+            iptcRemoved = !iptcBefore.empty() && image->iptcData().empty();
             image->writeMetadata();
             rewritten = ioBytes(image->io());
         } catch (const std::exception& e) {
@@ -305,6 +315,10 @@ PhotoWriteResult CopyPhotoWithProperties(const QString& sourcePath, const PhotoC
         }
         if (changes.removeAllMetadata && format.container == PhotoContainer::Jpeg)
             rewritten = dropMetadataSegments(rewritten);
+        if (format.container == PhotoContainer::Jpeg && iptcUntouched)
+            rewritten = jpegWithPhotoshopSegmentsOf(source, rewritten);
+        else if (format.container == PhotoContainer::Jpeg && iptcRemoved)
+            rewritten = jpegWithoutIptcRecords(rewritten);
         if (format.container == PhotoContainer::Jpeg)
             rewritten = jpegWithIptcDigestInStep(source, rewritten);
         if (format.container == PhotoContainer::Png && changes.removesSomething()) {
@@ -330,10 +344,25 @@ namespace {
 
 // Writes the given metadata and colour profile into a freshly encoded JPEG, then the
 // adjustments.
-std::optional<QByteArray> writeCarried(const QByteArray& newJpeg, const Exiv2::ExifData& exif, const Exiv2::IptcData& iptc,
-                                       const Exiv2::XmpData& xmp, const QByteArray& profile,
+// What a new JPEG carries over from its source: the values, and the source's own forms of its
+// XMP packet and (from a JPEG) Photoshop segments, written as they were where the adjustments
+// leave them alone.
+struct CarriedMetadata {
+    Exiv2::ExifData exif;
+    Exiv2::IptcData iptc;
+    Exiv2::XmpData xmp;
+    std::string xmpPacket;
+    QByteArray sourceJpeg;
+    QByteArray profile;
+};
+
+std::optional<QByteArray> writeCarried(const QByteArray& newJpeg, const CarriedMetadata& carried,
                                        const PhotoChanges& adjustments, QString* error)
 {
+    const Exiv2::ExifData& exif = carried.exif;
+    const Exiv2::IptcData& iptc = carried.iptc;
+    const Exiv2::XmpData& xmp = carried.xmp;
+    const QByteArray& profile = carried.profile;
     auto to = Exiv2::ImageFactory::open(reinterpret_cast<const Exiv2::byte*>(newJpeg.constData()), long(newJpeg.size()));
     to->readMetadata();
     to->setExifData(exifForNewJpeg(exif));
@@ -347,8 +376,14 @@ std::optional<QByteArray> writeCarried(const QByteArray& newJpeg, const Exiv2::E
     QStringList warnings;
     applyPhotoChanges({to->exifData(), to->iptcData(), to->xmpData()}, adjustments, &warnings);
     addRequiredJpegExif(to->exifData(), newJpeg, !profile.isEmpty());
+    if (!carried.xmpPacket.empty() && sameXmp(xmp, to->xmpData())) {
+        to->setXmpPacket(carried.xmpPacket);
+        to->writeXmpFromPacket(true);
+    }
     to->writeMetadata();
     QByteArray out = ioBytes(to->io());
+    if (!out.isEmpty() && !carried.sourceJpeg.isEmpty() && !iptc.empty() && sameIptc(iptc, to->iptcData()))
+        out = jpegWithoutPhotoshopThumbnails(jpegWithPhotoshopSegmentsOf(carried.sourceJpeg, out));
     if (out.isEmpty()) {
         if (error)
             *error = QStringLiteral("the metadata could not be written");
@@ -367,10 +402,12 @@ std::optional<QByteArray> carryMetadataOver(const QByteArray& sourcePhoto, const
         auto from = Exiv2::ImageFactory::open(reinterpret_cast<const Exiv2::byte*>(sourcePhoto.constData()),
                                               long(sourcePhoto.size()));
         from->readMetadata();
-        QByteArray profile;
+        CarriedMetadata carried{from->exifData(), from->iptcData(), from->xmpData(), from->xmpPacket(), {}, {}};
         if (from->iccProfileDefined())
-            profile = QByteArray(reinterpret_cast<const char*>(from->iccProfile()->pData_), int(from->iccProfile()->size_));
-        return writeCarried(newJpeg, from->exifData(), from->iptcData(), from->xmpData(), profile, adjustments, error);
+            carried.profile = QByteArray(reinterpret_cast<const char*>(from->iccProfile()->pData_), int(from->iccProfile()->size_));
+        if (from->imageType() == Exiv2::ImageType::jpeg)
+            carried.sourceJpeg = sourcePhoto;
+        return writeCarried(newJpeg, carried, adjustments, error);
     } catch (const std::exception& e) {
         if (error)
             *error = QStringLiteral("cannot carry the metadata over: %1").arg(exiv2Message(e));
@@ -389,7 +426,7 @@ std::optional<QByteArray> carryHeifMetadataOver(const HeifMetadata& source, cons
         Exiv2::XmpData xmp;
         if (!source.xmp.isEmpty() && Exiv2::XmpParser::decode(xmp, source.xmp.toStdString()) != 0)
             xmp.clear();
-        return writeCarried(newJpeg, exif, {}, xmp, source.iccProfile, adjustments, error);
+        return writeCarried(newJpeg, {exif, {}, xmp, source.xmp.toStdString(), {}, source.iccProfile}, adjustments, error);
     } catch (const std::exception& e) {
         if (error)
             *error = QStringLiteral("cannot carry the metadata over: %1").arg(exiv2Message(e));
@@ -401,7 +438,7 @@ std::optional<QByteArray> embedJpegIccProfile(const QByteArray& jpeg, const QByt
 {
     initializePhotoLibraries();
     try {
-        return writeCarried(jpeg, {}, {}, {}, profile, {}, error);
+        return writeCarried(jpeg, {{}, {}, {}, {}, {}, profile}, {}, error);
     } catch (const std::exception& e) {
         if (error)
             *error = QStringLiteral("cannot write the colour profile: %1").arg(exiv2Message(e));

@@ -5,6 +5,8 @@
 #include <QCryptographicHash>
 #include <QList>
 
+#include <algorithm>
+#include <initializer_list>
 #include <optional>
 
 namespace pelorin {
@@ -88,15 +90,17 @@ std::optional<QByteArray> resourceData(const QByteArray& jpeg, const QList<Photo
 
 QByteArray md5(const QByteArray& bytes) { return QCryptographicHash::hash(bytes, QCryptographicHash::Md5); }
 
-// The output without its digest resources; a Photoshop segment left with nothing goes too.
-QByteArray withoutDigest(const QByteArray& jpeg, const QList<PhotoshopSegment>& segments)
+// The output without the resources of the given id; a Photoshop segment left with nothing goes
+// too.
+QByteArray withoutResources(const QByteArray& jpeg, const QList<PhotoshopSegment>& segments,
+                            std::initializer_list<quint16> ids)
 {
     QByteArray out = jpeg;
     for (auto s = segments.crbegin(); s != segments.crend(); ++s) {
         QByteArray payload = jpeg.mid(s->segment.payload, s->segment.length);
         bool changed = false;
         for (auto r = s->resources.crbegin(); r != s->resources.crend(); ++r) {
-            if (r->id == kIptcDigest) {
+            if (std::find(ids.begin(), ids.end(), r->id) != ids.end()) {
                 payload.remove(r->start - s->segment.payload, r->end - r->start);
                 changed = true;
             }
@@ -126,7 +130,7 @@ QByteArray jpegWithIptcDigestInStep(const QByteArray& source, const QByteArray& 
     const auto record = resourceData(output, *outSegments, kIptcRecord);
     const auto sourceRecord = resourceData(source, *sourceSegments, kIptcRecord);
     if (!record)
-        return sourceRecord ? withoutDigest(output, *outSegments) : output;
+        return sourceRecord ? withoutResources(output, *outSegments, {kIptcDigest}) : output;
     // Where the source held no IPTC record, the output's is all the writer's own.
     const auto sourceDigest = resourceData(source, *sourceSegments, kIptcDigest);
     if (sourceRecord && (!sourceDigest || *sourceDigest != md5(*sourceRecord)))
@@ -139,6 +143,18 @@ QByteArray jpegWithIptcDigestInStep(const QByteArray& source, const QByteArray& 
         }
     }
     return out;
+}
+
+QByteArray jpegWithoutIptcRecords(const QByteArray& jpeg)
+{
+    const auto segments = photoshopSegments(jpeg);
+    return segments ? withoutResources(jpeg, *segments, {kIptcRecord}) : jpeg;
+}
+
+QByteArray jpegWithoutPhotoshopThumbnails(const QByteArray& jpeg)
+{
+    const auto segments = photoshopSegments(jpeg);
+    return segments ? withoutResources(jpeg, *segments, {0x0409, 0x040C}) : jpeg;
 }
 
 }  // namespace pelorin

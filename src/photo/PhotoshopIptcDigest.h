@@ -15,4 +15,12 @@ namespace pelorin {
 // the output unchanged when there is nothing to do or its segments cannot be followed.
 QByteArray jpegWithIptcDigestInStep(const QByteArray& source, const QByteArray& output);
 
+// The JPEG without an IPTC record in any of its Photoshop segments. A file may hold more than
+// one such segment, each with a record, and exiv2 rewrites only the first: a removal of the
+// IPTC must reach them all.
+QByteArray jpegWithoutIptcRecords(const QByteArray& jpeg);
+
+// The JPEG without Photoshop's thumbnails of its picture, for a JPEG encoded anew.
+QByteArray jpegWithoutPhotoshopThumbnails(const QByteArray& jpeg);
+
 }  // namespace pelorin

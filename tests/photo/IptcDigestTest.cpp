@@ -1,10 +1,16 @@
-// Photoshop's IPTCDigest after rewrites of photos Photoshop saved, checked with exiftool.
+// Photoshop's segments, the IPTC record and its digest, and the XMP packet after rewrites,
+// checked with exiftool: blocks a command does not change keep the source's own bytes, since
+// exiv2 would write them anew in forms other programs read differently.
 #include "photo/PhotoRewrite.h"
 
 #include "ExifTool.h"
+#include "FileBytes.h"
 #include "TestPaths.h"
 
+#include <QBuffer>
 #include <QFile>
+#include <QImage>
+#include <QProcess>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -13,6 +19,29 @@ namespace pelorin {
 namespace {
 
 using test::exiftool;
+using test::readAll;
+
+QByteArray binaryTag(const QString& path, const QString& tag)
+{
+    QProcess process;
+    process.start(QStringLiteral("exiftool"), {QStringLiteral("-b"), QStringLiteral("-") + tag, path});
+    return process.waitForFinished(60000) ? process.readAllStandardOutput() : QByteArray();
+}
+
+// The Photoshop (APP13) segments of a JPEG, as they stand in the file.
+QByteArray photoshopSegments(const QByteArray& jpeg)
+{
+    QByteArray found;
+    qsizetype pos = 2;
+    while (pos + 4 <= jpeg.size() && quint8(jpeg[pos]) == 0xFF && quint8(jpeg[pos + 1]) != 0xDA) {
+        const qsizetype length = (quint8(jpeg[pos + 2]) << 8) | quint8(jpeg[pos + 3]);
+        if (quint8(jpeg[pos + 1]) == 0xED)
+            found += jpeg.mid(pos, 2 + length);
+        pos += 2 + length;
+    }
+    return found;
+}
+
 
 class IptcDigestTest : public ::testing::Test {
 protected:
@@ -84,6 +113,69 @@ TEST_F(IptcDigestTest, ADigestOutOfDateInTheSourceIsLeftAsItWas)
     gps.groups.insert(QStringLiteral("{GPS}"), QVariant());
     const QJsonObject after = exiftool(rewrite(source, gps));
     EXPECT_EQ(after.value(QStringLiteral("Photoshop:IPTCDigest")), before.value(QStringLiteral("Photoshop:IPTCDigest")));
+}
+
+// exiftool writes Windows' MicrosoftPhoto namespace without a trailing slash, as Windows does;
+// exiv2 adds one when it writes the packet, which makes it another namespace to strict readers.
+TEST_F(IptcDigestTest, XmpAndIptcTheCommandLeftAloneAreTheSourcesBytes)
+{
+    const QString source = copyOf(QStringLiteral("exiv2-FurnaceCreekInn_gps.jpg"));
+    ASSERT_TRUE(test::exiftoolWrite(source, {QStringLiteral("-XMP-microsoft:LastKeywordXMP=People/Marie"),
+                                             QStringLiteral("-XMP-dc:Title=Furnace Creek"),
+                                             QStringLiteral("-IPTC:Keywords=alpha")}));
+    const QByteArray packet = binaryTag(source, QStringLiteral("XMP"));
+    ASSERT_TRUE(packet.contains("http://ns.microsoft.com/photo/1.0'") || packet.contains("http://ns.microsoft.com/photo/1.0\""));
+
+    PhotoChanges gpsRemoval;
+    gpsRemoval.groups.insert(QStringLiteral("{GPS}"), QVariant());
+    const QString output = rewrite(source, gpsRemoval);
+    EXPECT_EQ(binaryTag(output, QStringLiteral("XMP")), packet);
+    EXPECT_EQ(photoshopSegments(readAll(output)), photoshopSegments(readAll(source)));
+    EXPECT_TRUE(exiftool(output).value(QStringLiteral("GPS:GPSLatitude")).isUndefined());
+    EXPECT_EQ(test::newValidationWarnings(source, output), QStringList{});
+
+    // A block that is edited is written anew, with the edit.
+    PhotoChanges titled;
+    titled.groups.insert(QStringLiteral("{XMP}"), QVariantMap{{QStringLiteral("dc:title"), QStringLiteral("New")}});
+    const QString edited = rewrite(source, titled);
+    EXPECT_EQ(exiftool(edited).value(QStringLiteral("XMP-dc:Title")).toString(), QStringLiteral("New"));
+}
+
+// Photoshop saved this file with two Photoshop segments, each holding an IPTC record.
+TEST_F(IptcDigestTest, EveryIptcRecordGoesOnRemovalAndStaysOnOtherCommands)
+{
+    const QString source = copyOf(QStringLiteral("exiv2-iptc-two-APP13.jpg"));
+    ASSERT_EQ(exiftool(source, {QStringLiteral("-a")}).value(QStringLiteral("IPTC:Credit")).toString().isEmpty(), false);
+
+    PhotoChanges iptcRemoval;
+    iptcRemoval.groups.insert(QStringLiteral("{IPTC}"), QVariant());
+    const QJsonObject stripped = exiftool(rewrite(source, iptcRemoval), {QStringLiteral("-a"), QStringLiteral("-G1")});
+    for (auto it = stripped.begin(); it != stripped.end(); ++it)
+        EXPECT_FALSE(it.key().startsWith(QLatin1String("IPTC"))) << it.key().toStdString();
+    EXPECT_FALSE(stripped.value(QStringLiteral("Photoshop:PhotoshopThumbnail")).isUndefined());
+
+    // A new JPEG encoded from it keeps both records as they were.
+    QImage picture;
+    ASSERT_TRUE(picture.load(source));
+    QByteArray encoded;
+    {
+        QBuffer buffer(&encoded);
+        ASSERT_TRUE(buffer.open(QIODevice::WriteOnly) && picture.save(&buffer, "JPEG", 90));
+    }
+    QString error;
+    const auto carried = carryMetadataOver(readAll(source), encoded, {}, &error);
+    ASSERT_TRUE(carried) << error.toStdString();
+    const QString recompressed = dir.filePath(QStringLiteral("recompressed.jpg"));
+    QFile file(recompressed);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(*carried) == carried->size());
+    file.close();
+    QProcess credits;
+    credits.start(QStringLiteral("exiftool"), {QStringLiteral("-a"), QStringLiteral("-s3"), QStringLiteral("-IPTC:Credit"), recompressed});
+    ASSERT_TRUE(credits.waitForFinished(60000));
+    QProcess sourceCredits;
+    sourceCredits.start(QStringLiteral("exiftool"), {QStringLiteral("-a"), QStringLiteral("-s3"), QStringLiteral("-IPTC:Credit"), source});
+    ASSERT_TRUE(sourceCredits.waitForFinished(60000));
+    EXPECT_EQ(credits.readAllStandardOutput(), sourceCredits.readAllStandardOutput());
 }
 
 }  // namespace

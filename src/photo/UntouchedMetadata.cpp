@@ -1,0 +1,85 @@
+#include "photo/UntouchedMetadata.h"
+
+#include "photo/JpegSegments.h"
+
+#include <QList>
+
+#include <cstring>
+
+namespace pelorin {
+namespace {
+
+const QByteArray kPhotoshopSignature("Photoshop 3.0\0", 14);
+
+struct Span {
+    qsizetype start = 0;
+    qsizetype end = 0;
+};
+
+// The Photoshop segments of a JPEG and where the first segment after its application
+// segments starts; false when the header cannot be followed.
+bool photoshopSpans(const QByteArray& jpeg, QList<Span>* spans, qsizetype* afterApplicationSegments)
+{
+    *afterApplicationSegments = -1;
+    const qsizetype stop = forEachJpegSegment(jpeg, [&](const JpegSegment& s) {
+        if (s.marker == 0xED && jpeg.mid(s.payload, kPhotoshopSignature.size()) == kPhotoshopSignature)
+            spans->append({s.start, s.end()});
+        if (*afterApplicationSegments < 0 && !(s.marker >= 0xE0 && s.marker <= 0xEF) && s.marker != 0xFE)
+            *afterApplicationSegments = s.start;
+        return true;
+    });
+    if (stop <= 0 || stop + 1 >= jpeg.size() || quint8(jpeg[stop]) != 0xFF || quint8(jpeg[stop + 1]) != 0xDA)
+        return false;
+    if (*afterApplicationSegments < 0)
+        *afterApplicationSegments = stop;
+    return true;
+}
+
+}  // namespace
+
+bool sameXmp(const Exiv2::XmpData& a, const Exiv2::XmpData& b)
+{
+    if (a.count() != b.count())
+        return false;
+    std::string first;
+    std::string second;
+    try {
+        if (Exiv2::XmpParser::encode(first, a, Exiv2::XmpParser::omitPacketWrapper) != 0
+            || Exiv2::XmpParser::encode(second, b, Exiv2::XmpParser::omitPacketWrapper) != 0)
+            return false;
+    } catch (const std::exception&) {
+        return false;
+    }
+    return first == second;
+}
+
+bool sameIptc(const Exiv2::IptcData& a, const Exiv2::IptcData& b)
+{
+    if (a.count() != b.count())
+        return false;
+    const Exiv2::DataBuf first = Exiv2::IptcParser::encode(a);
+    const Exiv2::DataBuf second = Exiv2::IptcParser::encode(b);
+    return first.size_ == second.size_ && (first.size_ == 0 || std::memcmp(first.pData_, second.pData_, size_t(first.size_)) == 0);
+}
+
+QByteArray jpegWithPhotoshopSegmentsOf(const QByteArray& source, const QByteArray& output)
+{
+    QList<Span> fromSource;
+    QList<Span> inOutput;
+    qsizetype sourceInsert = 0;
+    qsizetype outputInsert = 0;
+    if (!photoshopSpans(source, &fromSource, &sourceInsert) || !photoshopSpans(output, &inOutput, &outputInsert)
+        || fromSource.isEmpty())
+        return output;
+    QByteArray segments;
+    for (const Span& s : fromSource)
+        segments += source.mid(s.start, s.end - s.start);
+    QByteArray out = output;
+    qsizetype at = inOutput.isEmpty() ? outputInsert : inOutput.first().start;
+    for (auto s = inOutput.crbegin(); s != inOutput.crend(); ++s)
+        out.remove(s->start, s->end - s->start);
+    out.insert(at, segments);
+    return out;
+}
+
+}  // namespace pelorin

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <exiv2/exiv2.hpp>
+
+#include <QByteArray>
+
+namespace pelorin {
+
+// exiv2 serialises the IPTC record and the XMP packet anew on every write, and the new forms
+// are not always the old: a time without zone gains "+00:00", a namespace URI gains a '/',
+// rdf:about becomes xmpMM:InstanceID, a second Photoshop segment is merged away. A block the
+// command did not change is therefore written as the source's own bytes.
+
+// Whether two sets of values would be written the same.
+bool sameXmp(const Exiv2::XmpData& a, const Exiv2::XmpData& b);
+bool sameIptc(const Exiv2::IptcData& a, const Exiv2::IptcData& b);
+
+// The output JPEG with its Photoshop (APP13) segments replaced by the source JPEG's, in the
+// place of the first of them (else before the first segment that is no application segment).
+// The output unchanged when either cannot be followed or the source has none.
+QByteArray jpegWithPhotoshopSegmentsOf(const QByteArray& source, const QByteArray& output);
+
+}  // namespace pelorin

@@ -12,8 +12,6 @@ CANON_ODD = ("exiv2 moves Canon maker notes without fixing OriginalDecisionDataO
              "Canon's image verification data no longer verifies (photo rewrite)")
 PNG_EXIF = ("exiv2 0.27 writes a PNG's EXIF as a zTXt 'Raw profile type exif' chunk, little-"
             "endian, instead of keeping the eXIf chunk (photo rewrite)")
-PHOTOMETRIC = ("exiv2 drops PhotometricInterpretation from a JPEG's IFD0 on any rewrite "
-               "(image-structure tag, meaningless in JPEG; harmless)")
 DAMAGED_IFD1 = ("the sample's damaged IFD1 is copied on and now reads as duplicate entries "
                 "(damaged input carried over, not repaired)")
 NEF_IPTC = ("a NEF's IPTC record in IFD0 (IPTC-NAA): strip exif removes it, strip iptc "
@@ -22,6 +20,9 @@ CR3_STRIP = "strip exif/exif-gps/all on a CR3 leave ExifIFD SceneCaptureType beh
 MKV_REMUX = ("FFmpeg 5.1's Matroska muxer writes DefaultDuration only for video, from the "
              "frame rate its demuxer reduced (a nanosecond per frame may differ); an audio "
              "track's DefaultDuration cannot be written (video writer for MKV, FFmpeg's limit)")
+IPTC_SHORT_TIME = ("an IPTC time of six digits (no zone, against the standard) is written back by exiv2 "
+                   "with '+0000' when the IPTC record is edited (photo rewrite; kept as it was "
+                   "when the record is not edited)")
 EMPTY_BAG = "exiv2 re-serialises an empty XMP bag that exiftool then reports as ignored"
 
 # (command glob, file-name glob, problem prefix, diagnosis)
@@ -31,8 +32,6 @@ KNOWN = [
     ("*", "et-Canon*", "exiftool -validate warns: Invalid original decision data", CANON_ODD),
     ("*", "*.png", "exiftool -validate warns: [minor] Non-standard EXIF in PNG Raw profile",
      PNG_EXIF),
-    ("*", "*.png", "tag changed: File:File:ExifByteOrder", PNG_EXIF),
-    ("*", "*.jpg", "tag changed: EXIF:IFD0:PhotometricInterpretation", PHOTOMETRIC),
     ("*", "pil-exif-ifd-offset.jpg", "exiftool -validate warns: Duplicate tag 0x0000 in IFD1",
      DAMAGED_IFD1),
     ("*", "pil-exif-ifd-offset.jpg", "exiftool -validate warns: Entries in IFD1 are out of",
@@ -43,6 +42,7 @@ KNOWN = [
     ("video *", "*.mkv", "tag changed: Matroska:Track1:VideoFrameRate", MKV_REMUX),
     ("video *", "*.mkv", "tag changed: Matroska:Track2:DefaultDuration", MKV_REMUX),
     ("*", "*", "exiftool -validate warns: [minor] Ignored empty rdf:", EMPTY_BAG),
+    ("*", "immich-rating.jpg", "tag changed: IPTC:IPTC:TimeCreated:", IPTC_SHORT_TIME),
 ]
 
 

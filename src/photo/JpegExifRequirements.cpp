@@ -115,7 +115,22 @@ void completeExifDirectory(Exiv2::ExifData& exif, const JpegFacts& facts, bool w
     }
 }
 
+void completeGpsDirectory(Exiv2::ExifData& exif)
+{
+    const Exiv2::byte version[4] = {2, 3, 0, 0};
+    setIfMissing(exif, "Exif.GPSInfo.GPSVersionID", Exiv2::DataValue(version, 4, Exiv2::invalidByteOrder, Exiv2::unsignedByte));
+}
+
 }  // namespace
+
+void addRequiredExifToNewJpegDirectories(Exiv2::ExifData& exif, const QByteArray& jpeg, bool withIccProfile,
+                                         const Exiv2::ExifData& before)
+{
+    if (hasGroup(exif, "Photo") && !hasGroup(before, "Photo"))
+        completeExifDirectory(exif, factsOf(jpeg), withIccProfile);
+    if (hasGroup(exif, "GPSInfo") && !hasGroup(before, "GPSInfo"))
+        completeGpsDirectory(exif);
+}
 
 void addRequiredJpegExif(Exiv2::ExifData& exif, const QByteArray& jpeg, bool withIccProfile,
                          const Exiv2::ExifData& earlier)
@@ -126,10 +141,8 @@ void addRequiredJpegExif(Exiv2::ExifData& exif, const QByteArray& jpeg, bool wit
     completeIfd0(exif, facts, earlier);
     if (hasGroup(exif, "Photo"))
         completeExifDirectory(exif, facts, withIccProfile);
-    if (hasGroup(exif, "GPSInfo")) {
-        const Exiv2::byte version[4] = {2, 3, 0, 0};
-        setIfMissing(exif, "Exif.GPSInfo.GPSVersionID", Exiv2::DataValue(version, 4, Exiv2::invalidByteOrder, Exiv2::unsignedByte));
-    }
+    if (hasGroup(exif, "GPSInfo"))
+        completeGpsDirectory(exif);
 }
 
 }  // namespace pelorin

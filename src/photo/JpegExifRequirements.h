@@ -16,4 +16,10 @@ namespace pelorin {
 void addRequiredJpegExif(Exiv2::ExifData& exif, const QByteArray& jpeg, bool withIccProfile,
                          const Exiv2::ExifData& earlier = {});
 
+// The same for the Exif and GPS directories a command adds to an EXIF block that had others
+// (a capture date into a JPEG whose EXIF held only IFD0): the directories it had stay as they
+// were.
+void addRequiredExifToNewJpegDirectories(Exiv2::ExifData& exif, const QByteArray& jpeg, bool withIccProfile,
+                                         const Exiv2::ExifData& before);
+
 }  // namespace pelorin

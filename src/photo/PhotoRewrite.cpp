@@ -142,6 +142,26 @@ PhotoWriteResult copyWithSidecar(const QString& sourcePath, const PhotoFormat& f
     return result;
 }
 
+// The XMP to be written in the source's own forms: the source's packet when the values are the
+// same, else exiv2's packet with the source's namespace URIs. exiv2 has already written the packet
+// it read anew, so the source's own is taken from the file where it can be (a JPEG's).
+void keepSourceXmpForms(Exiv2::Image& image, const Exiv2::XmpData& before, const QByteArray& sourceFile)
+{
+    const std::optional<std::string> raw = rawJpegXmpPacket(sourceFile);
+    const std::string sourcePacket = raw ? *raw : image.xmpPacket();
+    if (sameXmp(before, image.xmpData())) {
+        image.xmpPacket() = sourcePacket;  // assigned: setXmpPacket would write it anew
+        image.writeXmpFromPacket(true);
+        return;
+    }
+    std::string packet;
+    if (image.xmpData().empty()
+        || Exiv2::XmpParser::encode(packet, image.xmpData(), Exiv2::XmpParser::useCompactFormat | Exiv2::XmpParser::omitAllFormatting) > 1)
+        return;
+    image.xmpPacket() = withSourceNamespaceUris(packet, sourcePacket);
+    image.writeXmpFromPacket(true);
+}
+
 QString valueText(const QVariant& v)
 {
     if (!v.isValid())
@@ -291,6 +311,8 @@ PhotoWriteResult CopyPhotoWithProperties(const QString& sourcePath, const PhotoC
             // An EXIF block made anew or cut down must still hold what a JPEG's EXIF requires.
             if (format.container == PhotoContainer::Jpeg && (changes.removeAllMetadata || exifBefore.empty()))
                 addRequiredJpegExif(image->exifData(), source, image->iccProfileDefined(), exifBefore);
+            else if (format.container == PhotoContainer::Jpeg)
+                addRequiredExifToNewJpegDirectories(image->exifData(), source, image->iccProfileDefined(), exifBefore);
             // Kinds without an IPTC record (WebP) keep its values (title, keywords, ...) in XMP.
             if (!format.iptcWritable && !image->iptcData().empty()) {
                 Exiv2::copyIptcToXmp(image->iptcData(), image->xmpData());
@@ -304,8 +326,8 @@ PhotoWriteResult CopyPhotoWithProperties(const QString& sourcePath, const PhotoC
             if (changes.removeAllMetadata)
                 image->clearComment();
             // (Not for TIFF-based files: exiv2 then drops a DNG's maker notes from DNGPrivateData.)
-            image->writeXmpFromPacket(format.container != PhotoContainer::Tiff && !xmpBefore.empty()
-                                      && sameXmp(xmpBefore, image->xmpData()));
+            if (format.container != PhotoContainer::Tiff && !xmpBefore.empty())
+                keepSourceXmpForms(*image, xmpBefore, source);
             iptcUntouched = !iptcBefore.empty() && sameIptc(iptcBefore, image->iptcData());
             iptcRemoved = !iptcBefore.empty() && image->iptcData().empty();
             image->writeMetadata();
@@ -376,9 +398,9 @@ std::optional<QByteArray> writeCarried(const QByteArray& newJpeg, const CarriedM
     QStringList warnings;
     applyPhotoChanges({to->exifData(), to->iptcData(), to->xmpData()}, adjustments, &warnings);
     addRequiredJpegExif(to->exifData(), newJpeg, !profile.isEmpty());
-    if (!carried.xmpPacket.empty() && sameXmp(xmp, to->xmpData())) {
-        to->setXmpPacket(carried.xmpPacket);
-        to->writeXmpFromPacket(true);
+    if (!carried.xmpPacket.empty()) {
+        to->xmpPacket() = carried.xmpPacket;
+        keepSourceXmpForms(*to, xmp, carried.sourceJpeg);
     }
     to->writeMetadata();
     QByteArray out = ioBytes(to->io());

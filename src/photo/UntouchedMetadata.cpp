@@ -3,6 +3,8 @@
 #include "photo/JpegSegments.h"
 
 #include <QList>
+#include <QRegularExpression>
+#include <QString>
 
 #include <cstring>
 
@@ -35,7 +37,51 @@ bool photoshopSpans(const QByteArray& jpeg, QList<Span>* spans, qsizetype* after
     return true;
 }
 
+// The namespace declarations (prefix, URI) of a packet, in either quoting.
+QList<std::pair<QString, QString>> namespaceDeclarations(const QString& packet)
+{
+    static const QRegularExpression declaration(QStringLiteral(R"(xmlns:([A-Za-z_][\w.-]*)\s*=\s*(["'])([^"']*)\2)"));
+    QList<std::pair<QString, QString>> found;
+    for (auto it = declaration.globalMatch(packet); it.hasNext();) {
+        const auto match = it.next();
+        found.append({match.captured(1), match.captured(3)});
+    }
+    return found;
+}
+
 }  // namespace
+
+std::string withSourceNamespaceUris(const std::string& packet, const std::string& sourcePacket)
+{
+    QString out = QString::fromStdString(packet);
+    for (const auto& [prefix, uri] : namespaceDeclarations(QString::fromStdString(sourcePacket))) {
+        if (uri.isEmpty() || uri.endsWith(QLatin1Char('/')) || uri.endsWith(QLatin1Char('#')))
+            continue;
+        for (const QChar quote : {QLatin1Char('"'), QLatin1Char('\'')}) {
+            const QString written = QStringLiteral("xmlns:%1=%2%3/%2").arg(prefix, quote, uri);
+            out.replace(written, QStringLiteral("xmlns:%1=%2%3%2").arg(prefix, quote, uri));
+        }
+    }
+    return out.toStdString();
+}
+
+std::optional<std::string> rawJpegXmpPacket(const QByteArray& jpeg)
+{
+    static const QByteArray main("http://ns.adobe.com/xap/1.0/\0", 29);
+    static const QByteArray extension("http://ns.adobe.com/xmp/extension/\0", 35);
+    std::optional<std::string> packet;
+    bool extended = false;
+    forEachJpegSegment(jpeg, [&](const JpegSegment& s) {
+        if (s.marker != 0xE1)
+            return true;
+        if (!packet && s.length > main.size() && jpeg.mid(s.payload, main.size()) == main)
+            packet = jpeg.mid(s.payload + main.size(), s.length - main.size()).toStdString();
+        else if (jpeg.mid(s.payload, extension.size()) == extension)
+            extended = true;
+        return true;
+    });
+    return extended ? std::nullopt : packet;
+}
 
 bool sameXmp(const Exiv2::XmpData& a, const Exiv2::XmpData& b)
 {

@@ -4,12 +4,24 @@
 
 #include <QByteArray>
 
+#include <optional>
+#include <string>
+
 namespace pelorin {
 
 // exiv2 serialises the IPTC record and the XMP packet anew on every write, and the new forms
 // are not always the old: a time without zone gains "+00:00", a namespace URI gains a '/',
 // rdf:about becomes xmpMM:InstanceID, a second Photoshop segment is merged away. A block the
 // command did not change is therefore written as the source's own bytes.
+
+// exiv2 ends every namespace URI with a '/', so a packet it writes puts the properties of a
+// namespace declared without one (Windows' MicrosoftPhoto: "http://ns.microsoft.com/photo/1.0")
+// into another namespace. Returns packet with each such declaration back as the source had it.
+std::string withSourceNamespaceUris(const std::string& packet, const std::string& sourcePacket);
+
+// The XMP packet of a JPEG as the file holds it; nullopt when it holds none, or spreads it over
+// extended XMP segments (whose values only the packet exiv2 merged from them holds).
+std::optional<std::string> rawJpegXmpPacket(const QByteArray& jpeg);
 
 // Whether two sets of values would be written the same.
 bool sameXmp(const Exiv2::XmpData& a, const Exiv2::XmpData& b);

@@ -134,11 +134,34 @@ TEST_F(IptcDigestTest, XmpAndIptcTheCommandLeftAloneAreTheSourcesBytes)
     EXPECT_TRUE(exiftool(output).value(QStringLiteral("GPS:GPSLatitude")).isUndefined());
     EXPECT_EQ(test::newValidationWarnings(source, output), QStringList{});
 
-    // A block that is edited is written anew, with the edit.
+    // A block that is edited is written anew, with the edit (an IPTC title, which XMP mirrors)...
     PhotoChanges titled;
-    titled.groups.insert(QStringLiteral("{XMP}"), QVariantMap{{QStringLiteral("dc:title"), QStringLiteral("New")}});
+    titled.groups.insert(QStringLiteral("{IPTC}"), QVariantMap{{QStringLiteral("ObjectName"), QStringLiteral("New")},
+                                                              {QStringLiteral("Keywords"), QVariantList{QStringLiteral("alpha")}}});
     const QString edited = rewrite(source, titled);
     EXPECT_EQ(exiftool(edited).value(QStringLiteral("XMP-dc:Title")).toString(), QStringLiteral("New"));
+    // ... in the source's namespaces.
+    EXPECT_FALSE(binaryTag(edited, QStringLiteral("XMP")).contains("http://ns.microsoft.com/photo/1.0/"));
+    EXPECT_EQ(exiftool(edited).value(QStringLiteral("XMP-microsoft:LastKeywordXMP")).toVariant().toStringList(), QStringList{QStringLiteral("People/Marie")});
+    EXPECT_EQ(test::newValidationWarnings(source, edited), QStringList{});
+}
+
+// A capture date into a JPEG whose EXIF held only IFD0 makes an Exif directory, which must hold
+// what the EXIF standard requires of it in a JPEG.
+TEST_F(IptcDigestTest, ANewExifDirectoryGetsWhatAJpegRequires)
+{
+    const QString source = copyOf(QStringLiteral("exiv2-FurnaceCreekInn_gps.jpg"));
+    ASSERT_TRUE(test::exiftoolWrite(source, {QStringLiteral("-EXIF:all="), QStringLiteral("-IFD0:Make=Canon"),
+                                             QStringLiteral("-IFD0:XResolution=72"), QStringLiteral("-IFD0:YResolution=72"),
+                                             QStringLiteral("-IFD0:ResolutionUnit=inches"),
+                                             QStringLiteral("-IFD0:YCbCrPositioning=Centered")}));
+    ASSERT_TRUE(exiftool(source).value(QStringLiteral("ExifIFD:ExifVersion")).isUndefined());
+    PhotoChanges dated;
+    dated.groups.insert(QStringLiteral("{Exif}"), QVariantMap{{QStringLiteral("DateTimeOriginal"), QStringLiteral("2001:02:03 04:05:06")}});
+    const QString output = rewrite(source, dated);
+    const QJsonObject after = exiftool(output);
+    EXPECT_EQ(after.value(QStringLiteral("ExifIFD:DateTimeOriginal")).toString(), QStringLiteral("2001:02:03 04:05:06"));
+    EXPECT_EQ(test::newValidationWarnings(source, output), QStringList{});
 }
 
 // Photoshop saved this file with two Photoshop segments, each holding an IPTC record.

@@ -23,6 +23,18 @@ MKV_REMUX = ("FFmpeg 5.1's Matroska muxer writes DefaultDuration only for video,
 IPTC_SHORT_TIME = ("an IPTC time of six digits (no zone, against the standard) is written back by exiv2 "
                    "with '+0000' when the IPTC record is edited (photo rewrite; kept as it was "
                    "when the record is not edited)")
+FOREIGN_GPS_METHOD = ("the source's GPSProcessingMethod ('fused') is none the EXIF standard defines; "
+                      "exiftool checks it only in a JPEG, so a recompressed copy carries the "
+                      "source's value into a warning (value kept as it was, by design)")
+TIFF_IPTC_IRB = ("exiv2 copies a TIFF's IPTC (IPTC-NAA tag) into its Photoshop resources as well "
+                 "when the TIFF has them, so the record reads twice and Photoshop's digest goes "
+                 "stale; the values are the same (photo rewrite of TIFF)")
+MPF_SYNTHETIC = ("the sample's multi-picture index points past the end of the file (a synthetic "
+                 "test file): there is no second picture to check; the index moves with its segment")
+DNL_HEIGHT = ("the frame header gives the height as 0 (to be set by a DNL marker after the first "
+              "scan), so a new Exif directory gets no ExifImageWidth/Height (the writer does not "
+              "decode the picture to learn it)")
+DAMAGED_TIFF = "the damaged sample's duplicate BitsPerSample entry is carried over, not repaired"
 EMPTY_BAG = "exiv2 re-serialises an empty XMP bag that exiftool then reports as ignored"
 
 # (command glob, file-name glob, problem prefix, diagnosis)
@@ -43,6 +55,19 @@ KNOWN = [
     ("video *", "*.mkv", "tag changed: Matroska:Track2:DefaultDuration", MKV_REMUX),
     ("*", "*", "exiftool -validate warns: [minor] Ignored empty rdf:", EMPTY_BAG),
     ("*", "immich-rating.jpg", "tag changed: IPTC:IPTC:TimeCreated:", IPTC_SHORT_TIME),
+    ("*", "et-ExifTool_all.jpg", "tag changed: MPF:MPImage2:MPImageStart:", MPF_SYNTHETIC),
+    ("*", "mde-beach_nometa.jpg", "exiftool -validate warns: Missing required JPEG ExifIFD tag 0xa00",
+     DNL_HEIGHT),
+    ("*", "pil-crash-0da013a1.tif", "exiftool -validate warns: Duplicate tag 0x0102 BitsPerSample",
+     DAMAGED_TIFF),
+    ("recompress", "*", "exiftool -validate warns: Invalid value for GPS tag 0x001b GPSProcessingMethod",
+     FOREIGN_GPS_METHOD),
+    ("stamp", "*", "exiftool -validate warns: Invalid value for GPS tag 0x001b GPSProcessingMethod",
+     FOREIGN_GPS_METHOD),
+    ("*", "*.tif", "exiftool -validate warns: [minor] Non-standard IPTC at TIFF-IFD0-Photoshop-IPTC",
+     TIFF_IPTC_IRB),
+    ("*", "*.tif", "exiftool -validate warns: IPTCDigest is not current", TIFF_IPTC_IRB),
+    ("*", "*.tif", "tag changed: IPTC:IPTC2:", TIFF_IPTC_IRB),
 ]
 
 

@@ -2,6 +2,9 @@
 
 #include "photo/Exiv2Names.h"
 
+#include <algorithm>
+#include <string>
+
 namespace pelorin {
 namespace {
 
@@ -19,6 +22,42 @@ bool isExifDirectoryTag(uint16_t tag)
 {
     const Exiv2::ExifKey key(tag, "Photo");
     return key.tagName().rfind("0x", 0) != 0;
+}
+
+// Tags the EXIF standard added in version 2.3 or later: a reader that trusts an older
+// ExifVersion may not know them. Sensitivity type and friends, the offsets of the times, the
+// environment readings, the owner, serial and lens tags, the composite-image tags, Gamma.
+bool fromExif23On(uint16_t tag)
+{
+    return (tag >= 0x8830 && tag <= 0x8835) || (tag >= 0x9010 && tag <= 0x9012) || (tag >= 0x9400 && tag <= 0x9407)
+           || (tag >= 0xA430 && tag <= 0xA435) || (tag >= 0xA460 && tag <= 0xA462) || tag == 0xA500;
+}
+
+// The version of the EXIF standard that defines the tag, for the tags added in 2.3 and 2.32.
+std::string versionDefining(uint16_t tag)
+{
+    if (tag >= 0xA460 && tag <= 0xA462)  // composite image
+        return "0232";
+    return fromExif23On(tag) ? "0230" : "0000";
+}
+
+// The new JPEG's EXIF is written by a 2.32 writer: where it holds tags newer than its
+// ExifVersion says (a phone's HEIC, a PNG's eXIf), the version says 0232.
+void declareVersionOfTagsHeld(Exiv2::ExifData& exif)
+{
+    const auto version = exif.findKey(Exiv2::ExifKey("Exif.Photo.ExifVersion"));
+    if (version == exif.end() || version->size() != 4)
+        return;
+    Exiv2::byte digits[4] = {};
+    version->copy(digits, Exiv2::invalidByteOrder);
+    const std::string declared(reinterpret_cast<const char*>(digits), 4);
+    const bool newer = std::any_of(exif.begin(), exif.end(), [&declared](const Exiv2::Exifdatum& d) {
+        return d.groupName() == "Photo" && versionDefining(d.tag()) > declared;
+    });
+    if (newer) {
+        const Exiv2::DataValue value(reinterpret_cast<const Exiv2::byte*>("0232"), 4);
+        version->setValue(&value);
+    }
 }
 
 }  // namespace
@@ -47,6 +86,11 @@ Exiv2::ExifData exifForNewJpeg(const Exiv2::ExifData& source)
         }
     }
     return carried;
+}
+
+void bringExifUpToItsNewJpeg(Exiv2::ExifData& exif)
+{
+    declareVersionOfTagsHeld(exif);
 }
 
 }  // namespace pelorin

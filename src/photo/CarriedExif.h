@@ -13,4 +13,9 @@ namespace pelorin {
 // TIFF-based raw keeps in IFD0 move to the Exif directory, where a JPEG reader looks for them.
 Exiv2::ExifData exifForNewJpeg(const Exiv2::ExifData& source);
 
+// A JPEG reader checks the EXIF more strictly than readers of the source's kind: an ExifVersion
+// older than the tags held (2.3 lens and owner tags under 0221, as phones write in HEIC) becomes
+// 0232, the version of the writer. Other values stay as they are.
+void bringExifUpToItsNewJpeg(Exiv2::ExifData& exif);
+
 }  // namespace pelorin

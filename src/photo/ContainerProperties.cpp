@@ -159,6 +159,30 @@ QVariantMap readPngGroup(const QByteArray& png)
     return group;
 }
 
+QByteArray gifXmpPacket(const QByteArray& gif)
+{
+    const Bytes b{gif};
+    if (!b.has(0, 13) || !(gif.startsWith("GIF87a") || gif.startsWith("GIF89a")))
+        return {};
+    const quint8 flags = b.u8(10);
+    qint64 pos = 13 + ((flags & 0x80) ? 3 * (qint64(1) << ((flags & 7) + 1)) : 0);
+    while (b.has(pos, 3) && b.u8(pos) == 0x21) {
+        qint64 block = pos + 2;
+        // The packet is written raw after the application identifier, its bytes standing in
+        // for sub-block lengths, and ends in a 258-byte trailer that lets decoders skip it.
+        if (b.u8(pos + 1) == 0xFF && b.has(block, 12) && b.u8(block) == 11 && gif.mid(block + 1, 11) == "XMP DataXMP") {
+            const qint64 start = block + 12;
+            const qint64 end = gif.indexOf("<?xpacket end=", start);
+            const qint64 close = end < 0 ? -1 : gif.indexOf("?>", end);
+            return close < 0 ? QByteArray() : gif.mid(start, close + 2 - start);
+        }
+        while (b.has(block, 1) && b.u8(block) != 0)
+            block += 1 + b.u8(block);
+        pos = block + 1;
+    }
+    return {};
+}
+
 QVariantMap readGifGroup(const QByteArray& gif)
 {
     const Bytes b{gif};

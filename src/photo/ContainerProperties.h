@@ -12,6 +12,9 @@ namespace pelorin {
 QVariantMap readJfifGroup(const QByteArray& jpeg);
 QVariantMap readPngGroup(const QByteArray& png);
 QVariantMap readGifGroup(const QByteArray& gif);
+
+// The XMP packet of a GIF (its "XMP DataXMP" application extension), empty when it has none.
+QByteArray gifXmpPacket(const QByteArray& gif);
 QString iccProfileDescription(const QByteArray& icc);
 
 // True when a JPEG's first frame header is progressive (SOF2).

@@ -132,6 +132,24 @@ void addRequiredExifToNewJpegDirectories(Exiv2::ExifData& exif, const QByteArray
         completeGpsDirectory(exif);
 }
 
+void addRequiredExifToNewTiffDirectories(Exiv2::ExifData& exif, const Exiv2::ExifData& before)
+{
+    if (hasGroup(exif, "Photo") && !hasGroup(before, "Photo")) {
+        setIfMissing(exif, "Exif.Photo.ExifVersion", Exiv2::DataValue(reinterpret_cast<const Exiv2::byte*>("0232"), 4));
+        setIfMissing(exif, "Exif.Photo.FlashpixVersion", Exiv2::DataValue(reinterpret_cast<const Exiv2::byte*>("0100"), 4));
+        Exiv2::UShortValue colourSpace;
+        colourSpace.value_.push_back(has(exif, "Exif.Image.InterColorProfile") ? 0xFFFF : 1);
+        setIfMissing(exif, "Exif.Photo.ColorSpace", colourSpace);
+    }
+    if (hasGroup(exif, "GPSInfo") && !hasGroup(before, "GPSInfo")) {
+        completeGpsDirectory(exif);
+        // The position was given by hand: the standard's word for that is MANUAL.
+        const std::string manual("ASCII\0\0\0MANUAL", 14);
+        setIfMissing(exif, "Exif.GPSInfo.GPSProcessingMethod",
+                     Exiv2::DataValue(reinterpret_cast<const Exiv2::byte*>(manual.data()), long(manual.size())));
+    }
+}
+
 void addRequiredJpegExif(Exiv2::ExifData& exif, const QByteArray& jpeg, bool withIccProfile,
                          const Exiv2::ExifData& earlier)
 {

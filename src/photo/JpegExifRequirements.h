@@ -22,4 +22,8 @@ void addRequiredJpegExif(Exiv2::ExifData& exif, const QByteArray& jpeg, bool wit
 void addRequiredExifToNewJpegDirectories(Exiv2::ExifData& exif, const QByteArray& jpeg, bool withIccProfile,
                                          const Exiv2::ExifData& before);
 
+// The tags a TIFF's Exif directory (ExifVersion, FlashpixVersion, ColorSpace) and GPS directory
+// (GPSVersionID, GPSProcessingMethod) require, for directories a command adds.
+void addRequiredExifToNewTiffDirectories(Exiv2::ExifData& exif, const Exiv2::ExifData& before);
+
 }  // namespace pelorin

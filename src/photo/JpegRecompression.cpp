@@ -148,7 +148,9 @@ void compressPhotowithFilePath(const QString& sourcePath, const QString& outputP
     }
     QByteArray out = *jpeg;
     const bool heif = looksLikeHeif(source.left(64));
-    if (current.format.metadataWritable || heif) {
+    // A GIF's metadata cannot be rewritten in place, but its XMP can travel into the copy.
+    const bool gif = current.format.container == PhotoContainer::Gif;
+    if (current.format.metadataWritable || heif || gif) {
         std::optional<QByteArray> carried;
         if (!heif) {
             carried = carryMetadataOver(source, *jpeg, adjustments, &error);

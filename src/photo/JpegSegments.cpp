@@ -25,7 +25,44 @@ bool keep(const QByteArray& jpeg, quint8 marker, qsizetype payload, qsizetype le
     }
 }
 
+// A camera's own record of the shot kept beside the EXIF: Canon's CIFF heap in APP0, Qualcomm's
+// camera attributes in APP7.
+bool cameraRecord(const QByteArray& jpeg, quint8 marker, qsizetype payload, qsizetype length)
+{
+    if (marker == 0xE0)
+        return length >= 14 && jpeg.mid(payload + 6, 8) == "HEAPJPGM";
+    if (marker == 0xE7)  // a length byte, then the name
+        return length > 27 && jpeg.mid(payload + 1, 26) == "Qualcomm Camera Attributes";
+    return false;
+}
+
+QByteArray withoutSegments(const QByteArray& jpeg, bool (*drop)(const QByteArray&, quint8, qsizetype, qsizetype))
+{
+    QByteArray out;
+    out.reserve(jpeg.size());
+    const qsizetype stop = forEachJpegSegment(jpeg, [&](const JpegSegment& s) {
+        if (out.isEmpty())
+            out.append(jpeg.left(2));
+        if (!drop(jpeg, s.marker, s.payload, s.length))
+            out.append(jpeg.mid(s.start, s.end() - s.start));
+        return true;
+    });
+    if (stop == 0)
+        return jpeg;
+    if (out.isEmpty())
+        out.append(jpeg.left(2));
+    out.append(jpeg.mid(stop));
+    return out;
+}
+
+bool notKept(const QByteArray& jpeg, quint8 marker, qsizetype payload, qsizetype length)
+{
+    return !keep(jpeg, marker, payload, length);
+}
+
 }  // namespace
+
+QByteArray dropCameraRecordSegments(const QByteArray& jpeg) { return withoutSegments(jpeg, cameraRecord); }
 
 qsizetype forEachJpegSegment(const QByteArray& jpeg, const std::function<bool(const JpegSegment&)>& visit)
 {
@@ -52,23 +89,6 @@ qsizetype forEachJpegSegment(const QByteArray& jpeg, const std::function<bool(co
     return pos;
 }
 
-QByteArray dropMetadataSegments(const QByteArray& jpeg)
-{
-    QByteArray out;
-    out.reserve(jpeg.size());
-    const qsizetype stop = forEachJpegSegment(jpeg, [&](const JpegSegment& s) {
-        if (out.isEmpty())
-            out.append(jpeg.left(2));
-        if (keep(jpeg, s.marker, s.payload, s.length))
-            out.append(jpeg.mid(s.start, s.end() - s.start));
-        return true;
-    });
-    if (stop == 0)
-        return jpeg;
-    if (out.isEmpty())
-        out.append(jpeg.left(2));
-    out.append(jpeg.mid(stop));
-    return out;
-}
+QByteArray dropMetadataSegments(const QByteArray& jpeg) { return withoutSegments(jpeg, notKept); }
 
 }  // namespace pelorin

@@ -28,4 +28,9 @@ qsizetype forEachJpegSegment(const QByteArray& jpeg, const std::function<bool(co
 // transform, which decoders need. The image data and anything after it are copied unchanged.
 QByteArray dropMetadataSegments(const QByteArray& jpeg);
 
+// Drops the application segments in which a camera keeps its own record of the shot beside the
+// EXIF (Canon's CIFF heap, Qualcomm's camera attributes): dates, owner, settings that a removal
+// of the EXIF must take too.
+QByteArray dropCameraRecordSegments(const QByteArray& jpeg);
+
 }  // namespace pelorin

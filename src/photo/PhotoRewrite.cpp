@@ -3,6 +3,7 @@
 #include "model/SafeOutput.h"
 #include "photo/ApplyPhotoChanges.h"
 #include "photo/CarriedExif.h"
+#include "photo/ContainerProperties.h"
 #include "photo/Cr3PhotoRewrite.h"
 #include "photo/Exiv2Model.h"
 #include "photo/HeifFile.h"
@@ -313,6 +314,8 @@ PhotoWriteResult CopyPhotoWithProperties(const QString& sourcePath, const PhotoC
                 addRequiredJpegExif(image->exifData(), source, image->iccProfileDefined(), exifBefore);
             else if (format.container == PhotoContainer::Jpeg)
                 addRequiredExifToNewJpegDirectories(image->exifData(), source, image->iccProfileDefined(), exifBefore);
+            else if (format.container == PhotoContainer::Tiff)
+                addRequiredExifToNewTiffDirectories(image->exifData(), exifBefore);
             // Kinds without an IPTC record (WebP) keep its values (title, keywords, ...) in XMP.
             if (!format.iptcWritable && !image->iptcData().empty()) {
                 Exiv2::copyIptcToXmp(image->iptcData(), image->xmpData());
@@ -337,6 +340,9 @@ PhotoWriteResult CopyPhotoWithProperties(const QString& sourcePath, const PhotoC
         }
         if (changes.removeAllMetadata && format.container == PhotoContainer::Jpeg)
             rewritten = dropMetadataSegments(rewritten);
+        else if (format.container == PhotoContainer::Jpeg && changes.groups.contains(QStringLiteral("{Exif}"))
+                 && changes.groups.value(QStringLiteral("{Exif}")).isNull())
+            rewritten = dropCameraRecordSegments(rewritten);
         if (format.container == PhotoContainer::Jpeg && iptcUntouched)
             rewritten = jpegWithPhotoshopSegmentsOf(source, rewritten);
         else if (format.container == PhotoContainer::Jpeg && iptcRemoved)
@@ -398,6 +404,7 @@ std::optional<QByteArray> writeCarried(const QByteArray& newJpeg, const CarriedM
     QStringList warnings;
     applyPhotoChanges({to->exifData(), to->iptcData(), to->xmpData()}, adjustments, &warnings);
     addRequiredJpegExif(to->exifData(), newJpeg, !profile.isEmpty());
+    bringExifUpToItsNewJpeg(to->exifData());
     if (!carried.xmpPacket.empty()) {
         to->xmpPacket() = carried.xmpPacket;
         keepSourceXmpForms(*to, xmp, carried.sourceJpeg);
@@ -429,6 +436,10 @@ std::optional<QByteArray> carryMetadataOver(const QByteArray& sourcePhoto, const
             carried.profile = QByteArray(reinterpret_cast<const char*>(from->iccProfile()->pData_), int(from->iccProfile()->size_));
         if (from->imageType() == Exiv2::ImageType::jpeg)
             carried.sourceJpeg = sourcePhoto;
+        // exiv2 reads no metadata from a GIF; its XMP comes along all the same.
+        const QByteArray gifPacket = from->imageType() == Exiv2::ImageType::gif ? gifXmpPacket(sourcePhoto) : QByteArray();
+        if (!gifPacket.isEmpty() && Exiv2::XmpParser::decode(carried.xmp, gifPacket.toStdString()) == 0)
+            carried.xmpPacket = gifPacket.toStdString();
         return writeCarried(newJpeg, carried, adjustments, error);
     } catch (const std::exception& e) {
         if (error)

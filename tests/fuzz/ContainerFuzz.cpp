@@ -12,6 +12,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     pelorin::readJfifGroup(bytes);
     pelorin::readPngGroup(bytes);
     pelorin::readGifGroup(bytes);
+    pelorin::gifXmpPacket(bytes);
     pelorin::iccProfileDescription(bytes);
     const QByteArray filtered = pelorin::dropMetadataSegments(bytes);
     // Filtering only ever removes whole segments.

@@ -83,6 +83,32 @@ TEST_F(RecompressionTest, PortraitPhotosComeOutUprightWithTheirMetadataAndDate)
     EXPECT_EQ(readFileDates(output).modified, instantFromWallClock(*capture));
 }
 
+// exiv2 reads nothing from a GIF; the XMP an editor put into one (ImageMagick makes the GIF,
+// exiftool the XMP) must still reach the small copy. Lens tags of EXIF 2.3 under an older
+// ExifVersion (as phones write them) come with a version that admits them.
+TEST_F(RecompressionTest, GifXmpAndNewerExifTagsTravelIntoTheCopy)
+{
+    QTemporaryDir dir;
+    const QString gif = dir.filePath(QStringLiteral("drawing.gif"));
+    ASSERT_TRUE(test::imageMagick({QStringLiteral("-size"), QStringLiteral("64x48"), QStringLiteral("gradient:red-blue"), gif}));
+    ASSERT_TRUE(test::exiftoolWrite(gif, {QStringLiteral("-XMP-dc:Title=Drawn by hand"), QStringLiteral("-XMP-dc:Subject=sketch")}));
+    const CommandResult result = smallCopies({gif}, false);
+    ASSERT_TRUE(result.succeeded()) << result.skipped.value(0).reason.toStdString();
+    const QJsonObject after = test::exiftool(result.written.value(0));
+    EXPECT_EQ(after.value(QStringLiteral("XMP-dc:Title")).toString(), QStringLiteral("Drawn by hand"));
+    EXPECT_EQ(after.value(QStringLiteral("XMP-dc:Subject")).toVariant().toStringList(), QStringList{QStringLiteral("sketch")});
+
+    const QString photo = dir.filePath(QStringLiteral("lens.jpg"));
+    ASSERT_TRUE(QFile::copy(dataPath(QStringLiteral("exiv2-FurnaceCreekInn_gps.jpg")), photo));
+    QFile::setPermissions(photo, QFile::ReadOwner | QFile::WriteOwner);
+    ASSERT_TRUE(test::exiftoolWrite(photo, {QStringLiteral("-ExifIFD:ExifVersion=0221"), QStringLiteral("-ExifIFD:LensModel=Zoom 6-72mm")}));
+    const CommandResult lens = smallCopies({photo}, false);
+    ASSERT_TRUE(lens.succeeded()) << lens.skipped.value(0).reason.toStdString();
+    const QJsonObject copy = test::exiftool(lens.written.value(0));
+    EXPECT_EQ(copy.value(QStringLiteral("ExifIFD:LensModel")).toString(), QStringLiteral("Zoom 6-72mm"));
+    EXPECT_EQ(copy.value(QStringLiteral("ExifIFD:ExifVersion")).toString(), QStringLiteral("0232"));
+}
+
 TEST_F(RecompressionTest, NamesFollowTheSourceAndPngBecomesJpg)
 {
     EXPECT_EQ(recompressedOutputPath(QStringLiteral("/a/IMG_1.JPG")), QStringLiteral("/a/IMG_1_date.JPG"));

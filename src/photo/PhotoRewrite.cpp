@@ -155,9 +155,14 @@ void keepSourceXmpForms(Exiv2::Image& image, const Exiv2::XmpData& before, const
         image.writeXmpFromPacket(true);
         return;
     }
+    if (image.xmpData().empty()) {
+        // Every value removed: no packet at all (exiv2's WebP writer would keep the old one).
+        image.xmpPacket().clear();
+        image.writeXmpFromPacket(true);
+        return;
+    }
     std::string packet;
-    if (image.xmpData().empty()
-        || Exiv2::XmpParser::encode(packet, image.xmpData(), Exiv2::XmpParser::useCompactFormat | Exiv2::XmpParser::omitAllFormatting) > 1)
+    if (Exiv2::XmpParser::encode(packet, image.xmpData(), Exiv2::XmpParser::useCompactFormat | Exiv2::XmpParser::omitAllFormatting) > 1)
         return;
     image.xmpPacket() = withSourceNamespaceUris(packet, sourcePacket);
     image.writeXmpFromPacket(true);

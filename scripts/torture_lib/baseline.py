@@ -13,7 +13,7 @@ class Reading:
         self.path = path
         self.sha256 = tools.sha256_file(path)
         et = tools.exiftool()
-        self.tags = et.tags(path)
+        self.tags = et.tags(wav_id3_visible(path, workdir) if kind == "audio" else path)
         self.warnings = et.warnings(path)
         self.probe = tools.ffprobe(path) if kind in ("audio", "video") else None
         self.probe_tags = tools.ffprobe_tags(self.probe)
@@ -34,6 +34,36 @@ class Reading:
                 self._pictures = mutagen_pictures(self.path)
                 self._pictures_done = True
             return self._pictures
+
+
+def wav_id3_visible(path, workdir):
+    """The path exiftool is to read a WAV file's tags from. exiftool reads the ID3 tag of a
+    WAV only from an 'id3 ' chunk; a file whose tag chunk is named 'ID3 ' (mutagen, TagLib)
+    is read from a copy with the name in lower case, so that its tag is compared too."""
+    import shutil
+    import struct
+    import tempfile
+    with open(path, "rb") as f:
+        data = f.read(1 << 26)
+    if data[:4] != b"RIFF" or data[8:12] != b"WAVE":
+        return path
+    pos, upper = 12, None
+    while pos + 8 <= len(data):
+        name, size = struct.unpack("<4sI", data[pos:pos + 8])
+        if name == b"id3 ":
+            return path
+        if name == b"ID3 " and upper is None:
+            upper = pos
+        pos += 8 + size + (size & 1)
+    if upper is None:
+        return path
+    folder = tempfile.mkdtemp(dir=workdir)
+    copy = os.path.join(folder, os.path.basename(path))
+    shutil.copyfile(path, copy)
+    with open(copy, "r+b") as f:
+        f.seek(upper)
+        f.write(b"id3 ")
+    return copy
 
 
 def mutagen_pictures(path):
@@ -73,6 +103,47 @@ def mutagen_pictures(path):
                         pos += 2
                     pos += 2
                 found.append(raw[pos:])
+    return found
+
+
+# mutagen's names of the fields the audio commands check, per tag kind: easy keys for ID3 and
+# MP4, the field names of Vorbis comments and APE tags, ASF's attribute names.
+MUTAGEN_NAMES = {
+    "title": ("title", "Title", "TITLE", "TIT2", "\xa9nam"),
+    "artist": ("artist", "Author", "Artist", "ARTIST", "TPE1", "\xa9ART"),
+    "album": ("album", "WM/AlbumTitle", "Album", "ALBUM", "TALB", "\xa9alb"),
+    "comment": ("comment", "Description", "Comment", "COMMENT", "\xa9cmt"),
+    "genre": ("genre", "WM/Genre", "Genre", "GENRE", "TCON", "\xa9gen"),
+    "date": ("date", "WM/Year", "Year", "DATE", "TDRC", "\xa9day"),
+    "track": ("tracknumber", "WM/TrackNumber", "Track", "TRACKNUMBER", "TRCK", "trkn"),
+}
+
+
+def mutagen_text_tags(path):
+    """{field: first value as text} as mutagen reads the file, for the fields of MUTAGEN_NAMES;
+    None when mutagen cannot read it. The reader for files ffprobe cannot open."""
+    f, _ = tools.mutagen_file(path)
+    if f is None:
+        return None
+    tags = getattr(f, "tags", None)
+    found = {}
+    if tags is None:
+        return found
+    for field, names in MUTAGEN_NAMES.items():
+        for name in names:
+            try:
+                value = tags[name] if name in tags else None
+            except (KeyError, ValueError, TypeError):
+                value = None
+            if value is None:
+                continue
+            first = value[0] if isinstance(value, list) and value else value
+            text = getattr(first, "text", None)
+            first = text[0] if isinstance(text, list) and text else first
+            text = str(getattr(first, "value", first))
+            if text:  # an empty text (an ASF content description's unused slot) says nothing
+                found[field] = text
+                break
     return found
 
 

@@ -46,6 +46,30 @@ class Context:
     def out_pictures(self):
         return self.out.pictures()
 
+    # exiftool's names of the fields ffprobe and mutagen name in lower case.
+    EXIFTOOL_FIELDS = {"title": "Title", "artist": "Artist", "album": "Album", "comment": "Comment",
+                       "genre": "Genre", "date": "Date", "track": "TrackNumber"}
+
+    def out_audio_tags(self):
+        """The output's audio fields as the first of ffprobe, mutagen and exiftool that opens
+        the file reads them: ffprobe opens no ASF file whose index is damaged and no Ogg
+        stream with a bad page, mutagen no FLAC whose STREAMINFO is cut short."""
+        return self._audio_reading()[1]
+
+    def audio_reader(self):
+        return self._audio_reading()[0]
+
+    def _audio_reading(self):
+        if self.out.probe is not None:
+            return "ffprobe", self.out_probe_tags
+        from .baseline import mutagen_text_tags
+        found = mutagen_text_tags(self.output)
+        if found is not None:
+            return "mutagen", found
+        return "exiftool", {field: tagsets.first(self.out_tags, "*:*:" + name)
+                            for field, name in self.EXIFTOOL_FIELDS.items()
+                            if tagsets.first(self.out_tags, "*:*:" + name) is not None}
+
     def src_pictures(self):
         return self.src.pictures()
 

@@ -42,6 +42,16 @@ MAKERNOTE_COUNT = ("exiv2 writes a Nikon maker note shorter than before but keep
                    "exiftool warns of the overlap)")
 EMPTY_BAG = "exiv2 re-serialises an empty XMP bag that exiftool then reports as ignored"
 
+DUPLICATE_TAGS = ("the sample holds two tags of a kind its format allows once (two ID3 chunks and "
+                  "two INFO lists in a WAV, two Vorbis comment blocks in a FLAC); TagLib, mutagen "
+                  "and ffmpeg read the first, which the output keeps; the second, which only "
+                  "exiftool reads, is dropped when TagLib saves (damaged input, not repaired)")
+ITUNES_V22 = ("the iTunes ID3v2.2 tag holds its volume adjustment (RVA: v2.3's RVAD, which v2.4 "
+              "cannot hold) and its sort orders (TSA/TSP/TST: v2.4's TSOA/TSOP/TSOT, which v2.3 "
+              "does not define), so no version holds both by the book; it is saved as v2.3 with "
+              "the sort frames as iTunes itself writes them. exiftool extracts a v2.3 RVAD only "
+              "as an unknown tag (-u), where it reads back unchanged")
+
 # (command glob, file-name glob, problem prefix, diagnosis)
 KNOWN = [
     ("*", "et-Nikon_D70.nef", "exiftool -validate warns: [minor] Bad NikonScanIFD", NIKON_SCAN),
@@ -78,6 +88,13 @@ KNOWN = [
      TIFF_IPTC_IRB),
     ("*", "*.tif", "exiftool -validate warns: IPTCDigest is not current", TIFF_IPTC_IRB),
     ("*", "*.tif", "tag changed: IPTC:IPTC2:", TIFF_IPTC_IRB),
+    ("tags set*", "taglib-duplicate_tags.wav", "tag changed: ID3:ID3v2:", DUPLICATE_TAGS),
+    ("tags set*", "taglib-duplicate_tags.wav", "tag changed: RIFF:RIFF:", DUPLICATE_TAGS),
+    ("tags set*", "taglib-multiple-vc.flac", "tag changed: Vorbis:Vorbis:", DUPLICATE_TAGS),
+    ("tags set*", "taglib-itunes10_id3v22_apic.mp3",
+     "exiftool -validate warns: [minor] Frame 'TSO", ITUNES_V22),
+    ("tags set*", "taglib-itunes10_id3v22_apic.mp3",
+     "tag changed: ID3:ID3v2:RelativeVolumeAdjustment:", ITUNES_V22),
 ]
 
 

@@ -5,6 +5,7 @@ Each function returns a dict {part: digest}, or None when the file's payload can
 be located (a damaged sample): such a file gets no payload comparison."""
 
 import hashlib
+import os
 import struct
 
 from . import tools
@@ -271,10 +272,10 @@ def heif_items(path):
         return None
 
 
-def ffmpeg_streams(path, selector, data=None):
+def ffmpeg_streams(path, selector, data=None, demuxer="mp3"):
     """md5 of every packet of the selected streams, stream-copied by ffmpeg (reading
-    data from its standard input when given)."""
-    argv = ["ffmpeg", "-v", "error"] + (["-f", "mp3", "-i", "pipe:0"] if data is not None
+    data from its standard input, with the given demuxer, when given)."""
+    argv = ["ffmpeg", "-v", "error"] + (["-f", demuxer, "-i", "pipe:0"] if data is not None
                                         else ["-nostdin", "-i", path])
     for s in selector:
         argv += ["-map", s]
@@ -290,12 +291,35 @@ def ffmpeg_streams(path, selector, data=None):
     return parts or None
 
 
+def _before_trailing_tags(data):
+    """Where an MP3's audio ends: before its ID3v1 tag, APEv2 tag and Lyrics3v2 block,
+    which sit after the last frame in any order."""
+    end = len(data)
+    for _ in range(8):
+        if end >= 128 and data[end - 128:end - 125] == b"TAG":
+            end -= 128
+        elif end >= 32 and data[end - 32:end - 24] == b"APETAGEX":
+            size, _, flags = struct.unpack("<III", data[end - 20:end - 8])
+            end -= size + (32 if flags & 0x80000000 else 0)
+        elif end >= 15 and data[end - 9:end] == b"LYRICS200" and data[end - 15:end - 9].isdigit():
+            end -= 15 + int(data[end - 15:end - 9])
+        else:
+            break
+    return max(end, 0)
+
+
+# Formats whose tags sit behind the audio, by extension, with ffmpeg's demuxer for them.
+TRAILING_TAG_DEMUXERS = {".mp3": "mp3", ".ape": "ape", ".mpc": "mpc", ".tta": "tta"}
+
+
 def audio(path):
-    if path.lower().endswith(".mp3"):
+    demuxer = TRAILING_TAG_DEMUXERS.get(os.path.splitext(path)[1].lower())
+    if demuxer:
         data = _read(path)
-        if len(data) > 128 and data[-128:-125] == b"TAG":
-            # ffmpeg counts a trailing ID3v1 tag into the last frame's packet.
-            return ffmpeg_streams(path, ["0:a"], data=data[:-128])
+        end = _before_trailing_tags(data)
+        if end != len(data):
+            # ffmpeg counts trailing tags into the last frame's packet.
+            return ffmpeg_streams(path, ["0:a"], data=data[:end], demuxer=demuxer)
     return ffmpeg_streams(path, ["0:a"])
 
 

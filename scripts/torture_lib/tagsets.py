@@ -4,6 +4,8 @@ the patterns that say which tags a command is about or may legitimately change."
 import fnmatch
 import re
 
+from . import audiotags
+
 
 def split(key):
     """(family 0, family 1, name) of a key; the CopyN part is dropped."""
@@ -37,7 +39,7 @@ def plain(key):
     g0, g1, name = split(key)
     name = LANGUAGE.sub("", name)
     key = "%s:%s:%s" % (g0, g1, name) if g0 else name
-    return ID3_DATES.get(key, key)
+    return audiotags.plain_key(ID3_DATES.get(key, key))
 
 
 def matches(key, patterns):
@@ -75,6 +77,9 @@ def _by_plain_key(tags, skip, about):
     found = {}
     for key, value in tags.items():
         if matches(key, skip) or about(key):
+            continue
+        value = audiotags.plain_value(plain(key), value)
+        if value is None:
             continue
         found.setdefault(plain(key), []).append(json.dumps(value, sort_keys=True, ensure_ascii=False))
     return {k: sorted(v) for k, v in found.items()}

@@ -96,6 +96,24 @@ AudioContainer detectOgg(const QByteArray& bytes)
     return AudioContainer::Unknown;
 }
 
+// Audio containers whose tags no writer here can store. Named so that such a file is refused
+// with its name instead of being searched for MPEG frames: PCM samples can look like two
+// frame headers in a row, and an ID3v2 tag put in front of the file would turn it into an MP3.
+QString unwritableContainerName(const QByteArray& header)
+{
+    if (at(header, 0, "RIFX"))
+        return QStringLiteral("big-endian RIFX WAVE");
+    if ((at(header, 0, "RF64") || at(header, 0, "BW64")) && at(header, 8, "WAVE"))
+        return QStringLiteral("RF64 WAVE");
+    if (at(header, 0, "riff\x2E\x91\xCF\x11"))
+        return QStringLiteral("Wave64");
+    if (at(header, 0, "DSD "))
+        return QStringLiteral("DSF");
+    if (at(header, 0, "FRM8"))
+        return QStringLiteral("DSDIFF");
+    return {};
+}
+
 }  // namespace
 
 namespace {
@@ -123,6 +141,8 @@ AudioContainer detectBehindId3(const QByteArray& behind)
 
 AudioContainer detectAudioContainer(const QByteArray& header)
 {
+    if (!unwritableContainerName(header).isEmpty())
+        return AudioContainer::Unknown;
     if (at(header, 0, "RIFF") && at(header, 8, "WAVE"))
         return AudioContainer::Wav;
     if (at(header, 0, "FORM") && (at(header, 8, "AIFF") || at(header, 8, "AIFC")))
@@ -167,9 +187,14 @@ AudioContainer detectAudioContainerOfFile(const QString& path, QString* problem)
         container = file.seek(skip) ? detectBehindId3(file.read(4096)) : AudioContainer::Mpeg;
     else
         container = detectAudioContainer(header);
-    if (container == AudioContainer::Unknown && problem)
-        *problem = header.isEmpty() ? QStringLiteral("the file is empty")
-                                    : QStringLiteral("not an audio container this program knows");
+    if (container != AudioContainer::Unknown || !problem)
+        return container;
+    if (header.isEmpty())
+        *problem = QStringLiteral("the file is empty");
+    else if (const QString name = unwritableContainerName(header); !name.isEmpty())
+        *problem = QStringLiteral("a %1 file, whose tags this program neither reads nor writes").arg(name);
+    else
+        *problem = QStringLiteral("not an audio container this program knows");
     return container;
 }
 
@@ -214,7 +239,6 @@ AudioCapabilities audioCapabilities(AudioContainer container)
     case AudioContainer::Unknown:
         return {false, false};
     case AudioContainer::Caf:  // CAF has no standard picture chunk
-    case AudioContainer::Asf:
     case AudioContainer::Ape:
     case AudioContainer::WavPack:
     case AudioContainer::Mpc:

@@ -17,15 +17,18 @@
 #include "audio/AudioEdits.h"
 
 #include "audio/AsfHeaderCheck.h"
+#include "audio/AsfTags.h"
 #include "audio/AudioItems.h"
 #include "audio/AudioReadBack.h"
 #include "audio/AudioScratchCopy.h"
 #include "audio/CafInfo.h"
 #include "audio/CheckedFileStream.h"
+#include "audio/Id3EmptyFrames.h"
 #include "audio/Id3VersionFrames.h"
 #include "audio/Mp4KeyTags.h"
 #include "audio/Mp4TagLibRefusal.h"
 #include "audio/TagLibFiles.h"
+#include "audio/WavTagRemoval.h"
 #include "model/DateText.h"
 #include "model/FileDates.h"
 #include "model/LocalTime.h"
@@ -33,6 +36,8 @@
 #include "model/SafeOutput.h"
 
 #include <taglib/apefile.h>
+#include <taglib/apetag.h>
+#include <taglib/asffile.h>
 #include <taglib/attachedpictureframe.h>
 #include <taglib/commentsframe.h>
 #include <taglib/flacfile.h>
@@ -40,10 +45,12 @@
 #include <taglib/id3v2tag.h>
 #include <taglib/infotag.h>
 #include <taglib/mp4file.h>
+#include <taglib/mpcfile.h>
 #include <taglib/mpegfile.h>
 #include <taglib/oggfile.h>
 #include <taglib/textidentificationframe.h>
 #include <taglib/tpropertymap.h>
+#include <taglib/trueaudiofile.h>
 #include <taglib/wavfile.h>
 #include <taglib/wavpackfile.h>
 #include <taglib/xiphcomment.h>
@@ -166,9 +173,15 @@ void setId3Picture(TagLib::ID3v2::Tag* tag, const QByteArray& image)
     tag->addFrame(picture);
 }
 
-TagLib::ID3v2::Version keptVersion(int version)
+bool touchesId3v1(const Changes& changes)
 {
-    return version == 4 ? TagLib::ID3v2::v4 : TagLib::ID3v2::v3;
+    return std::any_of(changes.begin(), changes.end(), [](const AudioFieldChange& c) {
+        switch (c.field) {
+        case AudioField::Title: case AudioField::Artist: case AudioField::Album:
+        case AudioField::Comments: case AudioField::Year: case AudioField::TrackNumber: return true;
+        default: return false;
+        }
+    });
 }
 
 void updateId3v1(TagLib::ID3v1::Tag* tag, const Changes& changes)
@@ -274,7 +287,21 @@ void setMp4Picture(TagLib::MP4::Tag* tag, const QByteArray& image)
     tag->setItem("covr", TagLib::MP4::Item(covers));
 }
 
-void setProperties(TagLib::File& file, const Changes& changes)
+// The changes of the fields a tag already holds: a second tag beside the main one (an MP3's
+// APE tag) follows edits of its own fields, so that it never contradicts the main tag, but
+// does not take on new ones.
+Changes changesOfHeldFields(const TagLib::PropertyMap& held, const Changes& changes)
+{
+    Changes kept;
+    for (const AudioFieldChange& c : changes)
+        if (held.contains(kXiphNames[index(c.field)]))
+            kept.append(c);
+    return kept;
+}
+
+// A whole file's or one tag's properties (an MP3's APE tag).
+template <typename Holder>
+void setProperties(Holder& file, const Changes& changes)
 {
     TagLib::PropertyMap properties = file.properties();
     for (const AudioFieldChange& c : changes) {
@@ -318,24 +345,31 @@ struct Job {
     bool remove = false;
 };
 
-bool edit(TagLib::File& file, const Job& job, CommandResult& result, const QString& source, QString* problem)
+bool edit(TagLib::File& file, const Job& job, QString* problem)
 {
     using namespace TagLib;
-    const ID3v2::Version version = keptVersion(job.id3Version);
     if (auto mpeg = dynamic_cast<MPEG::File*>(&file)) {
         if (job.remove)
             return mpeg->strip(MPEG::File::AllTags);
         setId3Fields(mpeg->ID3v2Tag(true), job.changes);
         if (!job.artwork.isEmpty())
             setId3Picture(mpeg->ID3v2Tag(true), job.artwork);
+        const ID3v2::Version version = id3VersionToWrite(mpeg->ID3v2Tag(), job.id3Version);
         fitId3FramesToVersion(mpeg->ID3v2Tag(), version);
+        // An ID3v1 or APE tag is saved again only when a field it holds changed: TagLib
+        // renders them anew from what it read, trimmed, and the rest of them would change too.
         int tags = MPEG::File::ID3v2;
-        if (mpeg->hasID3v1Tag()) {
+        if (mpeg->hasID3v1Tag() && touchesId3v1(job.changes)) {
             updateId3v1(mpeg->ID3v1Tag(), job.changes);
             tags |= MPEG::File::ID3v1;
         }
-        if (mpeg->hasAPETag())
-            tags |= MPEG::File::APE;
+        if (mpeg->hasAPETag()) {
+            const Changes held = changesOfHeldFields(mpeg->APETag()->properties(), job.changes);
+            if (!held.isEmpty()) {
+                setProperties(*mpeg->APETag(), held);
+                tags |= MPEG::File::APE;
+            }
+        }
         return mpeg->save(tags, File::StripNone, version, File::DoNotDuplicate);
     }
     if (auto flac = dynamic_cast<FLAC::File*>(&file)) {
@@ -357,6 +391,8 @@ bool edit(TagLib::File& file, const Job& job, CommandResult& result, const QStri
     if (auto wav = dynamic_cast<RIFF::WAV::File*>(&file)) {
         if (job.remove) {
             wav->strip();
+            if (auto chunks = dynamic_cast<WavChunkFile*>(wav))
+                removeWavDescriptiveChunks(*chunks);
             return true;
         }
         for (const AudioFieldChange& c : job.changes) {
@@ -373,6 +409,7 @@ bool edit(TagLib::File& file, const Job& job, CommandResult& result, const QStri
         setId3Fields(wav->ID3v2Tag(), job.changes);
         if (!job.artwork.isEmpty())
             setId3Picture(wav->ID3v2Tag(), job.artwork);
+        const ID3v2::Version version = id3VersionToWrite(wav->ID3v2Tag(), job.id3Version);
         fitId3FramesToVersion(wav->ID3v2Tag(), version);
         return wav->save(RIFF::WAV::File::AllTags, File::StripNone, version);
     }
@@ -392,6 +429,7 @@ bool edit(TagLib::File& file, const Job& job, CommandResult& result, const QStri
         setId3Fields(aiff->tag(), job.changes);
         if (!job.artwork.isEmpty())
             setId3Picture(aiff->tag(), job.artwork);
+        const ID3v2::Version version = id3VersionToWrite(aiff->tag(), job.id3Version);
         fitId3FramesToVersion(aiff->tag(), version);
         return aiff->save(version);
     }
@@ -433,17 +471,27 @@ bool edit(TagLib::File& file, const Job& job, CommandResult& result, const QStri
         }
         return ogg->save();
     }
+    if (auto asf = dynamic_cast<ASF::File*>(&file)) {
+        if (job.remove)
+            removeAsfTags(asf->tag());
+        else
+            setProperties(file, job.changes);
+        if (!job.artwork.isEmpty())
+            setAsfFrontCover(asf->tag(), job.artwork, mimeOf(job.artwork));
+        return asf->save();
+    }
     if (job.remove) {
-        if (auto ape = dynamic_cast<APE::File*>(&file)) {
+        // strip() only drops the tags in memory; the save writes the file without them.
+        if (auto ape = dynamic_cast<APE::File*>(&file))
             ape->strip();
-            return true;
-        }
-        if (auto wavpack = dynamic_cast<WavPack::File*>(&file)) {
+        else if (auto wavpack = dynamic_cast<WavPack::File*>(&file))
             wavpack->strip();
-            return true;
-        }
-        file.setProperties(PropertyMap());
-        result.noteOnce(QStringLiteral("%1: pictures of this kind of file are kept").arg(source));
+        else if (auto mpc = dynamic_cast<MPC::File*>(&file))
+            mpc->strip();
+        else if (auto tta = dynamic_cast<TrueAudio::File*>(&file))
+            tta->strip();
+        else
+            file.setProperties(PropertyMap());
         return file.save();
     }
     setProperties(file, job.changes);
@@ -517,8 +565,7 @@ bool renameWavId3Chunk(const QString& path)
     return true;
 }
 
-bool editWithTagLib(const QString& path, const Job& job, CommandResult& result,
-                    const QString& source, QString* problem)
+bool editWithTagLib(const QString& path, const Job& job, QString* problem)
 {
     CheckedFileStream stream(path);
     const std::unique_ptr<TagLib::File> file = openFile(job.container, &stream);
@@ -526,7 +573,7 @@ bool editWithTagLib(const QString& path, const Job& job, CommandResult& result,
         *problem = QStringLiteral("TagLib cannot read this %1 file").arg(audioContainerName(job.container));
         return false;
     }
-    const bool saved = edit(*file, job, result, source, problem);
+    const bool saved = edit(*file, job, problem);
     if (stream.writeError() != 0) {
         *problem = QStringLiteral("cannot write the tags: %1").arg(writeErrorText(stream.writeError()));
         return false;
@@ -563,9 +610,9 @@ CommandResult run(const QString& source, Job job, const QString& openingCreated,
         return result;
     }
     if (!audioCapabilities(job.container).writeArtwork && !job.artwork.isEmpty()) {
-        result.noteOnce(QStringLiteral("%1 files keep no artwork; the picture was not written")
-                            .arg(audioContainerName(job.container)));
-        job.artwork.clear();
+        result.skip(source, QStringLiteral("%1 files cannot hold artwork here; nothing was written")
+                                .arg(audioContainerName(job.container)));
+        return result;
     }
     const QString target = context.claimOutput(storageOutputPath(context.storageFolder, QFileInfo(source).fileName()), source);
     // The output takes the typed created date when it was changed and is a date, else the
@@ -603,7 +650,8 @@ CommandResult run(const QString& source, Job job, const QString& openingCreated,
             problem = QStringLiteral("the file is damaged (%1); nothing was written").arg(damage);
         } else {
             AudioScratchCopy copy(source, target);
-            ok = copy.create() && editWithTagLib(copy.path(), job, result, source, &problem)
+            ok = copy.create() && dropEmptyId3Frames(copy.path(), job.container)
+                 && editWithTagLib(copy.path(), job, &problem)
                  && (job.container != AudioContainer::Wav || renameWavId3Chunk(copy.path()));
             ok = ok && copy.commit([&](const QString& scratch) { return audioReadBackProblem(scratch, source, reading); });
             if (!ok && problem.isEmpty())

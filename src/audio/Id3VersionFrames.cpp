@@ -4,6 +4,9 @@
 #include <taglib/unknownframe.h>
 
 #include <algorithm>
+#include <iterator>
+#include <regex>
+#include <utility>
 #include <vector>
 
 namespace pelorin::taglib {
@@ -67,8 +70,61 @@ void fitToV24(Tag* tag)
         removeId3Frames(tag, {"TORY"});
 }
 
+// v2.2 frames TagLib reads but cannot name in v2.3/v2.4 terms: it keeps their three-letter
+// IDs, which no later version can hold, so they would be dropped on save. Their v2.3 frames
+// have the same layout.
+const std::pair<const char*, const char*> kV22Leftovers[] = {
+    {"RVA", "RVAD"}, {"EQU", "EQUA"}, {"TIM", "TIME"}, {"TDA", "TDAT"}, {"TSI", "TSIZ"}};
+
+// Frames that only v2.4 defines, as TagLib names what it read (iTunes' v2.2 sort orders among them).
+const char* const kOnlyV24[] = {"TSOA", "TSOP", "TSOT", "TSST", "TMOO", "TPRO", "TDRL", "TDEN",
+                                "TDTG", "TIPL", "TMCL", "RVA2", "EQU2", "ASPI", "SEEK", "SIGN"};
+// Frames that only v2.3 defines and that v2.4 has no way to hold.
+const char* const kOnlyV23[] = {"RVA", "EQU", "TIM", "TDA", "TSI", "RVAD", "EQUA", "TIME", "TDAT",
+                                "TSIZ", "TRDA"};
+
+bool holdsAny(Tag* tag, const auto& ids)
+{
+    return std::any_of(std::begin(ids), std::end(ids),
+                       [&](const char* id) { return !tag->frameList(id).isEmpty(); });
+}
+
+void renameV22Leftovers(Tag* tag)
+{
+    const std::vector<Frame*> frames(tag->frameList().begin(), tag->frameList().end());
+    for (Frame* frame : frames) {
+        for (const auto& [old, v23] : kV22Leftovers) {
+            if (frame->frameID() == old) {
+                tag->removeFrame(frame, false);  // filed under its ID: out, renamed, back in
+                FrameHeaderAccess::of(frame)->setFrameID(v23);
+                tag->addFrame(frame);
+            }
+        }
+    }
+}
+
+// TagLib writes a v2.4 date as v2.3's TYER (+ TDAT, TIME) from its first four characters; a
+// year frame of another form ("95", "2004-05", text) would be cut or dropped, so it stays a
+// TYER of the same text.
+void keepOddYear(Tag* tag)
+{
+    static const std::regex kWritten(R"(\d{4}(-\d{2}-\d{2}(T\d{2}:\d{2}(:\d{2})?)?)?)");
+    const FrameList dates = tag->frameList("TDRC");
+    if (dates.size() != 1)
+        return;
+    auto date = dynamic_cast<TagLib::ID3v2::TextIdentificationFrame*>(dates.front());
+    if (!date || std::regex_match(date->toString().to8Bit(true), kWritten))
+        return;
+    auto year = new TagLib::ID3v2::TextIdentificationFrame("TYER", date->textEncoding());
+    year->setText(date->fieldList());
+    tag->removeFrame(date);
+    tag->addFrame(year);
+}
+
 void fitToV23(Tag* tag)
 {
+    renameV22Leftovers(tag);
+    keepOddYear(tag);
     // TagLib writes TDAT from a TDRC of a whole day and TIME from one with a time of day.
     const TagLib::String date = firstText(tag, "TDRC");
     const bool writesDay = date.size() >= 10 && date[4] == '-' && date[7] == '-';
@@ -97,6 +153,15 @@ void removeId3Frames(Tag* tag, std::initializer_list<const char*> ids)
         for (Frame* frame : frames)
             tag->removeFrame(frame);
     }
+}
+
+TagLib::ID3v2::Version id3VersionToWrite(Tag* tag, int sourceVersion)
+{
+    if (sourceVersion == 4)
+        return TagLib::ID3v2::v4;
+    if (sourceVersion == 2 && holdsAny(tag, kOnlyV24) && !holdsAny(tag, kOnlyV23))
+        return TagLib::ID3v2::v4;
+    return TagLib::ID3v2::v3;
 }
 
 void fitId3FramesToVersion(Tag* tag, TagLib::ID3v2::Version version)

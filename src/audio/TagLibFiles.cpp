@@ -24,7 +24,7 @@ std::unique_ptr<TagLib::File> openFile(AudioContainer container, TagLib::IOStrea
     switch (container) {
     case AudioContainer::Mpeg: return std::make_unique<MPEG::File>(stream, ID3v2::FrameFactory::instance());
     case AudioContainer::Flac: return std::make_unique<FLAC::File>(stream, ID3v2::FrameFactory::instance());
-    case AudioContainer::Wav: return std::make_unique<RIFF::WAV::File>(stream);
+    case AudioContainer::Wav: return std::make_unique<WavChunkFile>(stream);
     case AudioContainer::Aiff: return std::make_unique<AiffChunkFile>(stream);
     case AudioContainer::Mp4: return std::make_unique<MP4::File>(stream);
     case AudioContainer::OggVorbis: return std::make_unique<Ogg::Vorbis::File>(stream);

@@ -3,6 +3,7 @@
 #include "audio/AudioContainer.h"
 
 #include <taglib/aifffile.h>
+#include <taglib/wavfile.h>
 #include <taglib/tfile.h>
 #include <taglib/tiostream.h>
 #include <taglib/tstring.h>
@@ -28,6 +29,17 @@ public:
     {
         setChunkData(chunk, bytes);
     }
+    void remove(const TagLib::ByteVector& chunk) { removeChunk(chunk); }
+};
+
+// A WAV file's chunks beside its tags (Broadcast Wave 'bext', XMP '_PMX', 'cart').
+class WavChunkFile : public TagLib::RIFF::WAV::File {
+public:
+    using TagLib::RIFF::WAV::File::File;
+    unsigned int count() { return chunkCount(); }
+    TagLib::ByteVector name(unsigned int i) { return chunkName(i); }
+    TagLib::ByteVector data(unsigned int i) { return chunkData(i); }
+    void set(unsigned int i, const TagLib::ByteVector& bytes) { setChunkData(i, bytes); }
     void remove(const TagLib::ByteVector& chunk) { removeChunk(chunk); }
 };
 

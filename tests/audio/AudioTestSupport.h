@@ -1,10 +1,16 @@
 #pragma once
 #include "TestPaths.h"
+#include "model/CommandContext.h"
 
+#include <QBuffer>
 #include <QCryptographicHash>
 #include <QFile>
+#include <QFileInfo>
+#include <QImage>
 #include <QProcess>
 #include <QString>
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
 
 namespace pelorin::test {
 
@@ -41,5 +47,31 @@ inline QString mutagen(const QString& script, const QString& path)
 {
     return runTool(QStringLiteral("/usr/bin/python3"), {QStringLiteral("-c"), script, path});
 }
+
+// A small PNG picture, as artwork to write.
+inline QByteArray smallPng()
+{
+    QImage image(8, 6, QImage::Format_RGB32);
+    image.fill(Qt::red);
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    image.save(&buffer, "PNG");
+    return bytes;
+}
+
+// A test with its own storage folder, where each output takes its source's name.
+class AudioStorageTest : public ::testing::Test {
+protected:
+    QTemporaryDir dir;
+    QString storage() const { return dir.filePath(QStringLiteral("out")); }
+    QString output(const QString& source) const { return storage() + QLatin1Char('/') + QFileInfo(source).fileName(); }
+    CommandContext context() const
+    {
+        CommandContext c;
+        c.storageFolder = storage();
+        return c;
+    }
+};
 
 }  // namespace pelorin::test

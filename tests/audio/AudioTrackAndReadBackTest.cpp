@@ -20,17 +20,8 @@ namespace {
 
 using pelorin::test::runs;
 
-class AudioTrackAndReadBackTest : public ::testing::Test {
+class AudioTrackAndReadBackTest : public test::AudioStorageTest {
 protected:
-    QTemporaryDir dir;
-    QString storage() const { return dir.filePath(QStringLiteral("out")); }
-    QString output(const QString& source) const { return storage() + QLatin1Char('/') + QFileInfo(source).fileName(); }
-    CommandContext context() const
-    {
-        CommandContext c;
-        c.storageFolder = storage();
-        return c;
-    }
     QStringList storedFiles() const { return QDir(storage()).entryList(QDir::Files | QDir::Hidden); }
 
     QString tone(const QString& name) const

@@ -55,17 +55,6 @@ const char* const kId3Compare =
     "    if k not in a or k not in b or a[k] != b[k] or getattr(a[k], 'data', 0) != getattr(b[k], 'data', 0):\n"
     "        print(k, b[k] if k in b else '<gone>')\n";
 
-QByteArray pngBytes()
-{
-    QImage image(8, 6, QImage::Format_RGB32);
-    image.fill(Qt::red);
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    buffer.open(QIODevice::WriteOnly);
-    image.save(&buffer, "PNG");
-    return bytes;
-}
-
 }  // namespace
 
 TEST_F(AudioWritingTest, Mp3TitleChangeKeepsEveryOtherFrameAndTheAudio)
@@ -169,7 +158,7 @@ TEST_F(AudioWritingTest, EmptiedFieldIsRemovedAndUnflaggedGroupIsLeftAlone)
 
 TEST_F(AudioWritingTest, NewArtworkIsAFrontCoverWithItsOwnType)
 {
-    const QByteArray png = pngBytes();
+    const QByteArray png = test::smallPng();
     ASSERT_TRUE(setField(QStringLiteral("beets-image.m4a"), AudioField::Title, QStringLiteral("x"), png).succeeded());
     EXPECT_EQ(test::mutagen(QStringLiteral("import sys, mutagen.mp4 as m; c = m.MP4(sys.argv[1])['covr'][0]; "
                                            "print(c.imageformat == m.MP4Cover.FORMAT_PNG, len(c))"),

@@ -139,3 +139,17 @@ TEST_F(Id3VersionFramesTest, WavId3ChunkKeepsItsV23Frames)
     EXPECT_TRUE(titled.contains(QLatin1String("TYER=1997"))) << titled.toStdString();
     EXPECT_TRUE(titled.contains(QLatin1String("TRDA=June-20th"))) << titled.toStdString();
 }
+
+// A v2.3 year that is not a plain date (a span, two digits, a text) stays whole: TagLib would
+// write only its first four characters, or nothing for a shorter one.
+TEST_F(Id3VersionFramesTest, V23YearOfAnotherFormStaysWhole)
+{
+    for (const QString& year : {QStringLiteral("1995-2000"), QStringLiteral("95"), QStringLiteral("ca._1920")}) {
+        QDir(storage()).removeRecursively();
+        const QString source = make(QStringLiteral("odd-year.mp3"), 3, {QStringLiteral("TYER=") + year});
+        ASSERT_EQ(frames(source), QStringLiteral("3 TYER=") + year);
+        EXPECT_EQ(sorted(edit(source, AudioField::Title, QStringLiteral("New"))),
+                  sorted(QStringLiteral("3 TIT2=New TYER=") + year));
+        QFile::remove(source);
+    }
+}

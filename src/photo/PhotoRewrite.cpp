@@ -8,6 +8,8 @@
 #include "photo/HeifFile.h"
 #include "photo/HeifPhotoRewrite.h"
 #include "photo/JpegExifRequirements.h"
+#include "photo/JpegMakerNote.h"
+#include "photo/MakerNoteValues.h"
 #include "photo/JpegSegments.h"
 #include "photo/PhotoCompleteness.h"
 #include "photo/PhotoFormats.h"
@@ -269,7 +271,7 @@ PhotoWriteResult CopyPhotoWithProperties(const QString& sourcePath, const PhotoC
                     : rewriteCr3Photo(sourcePath, format, changes, outputPath, options);
     }
     QByteArray rewritten;
-    PhotoExpectation expected{source, format, QFileInfo(sourcePath).suffix(), {}, {}};
+    PhotoExpectation expected{source, format, QFileInfo(sourcePath).suffix(), {}, {}, {}, false};
     if (changes.isEmpty()) {
         rewritten = source;
     } else {
@@ -282,6 +284,10 @@ PhotoWriteResult CopyPhotoWithProperties(const QString& sourcePath, const PhotoC
             const auto holds = format.container == PhotoContainer::Tiff ? exiv2_model::ExifHolds::TheImage
                                                                         : exiv2_model::ExifHolds::MetadataOnly;
             const Exiv2::ExifData exifBefore = image->exifData();
+            if (keepsMakerNotes(changes)) {
+                expected.makerNotes = makerNoteValues(exifBefore);
+                expected.makerNoteInPlace = format.container == PhotoContainer::Jpeg;
+            }
             applyPhotoChanges({image->exifData(), image->iptcData(), image->xmpData()}, changes, &result.warnings, holds);
             // An EXIF block made anew or cut down must still hold what a JPEG's EXIF requires.
             if (format.container == PhotoContainer::Jpeg && (changes.removeAllMetadata || exifBefore.empty()))
@@ -307,6 +313,8 @@ PhotoWriteResult CopyPhotoWithProperties(const QString& sourcePath, const PhotoC
             rewritten = dropMetadataSegments(rewritten);
         if (format.container == PhotoContainer::Jpeg)
             rewritten = jpegWithIptcDigestInStep(source, rewritten);
+        if (format.container == PhotoContainer::Jpeg && keepsMakerNotes(changes))
+            rewritten = jpegWithMakerNoteOf(jpegExifBlock(source), rewritten);
         if (format.container == PhotoContainer::Png && changes.removesSomething()) {
             const auto cleaned = removePngTextMetadata(rewritten, changes);
             if (!cleaned)
@@ -332,10 +340,14 @@ namespace {
 // adjustments.
 std::optional<QByteArray> writeCarried(const QByteArray& newJpeg, const Exiv2::ExifData& exif, const Exiv2::IptcData& iptc,
                                        const Exiv2::XmpData& xmp, const QByteArray& profile,
-                                       const PhotoChanges& adjustments, QString* error)
+                                       const PhotoChanges& adjustments, QString* error,
+                                       Exiv2::ByteOrder byteOrder = Exiv2::invalidByteOrder)
 {
     auto to = Exiv2::ImageFactory::open(reinterpret_cast<const Exiv2::byte*>(newJpeg.constData()), long(newJpeg.size()));
     to->readMetadata();
+    // The source's byte order, which maker notes that do not name their own depend on.
+    if (byteOrder != Exiv2::invalidByteOrder)
+        to->setByteOrder(byteOrder);
     to->setExifData(exifForNewJpeg(exif));
     to->setIptcData(iptc);
     to->setXmpData(xmp);
@@ -370,7 +382,11 @@ std::optional<QByteArray> carryMetadataOver(const QByteArray& sourcePhoto, const
         QByteArray profile;
         if (from->iccProfileDefined())
             profile = QByteArray(reinterpret_cast<const char*>(from->iccProfile()->pData_), int(from->iccProfile()->size_));
-        return writeCarried(newJpeg, from->exifData(), from->iptcData(), from->xmpData(), profile, adjustments, error);
+        auto carried = writeCarried(newJpeg, from->exifData(), from->iptcData(), from->xmpData(), profile, adjustments,
+                                    error, from->byteOrder());
+        if (carried && keepsMakerNotes(adjustments))
+            carried = jpegWithMakerNoteOf(jpegExifBlock(sourcePhoto), *carried);
+        return carried;
     } catch (const std::exception& e) {
         if (error)
             *error = QStringLiteral("cannot carry the metadata over: %1").arg(exiv2Message(e));

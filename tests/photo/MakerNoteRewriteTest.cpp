@@ -1,0 +1,185 @@
+#include "photo/ExifTiffTree.h"
+#include "photo/JpegMakerNote.h"
+#include "photo/PhotoProperties.h"
+#include "photo/PhotoReadBack.h"
+#include "photo/PhotoRewrite.h"
+
+#include "EncodedPicture.h"
+#include "ExifTool.h"
+#include "FileBytes.h"
+#include "QtPrinters.h"
+#include "TestPaths.h"
+
+#include <QFile>
+#include <QJsonDocument>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+namespace pelorin {
+namespace {
+
+using test::dataPath;
+using test::readAll;
+
+// Cameras whose maker notes exiv2 moves without their contents following: Olympus E-1
+// (directories in undefined blocks pointing into the rest of the note), Nintendo 3DS (unknown to
+// exiv2, offsets from the TIFF header), Canon S330 (little-endian note in a big-endian EXIF,
+// which exiv2 cannot read and wrote empty) and Nikon P6000 (values past the note's declared end).
+const QStringList kMakerNoteSamples{QStringLiteral("et-OlympusE1.jpg"), QStringLiteral("pil-sugarshack_first_image.jpg"),
+                                    QStringLiteral("mde-Canon_PowerShot_S330.jpg"), QStringLiteral("exs-Nikon_P6000_gps.jpg")};
+
+// The maker-note tags exiftool reads, as text so that a failed comparison shows them. Where an
+// embedded preview starts is given from the start of the file, which moves with the segments
+// before the EXIF; its bytes are compared instead.
+std::string makerNotes(const QString& path)
+{
+    QJsonObject tags = test::exiftool(path, {QStringLiteral("-MakerNotes:all"), QStringLiteral("-b")});
+    tags.remove(QStringLiteral("SourceFile"));
+    for (const QString& key : tags.keys()) {
+        if (key.endsWith(QLatin1String("ImageStart")))
+            tags.remove(key);
+    }
+    return QJsonDocument(tags).toJson().toStdString();
+}
+
+// New -validate warnings, but for the XMP namespace exiv2 spells its own way.
+QStringList newWarnings(const QString& source, const QString& output)
+{
+    QStringList warnings = test::newValidationWarnings(source, output);
+    warnings.removeIf([](const QString& w) { return w.contains(QLatin1String("xmlns:")); });
+    return warnings;
+}
+
+QVariantMap groupOf(const QString& path, const QString& group)
+{
+    return readPhotoProperties(path).properties.value(group).toMap();
+}
+
+// The changes of the commands that rewrite a JPEG's EXIF, each made to fit the sample.
+QList<QPair<QString, PhotoChanges>> exifRewrites(const QString& source)
+{
+    PhotoChanges artist;
+    QVariantMap tiff = groupOf(source, QStringLiteral("{TIFF}"));
+    tiff.insert(QStringLiteral("Artist"), QStringLiteral("Zoë Someone"));
+    artist.groups.insert(QStringLiteral("{TIFF}"), tiff);
+    PhotoChanges date;
+    QVariantMap exif = groupOf(source, QStringLiteral("{Exif}"));
+    exif.insert(QStringLiteral("DateTimeOriginal"), QStringLiteral("2001:02:03 04:05:06"));
+    date.groups.insert(QStringLiteral("{Exif}"), exif);
+    PhotoChanges noGps;
+    noGps.groups.insert(QStringLiteral("{GPS}"), QVariant());
+    PhotoChanges noIptc;
+    noIptc.groups.insert(QStringLiteral("{IPTC}"), QVariant());
+    return {{QStringLiteral("artist"), artist}, {QStringLiteral("date"), date},
+            {QStringLiteral("no GPS"), noGps}, {QStringLiteral("no IPTC"), noIptc}};
+}
+
+TEST(MakerNoteRewrite, EveryExifRewriteKeepsTheMakerNotesAsExiftoolReadsThem)
+{
+    QTemporaryDir out;
+    for (const QString& name : kMakerNoteSamples) {
+        const QString source = dataPath(name);
+        const std::string before = makerNotes(source);
+        ASSERT_GT(before.size(), 100u) << name.toStdString() << ": exiftool finds no maker notes";
+        for (const auto& [label, changes] : exifRewrites(source)) {
+            SCOPED_TRACE(QStringLiteral("%1, %2").arg(name, label).toStdString());
+            const QString output = out.filePath(label + QLatin1Char('-') + name);
+            const PhotoWriteResult result = CopyPhotoWithProperties(source, changes, output);
+            ASSERT_EQ(result.outcome, PhotoWriteResult::Outcome::Rewritten) << result.reason.toStdString();
+            EXPECT_EQ(makerNotes(output), before);
+            EXPECT_EQ(newWarnings(source, output), QStringList());
+        }
+    }
+}
+
+TEST(MakerNoteRewrite, SmallCopiesCarryTheMakerNotesIntact)
+{
+    QTemporaryDir out;
+    for (const QString& name : kMakerNoteSamples) {
+        SCOPED_TRACE(name.toStdString());
+        const QString source = dataPath(name);
+        const QByteArray small = test::plainJpeg(64, 48, Qt::darkCyan);
+        ASSERT_FALSE(small.isEmpty());
+        PhotoChanges upright;
+        upright.groups.insert(QStringLiteral("Orientation"), 1);
+        QString error;
+        const auto carried = carryMetadataOver(readAll(source), small, upright, &error);
+        ASSERT_TRUE(carried) << error.toStdString();
+        const QString output = out.filePath(name);
+        ASSERT_TRUE(test::writeAll(output, *carried));
+        EXPECT_EQ(makerNotes(output), makerNotes(source));
+    }
+}
+
+// The read-back refuses an output whose maker note moved, or lost its values, even where the
+// output is otherwise what the command asked.
+TEST(MakerNoteRewrite, ReadBackRefusesMakerNotesThatMovedOrWentMissing)
+{
+    QTemporaryDir out;
+    const QString source = dataPath(QStringLiteral("et-OlympusE1.jpg"));
+    const QByteArray sourceBytes = readAll(source);
+    const QString kept = out.filePath(QStringLiteral("kept.jpg"));
+    ASSERT_TRUE(CopyPhotoWithProperties(source, exifRewrites(source).first().second, kept).ok());
+    const QByteArray keptBytes = readAll(kept);
+
+    PhotoExpectation expected{sourceBytes, detectPhotoFormat(sourceBytes.left(64), QStringLiteral("jpg")),
+                              QStringLiteral("jpg"), {}, {}, {}, true};
+    EXPECT_EQ(photoReadBackProblem(expected, kept), QString());
+
+    // The same maker note, sixteen bytes further on: every offset in it now points elsewhere.
+    const auto tree = ExifTiffTree::parse(jpegExifBlock(keptBytes));
+    ASSERT_TRUE(tree);
+    auto makerNote = tree->exifDirectoryValue(0x927C);
+    ASSERT_TRUE(makerNote);
+    makerNote->offset += 16;
+    const auto movedBlock = tree->withExifValuePinned(0x927C, *makerNote);
+    ASSERT_TRUE(movedBlock);
+    QByteArray moved = keptBytes;
+    const qsizetype at = moved.indexOf(jpegExifBlock(keptBytes));
+    moved.replace(at, jpegExifBlock(keptBytes).size(), *movedBlock);
+    const quint16 length = quint16(2 + 6 + movedBlock->size());
+    moved[at - 8] = char(length >> 8);
+    moved[at - 7] = char(length & 0xFF);
+    const QString movedPath = out.filePath(QStringLiteral("moved.jpg"));
+    ASSERT_TRUE(test::writeAll(movedPath, moved));
+    EXPECT_NE(makerNotes(movedPath), makerNotes(source));  // the damage the check is about
+    EXPECT_EQ(photoReadBackProblem(expected, movedPath),
+              QStringLiteral("the maker notes could not be kept where the source has them"));
+
+    // Values exiv2 reads: an output whose maker notes exiftool removed is refused.
+    const QString stripped = out.filePath(QStringLiteral("stripped.jpg"));
+    ASSERT_TRUE(QFile::copy(kept, stripped));
+    ASSERT_TRUE(test::exiftoolWrite(stripped, {QStringLiteral("-MakerNotes:all=")}));
+    expected.makerNoteInPlace = false;
+    expected.makerNotes = photoMakerNoteValues(sourceBytes);
+    ASSERT_FALSE(expected.makerNotes.isEmpty());
+    EXPECT_EQ(photoReadBackProblem(expected, kept), QString());
+    EXPECT_TRUE(photoReadBackProblem(expected, stripped)
+                    .startsWith(QStringLiteral("the maker notes do not read back as the source has them (Exif.Olympus.")))
+        << photoReadBackProblem(expected, stripped).toStdString();
+}
+
+TEST(ExifTiffTree, HostileBlocksAreRefusedWithoutReadingPastThem)
+{
+    const QByteArray block = jpegExifBlock(readAll(dataPath(QStringLiteral("et-OlympusE1.jpg"))));
+    ASSERT_TRUE(ExifTiffTree::parse(block));
+    for (qsizetype cut : {qsizetype(0), qsizetype(7), qsizetype(20), block.size() / 2, block.size() - 1}) {
+        // Parsing a cut block must not crash; the cut before the thumbnail is refused.
+        const auto tree = ExifTiffTree::parse(block.left(cut));
+        if (cut < 20) {
+            EXPECT_FALSE(tree) << cut;
+        }
+    }
+    // IFD0 pointing at itself as its next directory: a loop, refused.
+    QByteArray loop("II*\0\x08\0\0\0\x01\0\x0e\x01\x02\0\x02\0\0\0a\0\0\0\x08\0\0\0", 26);
+    EXPECT_FALSE(ExifTiffTree::parse(loop));
+    loop[22] = 0;  // no next directory: a valid one-entry block
+    EXPECT_TRUE(ExifTiffTree::parse(loop));
+    // An Exif directory pointer far past the end.
+    QByteArray far("MM\0*\0\0\0\x08\0\x01\x87\x69\0\x04\0\0\0\x01\x7f\xff\xff\xff\0\0\0\0", 26);
+    EXPECT_FALSE(ExifTiffTree::parse(far));
+}
+
+}  // namespace
+}  // namespace pelorin

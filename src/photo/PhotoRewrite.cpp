@@ -7,6 +7,7 @@
 #include "photo/Exiv2Model.h"
 #include "photo/HeifFile.h"
 #include "photo/HeifPhotoRewrite.h"
+#include "photo/JpegExifContinuation.h"
 #include "photo/JpegExifRequirements.h"
 #include "photo/JpegMakerNote.h"
 #include "photo/MakerNoteValues.h"
@@ -36,6 +37,9 @@ PhotoWriteResult failed(const QString& reason)
 }
 
 QString exiv2Message(const std::exception& e) { return QString::fromLocal8Bit(e.what()); }
+
+// exiv2 reads one EXIF segment; the rest of a split EXIF would be lost or left malformed.
+const QString kSplitExifTooLarge = QStringLiteral("its EXIF is split over several segments and too large to be written as one");
 
 
 QByteArray ioBytes(Exiv2::BasicIo& io)
@@ -232,6 +236,12 @@ PhotoWriteResult CopyPhotoWithProperties(const QString& sourcePath, const PhotoC
         skipped.reason = damagedPhotoReason();
         return skipped;
     }
+    if (format.container == PhotoContainer::Jpeg && !changes.isEmpty()) {
+        const auto joined = jpegWithExifContinuationsJoined(source);
+        if (!joined)
+            return failed(kSplitExifTooLarge);
+        source = *joined;
+    }
     const QString protectedSource = replacement == SourceReplacement::Refuse ? sourcePath : QString();
 
     if (!format.metadataWritable) {
@@ -376,8 +386,13 @@ std::optional<QByteArray> carryMetadataOver(const QByteArray& sourcePhoto, const
 {
     initializePhotoLibraries();
     try {
-        auto from = Exiv2::ImageFactory::open(reinterpret_cast<const Exiv2::byte*>(sourcePhoto.constData()),
-                                              long(sourcePhoto.size()));
+        const auto joined = jpegWithExifContinuationsJoined(sourcePhoto);
+        if (!joined) {
+            if (error)
+                *error = kSplitExifTooLarge;
+            return std::nullopt;
+        }
+        auto from = Exiv2::ImageFactory::open(reinterpret_cast<const Exiv2::byte*>(joined->constData()), long(joined->size()));
         from->readMetadata();
         QByteArray profile;
         if (from->iccProfileDefined())
@@ -385,7 +400,7 @@ std::optional<QByteArray> carryMetadataOver(const QByteArray& sourcePhoto, const
         auto carried = writeCarried(newJpeg, from->exifData(), from->iptcData(), from->xmpData(), profile, adjustments,
                                     error, from->byteOrder());
         if (carried && keepsMakerNotes(adjustments))
-            carried = jpegWithMakerNoteOf(jpegExifBlock(sourcePhoto), *carried);
+            carried = jpegWithMakerNoteOf(jpegExifBlock(*joined), *carried);
         return carried;
     } catch (const std::exception& e) {
         if (error)

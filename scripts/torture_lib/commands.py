@@ -53,6 +53,10 @@ IPTC_REWRITE = ("IPTC:IPTC:CodedCharacterSet",)
 NEW_EXIF = ("File:File:ExifByteOrder",)
 # A JPEG's EXIF requires the GPS directory's version; a copy gets one where its source lacked it.
 JPEG_GPS_VERSION = ("EXIF:GPS:GPSVersionID",)
+# ... and these of an Exif directory, which a date set in a photo whose EXIF lacked one creates.
+JPEG_EXIF_REQUIRED = ("EXIF:ExifIFD:ExifVersion", "EXIF:ExifIFD:FlashpixVersion",
+                      "EXIF:ExifIFD:ComponentsConfiguration", "EXIF:ExifIFD:ColorSpace",
+                      "EXIF:ExifIFD:ExifImageWidth", "EXIF:ExifIFD:ExifImageHeight")
 # HEIF: new Exif/XMP items go into an added 'mdat' behind the image data.
 HEIF_LAYOUT = ("QuickTime:QuickTime:MediaDataSize", "QuickTime:QuickTime:MediaDataOffset")
 
@@ -366,7 +370,8 @@ def commands(template_plist, artwork):
                                "trak", "bytes")),
         Command("set-date", photo, lambda c: ["set-date", "--original", ORIGINAL,
                                               "--digitized", DIGITIZED],
-                about=DATE_TAGS, ignored=IPTC_REWRITE + HEIF_LAYOUT, expect=expect_set_date),
+                about=DATE_TAGS, ignored=IPTC_REWRITE + HEIF_LAYOUT + JPEG_EXIF_REQUIRED,
+                expect=expect_set_date),
         Command("shift-dates", photo, lambda c: ["shift-dates", "--by", "1d 2h"],
                 about=DATE_TAGS, ignored=IPTC_REWRITE + HEIF_LAYOUT, expect=expect_shifted),
         Command("gps set", photo, lambda c: ["gps", "set", "--lat", str(LAT), "--lon", str(LON),

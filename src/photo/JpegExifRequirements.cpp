@@ -132,4 +132,15 @@ void addRequiredJpegExif(Exiv2::ExifData& exif, const QByteArray& jpeg, bool wit
     }
 }
 
+void addRequiredJpegExifToNewDirectories(Exiv2::ExifData& exif, const Exiv2::ExifData& before, const QByteArray& jpeg,
+                                         bool withIccProfile)
+{
+    if (hasGroup(exif, "Photo") && !hasGroup(before, "Photo"))
+        completeExifDirectory(exif, factsOf(jpeg), withIccProfile);
+    if (hasGroup(exif, "GPSInfo") && !hasGroup(before, "GPSInfo")) {
+        const Exiv2::byte version[4] = {2, 3, 0, 0};
+        setIfMissing(exif, "Exif.GPSInfo.GPSVersionID", Exiv2::DataValue(version, 4, Exiv2::invalidByteOrder, Exiv2::unsignedByte));
+    }
+}
+
 }  // namespace pelorin

@@ -16,4 +16,10 @@ namespace pelorin {
 void addRequiredJpegExif(Exiv2::ExifData& exif, const QByteArray& jpeg, bool withIccProfile,
                          const Exiv2::ExifData& earlier = {});
 
+// The same for the Exif and GPS directories a change added to an EXIF block that lacked them
+// (a date set in a photo whose EXIF had IFD0 alone); the directories the block had are left as
+// the camera wrote them.
+void addRequiredJpegExifToNewDirectories(Exiv2::ExifData& exif, const Exiv2::ExifData& before, const QByteArray& jpeg,
+                                         bool withIccProfile);
+
 }  // namespace pelorin

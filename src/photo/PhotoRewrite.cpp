@@ -302,6 +302,8 @@ PhotoWriteResult CopyPhotoWithProperties(const QString& sourcePath, const PhotoC
             // An EXIF block made anew or cut down must still hold what a JPEG's EXIF requires.
             if (format.container == PhotoContainer::Jpeg && (changes.removeAllMetadata || exifBefore.empty()))
                 addRequiredJpegExif(image->exifData(), source, image->iccProfileDefined(), exifBefore);
+            else if (format.container == PhotoContainer::Jpeg)
+                addRequiredJpegExifToNewDirectories(image->exifData(), exifBefore, source, image->iccProfileDefined());
             // Kinds without an IPTC record (WebP) keep its values (title, keywords, ...) in XMP.
             if (!format.iptcWritable && !image->iptcData().empty()) {
                 Exiv2::copyIptcToXmp(image->iptcData(), image->xmpData());

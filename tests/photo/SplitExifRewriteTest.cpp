@@ -62,5 +62,24 @@ TEST(SplitExifRewrite, AnExifSplitOverSegmentsIsReadWholeAndWrittenAsOne)
     EXPECT_EQ(descriptionOf(copy), QStringLiteral("firstsecond"));
 }
 
+// A date set in a JPEG whose EXIF has no Exif directory creates one; it gets what the EXIF
+// standard requires of it, as exiftool's validation checks, and IFD0 stays as it was.
+TEST(SplitExifRewrite, ANewExifDirectoryGetsTheTagsAJpegRequires)
+{
+    const QString source = dataPath(kSplitExif);
+    PhotoChanges date;
+    date.groups.insert(QStringLiteral("{Exif}"),
+                       QVariantMap{{QStringLiteral("DateTimeOriginal"), QStringLiteral("2001:02:03 04:05:06")}});
+    QTemporaryDir out;
+    const QString output = out.filePath(QStringLiteral("dated.jpg"));
+    const PhotoWriteResult result = CopyPhotoWithProperties(source, date, output);
+    ASSERT_EQ(result.outcome, PhotoWriteResult::Outcome::Rewritten) << result.reason.toStdString();
+    EXPECT_EQ(test::newValidationWarnings(source, output), QStringList());
+    const QJsonObject tags = test::exiftool(output);
+    EXPECT_EQ(tags.value(QStringLiteral("ExifIFD:DateTimeOriginal")).toString(), QStringLiteral("2001:02:03 04:05:06"));
+    EXPECT_EQ(tags.value(QStringLiteral("ExifIFD:ExifImageWidth")).toInt(), 1);  // the JPEG's own frame
+    EXPECT_FALSE(tags.contains(QStringLiteral("IFD0:XResolution")));  // IFD0 was not the change's to complete
+}
+
 }  // namespace
 }  // namespace pelorin

@@ -2,6 +2,7 @@
 
 #include "isobmff/HeifMetadataRewrite.h"
 #include "photo/ApplyPhotoChanges.h"
+#include "photo/ExifMakerNote.h"
 #include "photo/HeifFile.h"
 
 #include <algorithm>
@@ -84,8 +85,17 @@ bool editPair(std::vector<HeifMetadataBlock>& blocks, HeifMetadataBlock* exifBlo
     if (exifBlock) {
         if (exif.empty())
             exifBlock->bytes.clear();
-        else if (!sameExif(exif, exifBefore))
-            exifBlock->bytes = encodeExif(exifBlock->bytes, order, exif);
+        else if (!sameExif(exif, exifBefore)) {
+            const QByteArray sourceExif = exifBlock->bytes;
+            exifBlock->bytes = encodeExif(sourceExif, order, exif);
+            if (keepsMakerNotes(changes)) {
+                exifBlock->bytes = exifWithMakerNoteOf(sourceExif, exifBlock->bytes);
+                if (!exifKeepsMakerNoteOf(sourceExif, exifBlock->bytes)) {
+                    *error = QStringLiteral("the maker notes could not be kept where the source has them");
+                    return false;
+                }
+            }
+        }
     } else if (!exif.empty() && mayAdd) {
         HeifMetadataBlock added;
         added.kind = Kind::Exif;

@@ -112,6 +112,25 @@ TEST(MakerNoteRewrite, SmallCopiesCarryTheMakerNotesIntact)
     }
 }
 
+// A HEIF's Exif item is rewritten by the same EXIF writer: the E-1's maker note, copied into
+// one by exiftool, comes through an edit as it was.
+TEST(MakerNoteRewrite, HeifExifItemsKeepTheMakerNotes)
+{
+    QTemporaryDir dir;
+    const QString source = dir.filePath(QStringLiteral("olympus.heic"));
+    ASSERT_TRUE(QFile::copy(dataPath(QStringLiteral("exiv2-Stonehenge.heic")), source));
+    QFile::setPermissions(source, QFile::ReadOwner | QFile::WriteOwner);
+    ASSERT_TRUE(test::exiftoolWrite(source, {QStringLiteral("-tagsfromfile"), dataPath(QStringLiteral("et-OlympusE1.jpg")),
+                                             QStringLiteral("-exif:all")}));
+    const std::string before = makerNotes(source);
+    ASSERT_NE(before.find("LensSerialNumber"), std::string::npos);
+    const QString output = dir.filePath(QStringLiteral("edited.heic"));
+    const PhotoWriteResult result = CopyPhotoWithProperties(source, exifRewrites(source).first().second, output);
+    ASSERT_EQ(result.outcome, PhotoWriteResult::Outcome::Rewritten) << result.reason.toStdString();
+    EXPECT_EQ(makerNotes(output), before);
+    EXPECT_EQ(newWarnings(source, output), QStringList());
+}
+
 // The read-back refuses an output whose maker note moved, or lost its values, even where the
 // output is otherwise what the command asked.
 TEST(MakerNoteRewrite, ReadBackRefusesMakerNotesThatMovedOrWentMissing)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QStringList>
 
 namespace pelorin {
 
@@ -12,6 +13,16 @@ namespace pelorin {
 // written as it is when the source has no maker note, written has no Exif directory or the
 // block cannot be laid out that way (another byte order).
 QByteArray exifWithMakerNoteOf(const QByteArray& sourceExif, const QByteArray& written);
+
+// exifWithMakerNoteOf where the maker-note values exiv2 reads come out as in sourceExif, else
+// written as it is when its values do: a note whose values lie outside it (a preview behind
+// the thumbnail) loses them when kept in place, and exiv2, which knows them, moves them along.
+// Where neither keeps the values, the note kept in place (for the read-back to refuse).
+QByteArray exifWithMakerNoteKept(const QByteArray& sourceExif, const QByteArray& written);
+
+// The maker-note values (makerNoteValues) exiv2 reads in an EXIF block; one line, "unreadable",
+// where exiv2 cannot read the block.
+QStringList exifMakerNoteValues(const QByteArray& exif);
 
 // True when the EXIF block written holds the maker note of sourceExif at the offset it has
 // there, byte for byte, or sourceExif has none.

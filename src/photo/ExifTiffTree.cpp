@@ -72,11 +72,12 @@ QList<quint32> numbersOf(const Endian& e, quint16 type, quint32 count, const QBy
 
 }  // namespace
 
-std::optional<ExifTiffTree> ExifTiffTree::parse(const QByteArray& tiff)
+std::optional<ExifTiffTree> ExifTiffTree::parse(const QByteArray& tiff, Parse mode)
 {
     if (tiff.size() < 8)
         return std::nullopt;
     ExifTiffTree tree;
+    tree.lenient_ = mode == Parse::Lenient;
     if (tiff.startsWith("MM\0*"))
         tree.bigEndian_ = true;
     else if (!tiff.startsWith(QByteArray("II*\0", 4)))
@@ -108,16 +109,17 @@ int ExifTiffTree::parseDirectory(const QByteArray& tiff, quint32 offset, int dep
         entry.type = e.u16(p + 2);
         entry.count = e.u32(p + 4);
         const quint64 size = quint64(typeSize(entry.type)) * entry.count;
-        if (typeSize(entry.type) == 0)
+        const quint64 at = e.u32(p + 8);
+        if (typeSize(entry.type) == 0 || (size > 4 && at + size > quint64(tiff.size()))) {
+            if (lenient_)
+                continue;
             return -1;
+        }
         QByteArray value;
         if (size <= 4) {
             entry.inlineValue = QByteArray(p + 8, 4);
             value = entry.inlineValue.left(qsizetype(size));
         } else {
-            const quint64 at = e.u32(p + 8);
-            if (at + size > quint64(tiff.size()))
-                return -1;
             value = tiff.mid(qsizetype(at), qsizetype(size));
             entry.valuePiece = int(pieces_.size());
             pieces_ << value;
@@ -132,9 +134,10 @@ int ExifTiffTree::parseDirectory(const QByteArray& tiff, quint32 offset, int dep
         if (pointsToDirectories(entry.tag, entry.type)) {
             for (quint32 child : numbersOf(e, entry.type, entry.count, entryBytes[i])) {
                 const int index = parseDirectory(tiff, child, depth + 1);
-                if (index < 0)
+                if (index >= 0)
+                    entry.directories << index;
+                else if (!lenient_)
                     return -1;
-                entry.directories << index;
             }
             continue;
         }
@@ -143,16 +146,20 @@ int ExifTiffTree::parseDirectory(const QByteArray& tiff, quint32 offset, int dep
             continue;
         const auto lengths = std::find_if(directory.entries.cbegin(), directory.entries.cend(),
                                           [&](const Entry& other) { return other.tag == lengthsTag; });
-        if (lengths == directory.entries.cend())
-            return -1;
         const QList<quint32> offsets = numbersOf(e, entry.type, entry.count, entryBytes[i]);
-        const QList<quint32> sizes = numbersOf(e, lengths->type, lengths->count,
-                                               entryBytes[lengths - directory.entries.cbegin()]);
-        if (offsets.size() != qsizetype(entry.count) || sizes.size() != offsets.size())
+        const QList<quint32> sizes = lengths == directory.entries.cend()
+                                         ? QList<quint32>()
+                                         : numbersOf(e, lengths->type, lengths->count,
+                                                     entryBytes[lengths - directory.entries.cbegin()]);
+        bool inside = offsets.size() == qsizetype(entry.count) && sizes.size() == offsets.size();
+        for (qsizetype k = 0; inside && k < offsets.size(); ++k)
+            inside = quint64(offsets[k]) + sizes[k] <= quint64(tiff.size());
+        if (!inside) {
+            if (lenient_)
+                continue;
             return -1;
+        }
         for (qsizetype k = 0; k < offsets.size(); ++k) {
-            if (quint64(offsets[k]) + sizes[k] > quint64(tiff.size()))
-                return -1;
             entry.dataPieces << int(pieces_.size());
             pieces_ << tiff.mid(offsets[k], sizes[k]);
             pieceOffsets_ << offsets[k];
@@ -162,7 +169,7 @@ int ExifTiffTree::parseDirectory(const QByteArray& tiff, quint32 offset, int dep
     directories_ << directory;
     if (next != 0) {
         const int following = parseDirectory(tiff, next, depth + 1);
-        if (following < 0)
+        if (following < 0 && !lenient_)
             return -1;
         directories_[index].next = following;
     }

@@ -15,7 +15,11 @@ namespace pelorin {
 class ExifTiffTree {
 public:
     // Nothing when the bytes are not a well-formed TIFF block; every offset is bounds-checked.
-    static std::optional<ExifTiffTree> parse(const QByteArray& tiff);
+    // A lenient parse (of a camera's block, to find its maker note) passes over entries of no
+    // defined type or outside the block and directories it cannot read, where a strict one
+    // (of a block to lay out again, which must lose nothing) fails.
+    enum class Parse { Strict, Lenient };
+    static std::optional<ExifTiffTree> parse(const QByteArray& tiff, Parse mode = Parse::Strict);
 
     // The value of the entry with this tag in the Exif directory, where it lies in the block
     // and how it is typed; nothing when there is no such entry or its value sits in the entry.
@@ -64,6 +68,7 @@ private:
     QList<quint32> pieceOffsets_;  // where each piece lay in the parsed block
     QList<quint32> seenDirectoryOffsets_;
     QByteArray source_;  // the parsed block
+    bool lenient_ = false;
 };
 
 }  // namespace pelorin

@@ -89,9 +89,9 @@ bool editPair(std::vector<HeifMetadataBlock>& blocks, HeifMetadataBlock* exifBlo
             const QByteArray sourceExif = exifBlock->bytes;
             exifBlock->bytes = encodeExif(sourceExif, order, exif);
             if (keepsMakerNotes(changes)) {
-                exifBlock->bytes = exifWithMakerNoteOf(sourceExif, exifBlock->bytes);
-                if (!exifKeepsMakerNoteOf(sourceExif, exifBlock->bytes)) {
-                    *error = QStringLiteral("the maker notes could not be kept where the source has them");
+                exifBlock->bytes = exifWithMakerNoteKept(sourceExif, exifBlock->bytes);
+                if (exifMakerNoteValues(exifBlock->bytes) != exifMakerNoteValues(sourceExif)) {
+                    *error = QStringLiteral("the maker notes do not read back as the source has them");
                     return false;
                 }
             }

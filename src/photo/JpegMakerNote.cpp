@@ -41,7 +41,7 @@ QByteArray jpegWithMakerNoteOf(const QByteArray& sourceExif, const QByteArray& j
     if (!segment)
         return jpeg;
     const QByteArray written = jpegExifBlock(jpeg);
-    const QByteArray block = exifWithMakerNoteOf(sourceExif, written);
+    const QByteArray block = exifWithMakerNoteKept(sourceExif, written);
     if (block == written || kExifHeader.size() + block.size() > kMaxSegmentPayload)
         return jpeg;
     const qsizetype length = 2 + kExifHeader.size() + block.size();

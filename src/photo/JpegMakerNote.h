@@ -8,8 +8,8 @@ namespace pelorin {
 QByteArray jpegExifBlock(const QByteArray& jpeg);
 
 // The JPEG with the maker note of sourceExif (a TIFF block) put back into its Exif segment as
-// exifWithMakerNoteOf does; the JPEG as it is where that cannot be done or the block would
-// not fit in one segment.
+// exifWithMakerNoteKept does; the JPEG as it is where that is not done or the block would not
+// fit in one segment.
 QByteArray jpegWithMakerNoteOf(const QByteArray& sourceExif, const QByteArray& jpeg);
 
 // True when the JPEG's Exif block holds the maker note of sourceExif at the offset it has there,

@@ -294,10 +294,8 @@ PhotoWriteResult CopyPhotoWithProperties(const QString& sourcePath, const PhotoC
             const auto holds = format.container == PhotoContainer::Tiff ? exiv2_model::ExifHolds::TheImage
                                                                         : exiv2_model::ExifHolds::MetadataOnly;
             const Exiv2::ExifData exifBefore = image->exifData();
-            if (keepsMakerNotes(changes)) {
+            if (keepsMakerNotes(changes))
                 expected.makerNotes = makerNoteValues(exifBefore);
-                expected.makerNoteInPlace = format.container == PhotoContainer::Jpeg;
-            }
             applyPhotoChanges({image->exifData(), image->iptcData(), image->xmpData()}, changes, &result.warnings, holds);
             // An EXIF block made anew or cut down must still hold what a JPEG's EXIF requires.
             if (format.container == PhotoContainer::Jpeg && (changes.removeAllMetadata || exifBefore.empty()))
@@ -325,8 +323,10 @@ PhotoWriteResult CopyPhotoWithProperties(const QString& sourcePath, const PhotoC
             rewritten = dropMetadataSegments(rewritten);
         if (format.container == PhotoContainer::Jpeg)
             rewritten = jpegWithIptcDigestInStep(source, rewritten);
-        if (format.container == PhotoContainer::Jpeg && keepsMakerNotes(changes))
+        if (format.container == PhotoContainer::Jpeg && keepsMakerNotes(changes)) {
             rewritten = jpegWithMakerNoteOf(jpegExifBlock(source), rewritten);
+            expected.makerNoteInPlace = jpegKeepsMakerNoteOf(jpegExifBlock(source), rewritten);
+        }
         if (format.container == PhotoContainer::Png && changes.removesSomething()) {
             const auto cleaned = removePngTextMetadata(rewritten, changes);
             if (!cleaned)

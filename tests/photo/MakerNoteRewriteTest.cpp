@@ -26,8 +26,11 @@ using test::readAll;
 // (directories in undefined blocks pointing into the rest of the note), Nintendo 3DS (unknown to
 // exiv2, offsets from the TIFF header), Canon S330 (little-endian note in a big-endian EXIF,
 // which exiv2 cannot read and wrote empty) and Nikon P6000 (values past the note's declared end).
+// And one whose note points outside itself, which only exiv2's own layout keeps: the Pentax
+// K10D's preview lies behind the thumbnail.
 const QStringList kMakerNoteSamples{QStringLiteral("et-OlympusE1.jpg"), QStringLiteral("pil-sugarshack_first_image.jpg"),
-                                    QStringLiteral("mde-Canon_PowerShot_S330.jpg"), QStringLiteral("exs-Nikon_P6000_gps.jpg")};
+                                    QStringLiteral("mde-Canon_PowerShot_S330.jpg"), QStringLiteral("exs-Nikon_P6000_gps.jpg"),
+                                    QStringLiteral("et-Pentax_K10D.jpg")};
 
 // The maker-note tags exiftool reads, as text so that a failed comparison shows them. Where an
 // embedded preview starts is given from the start of the file, which moves with the segments

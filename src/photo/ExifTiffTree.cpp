@@ -151,9 +151,13 @@ int ExifTiffTree::parseDirectory(const QByteArray& tiff, quint32 offset, int dep
                                          ? QList<quint32>()
                                          : numbersOf(e, lengths->type, lengths->count,
                                                      entryBytes[lengths - directory.entries.cbegin()]);
+        // Pieces that do not overlap add up to no more than the block: a hostile block that
+        // points many strips at the same bytes is not copied over and over.
         bool inside = offsets.size() == qsizetype(entry.count) && sizes.size() == offsets.size();
-        for (qsizetype k = 0; inside && k < offsets.size(); ++k)
-            inside = quint64(offsets[k]) + sizes[k] <= quint64(tiff.size());
+        for (qsizetype k = 0; inside && k < offsets.size(); ++k) {
+            dataBytes_ += sizes[k];
+            inside = quint64(offsets[k]) + sizes[k] <= quint64(tiff.size()) && dataBytes_ <= quint64(tiff.size());
+        }
         if (!inside) {
             if (lenient_)
                 continue;

@@ -69,6 +69,7 @@ private:
     QList<quint32> seenDirectoryOffsets_;
     QByteArray source_;  // the parsed block
     bool lenient_ = false;
+    quint64 dataBytes_ = 0;  // of the strips, tiles and thumbnails read so far
 };
 
 }  // namespace pelorin

@@ -12,6 +12,7 @@
 
 #include <QFile>
 #include <QJsonDocument>
+#include <QtEndian>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -190,6 +191,23 @@ TEST(ExifTiffTree, HostileBlocksAreRefusedWithoutReadingPastThem)
     EXPECT_FALSE(ExifTiffTree::parse(loop));
     loop[22] = 0;  // no next directory: a valid one-entry block
     EXPECT_TRUE(ExifTiffTree::parse(loop));
+    // A thousand strips, each of them the whole block: refused rather than copied a thousand times.
+    QByteArray strips(8 + 2 + 2 * 12 + 4 + 2 * 4000, '\0');
+    strips.replace(0, 4, QByteArray("II*\0", 4));
+    const auto put16 = [&](qsizetype at, quint16 v) { qToLittleEndian(v, strips.data() + at); };
+    const auto put32 = [&](qsizetype at, quint32 v) { qToLittleEndian(v, strips.data() + at); };
+    put32(4, 8);
+    put16(8, 2);
+    const quint32 offsetsAt = 38, lengthsAt = 38 + 4000;
+    for (const auto& [index, tag, at] : {std::tuple{0, 0x0111, offsetsAt}, std::tuple{1, 0x0117, lengthsAt}}) {
+        put16(10 + 12 * index, quint16(tag));
+        put16(12 + 12 * index, 4);
+        put32(14 + 12 * index, 1000);
+        put32(18 + 12 * index, at);
+    }
+    for (int i = 0; i < 1000; ++i)
+        put32(lengthsAt + 4 * i, quint32(strips.size()));
+    EXPECT_FALSE(ExifTiffTree::parse(strips));
     // An Exif directory pointer far past the end.
     QByteArray far("MM\0*\0\0\0\x08\0\x01\x87\x69\0\x04\0\0\0\x01\x7f\xff\xff\xff\0\0\0\0", 26);
     EXPECT_FALSE(ExifTiffTree::parse(far));

@@ -4,6 +4,7 @@
 #include "photo/ApplyPhotoChanges.h"
 #include "photo/ExifMakerNote.h"
 #include "photo/HeifFile.h"
+#include "photo/MakerNoteValues.h"
 
 #include <algorithm>
 
@@ -90,7 +91,7 @@ bool editPair(std::vector<HeifMetadataBlock>& blocks, HeifMetadataBlock* exifBlo
             exifBlock->bytes = encodeExif(sourceExif, order, exif);
             if (keepsMakerNotes(changes)) {
                 exifBlock->bytes = exifWithMakerNoteKept(sourceExif, exifBlock->bytes);
-                if (exifMakerNoteValues(exifBlock->bytes) != exifMakerNoteValues(sourceExif)) {
+                if (sameCamera(exif, exifBefore) && exifMakerNoteValues(exifBlock->bytes) != exifMakerNoteValues(sourceExif)) {
                     *error = QStringLiteral("the maker notes do not read back as the source has them");
                     return false;
                 }

@@ -59,6 +59,17 @@ QStringList makerNoteValues(const Exiv2::ExifData& exif)
     return lines;
 }
 
+bool sameCamera(const Exiv2::ExifData& a, const Exiv2::ExifData& b)
+{
+    for (const char* key : {"Exif.Image.Make", "Exif.Image.Model"}) {
+        const auto x = a.findKey(Exiv2::ExifKey(key));
+        const auto y = b.findKey(Exiv2::ExifKey(key));
+        if ((x == a.end()) != (y == b.end()) || (x != a.end() && x->toString() != y->toString()))
+            return false;
+    }
+    return true;
+}
+
 QString firstDifference(const QStringList& before, const QStringList& after)
 {
     for (const QString& line : before) {

@@ -14,6 +14,11 @@ namespace pelorin {
 // which move when exiv2 lays a maker note out anew.
 QStringList makerNoteValues(const Exiv2::ExifData& exif);
 
+// True when both name the same camera (Make and Model): exiv2 picks the reader of a maker
+// note by them, so after a change of camera the same note reads otherwise and its values
+// cannot be compared.
+bool sameCamera(const Exiv2::ExifData& a, const Exiv2::ExifData& b);
+
 // The first line found in only one of the two lists, or empty when they are the same.
 QString firstDifference(const QStringList& before, const QStringList& after);
 

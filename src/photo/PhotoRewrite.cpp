@@ -294,9 +294,9 @@ PhotoWriteResult CopyPhotoWithProperties(const QString& sourcePath, const PhotoC
             const auto holds = format.container == PhotoContainer::Tiff ? exiv2_model::ExifHolds::TheImage
                                                                         : exiv2_model::ExifHolds::MetadataOnly;
             const Exiv2::ExifData exifBefore = image->exifData();
-            if (keepsMakerNotes(changes))
-                expected.makerNotes = makerNoteValues(exifBefore);
             applyPhotoChanges({image->exifData(), image->iptcData(), image->xmpData()}, changes, &result.warnings, holds);
+            if (keepsMakerNotes(changes) && sameCamera(exifBefore, image->exifData()))
+                expected.makerNotes = makerNoteValues(exifBefore);
             // An EXIF block made anew or cut down must still hold what a JPEG's EXIF requires.
             if (format.container == PhotoContainer::Jpeg && (changes.removeAllMetadata || exifBefore.empty()))
                 addRequiredJpegExif(image->exifData(), source, image->iccProfileDefined(), exifBefore);

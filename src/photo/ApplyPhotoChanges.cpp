@@ -1,5 +1,6 @@
 #include "photo/ApplyPhotoChanges.h"
 
+#include "photo/Exiv2Names.h"
 #include "photo/UnreadableExifEntries.h"
 
 namespace pelorin {
@@ -33,6 +34,18 @@ PhotoChanges removalsOf(const PhotoChanges& changes)
             removals.groups.insert(it.key(), it.value());
     }
     return removals;
+}
+
+bool keepsMakerNotes(const PhotoChanges& changes)
+{
+    if (changes.removeAllMetadata)
+        return false;
+    for (auto it = changes.groups.cbegin(); it != changes.groups.cend(); ++it) {
+        if (exiv2_model::detail::isMakerGroupKey(it.key())
+            || (it.key() == QLatin1String("{Exif}") && it.value().isNull()))
+            return false;
+    }
+    return true;
 }
 
 }  // namespace pelorin

@@ -14,4 +14,8 @@ void applyPhotoChanges(exiv2_model::Metadata metadata, const PhotoChanges& chang
 // Only the removals among the changes (null groups, removal of everything).
 PhotoChanges removalsOf(const PhotoChanges& changes);
 
+// True when the changes leave the maker notes as the source has them: nothing removes them
+// (all metadata, the Exif group) or names a maker group.
+bool keepsMakerNotes(const PhotoChanges& changes);
+
 }  // namespace pelorin

@@ -2,7 +2,9 @@
 
 #include "isobmff/HeifMetadataRewrite.h"
 #include "photo/ApplyPhotoChanges.h"
+#include "photo/ExifMakerNote.h"
 #include "photo/HeifFile.h"
+#include "photo/MakerNoteValues.h"
 
 #include <algorithm>
 
@@ -84,8 +86,17 @@ bool editPair(std::vector<HeifMetadataBlock>& blocks, HeifMetadataBlock* exifBlo
     if (exifBlock) {
         if (exif.empty())
             exifBlock->bytes.clear();
-        else if (!sameExif(exif, exifBefore))
-            exifBlock->bytes = encodeExif(exifBlock->bytes, order, exif);
+        else if (!sameExif(exif, exifBefore)) {
+            const QByteArray sourceExif = exifBlock->bytes;
+            exifBlock->bytes = encodeExif(sourceExif, order, exif);
+            if (keepsMakerNotes(changes)) {
+                exifBlock->bytes = exifWithMakerNoteKept(sourceExif, exifBlock->bytes);
+                if (sameCamera(exif, exifBefore) && exifMakerNoteValues(exifBlock->bytes) != exifMakerNoteValues(sourceExif)) {
+                    *error = QStringLiteral("the maker notes do not read back as the source has them");
+                    return false;
+                }
+            }
+        }
     } else if (!exif.empty() && mayAdd) {
         HeifMetadataBlock added;
         added.kind = Kind::Exif;

@@ -1,6 +1,8 @@
 #include "photo/PhotoReadBack.h"
 
 #include "photo/Exiv2Model.h"
+#include "photo/JpegMakerNote.h"
+#include "photo/MakerNoteValues.h"
 #include "photo/PhotoCompleteness.h"
 #include "photo/PhotoPayload.h"
 #include "photo/PhotoProperties.h"
@@ -56,6 +58,21 @@ QVariant withTiffImageTagsKept(const QVariant& meant, const QVariant& got)
     return found;
 }
 
+// Why the output's maker notes are not the source's, or empty.
+QString makerNoteProblem(const PhotoExpectation& expected, const QByteArray& output)
+{
+    if (expected.makerNoteInPlace && !jpegKeepsMakerNoteOf(jpegExifBlock(expected.source), output))
+        return QStringLiteral("the maker notes could not be kept where the source has them");
+    if (expected.makerNotes.isEmpty())
+        return {};
+    const QStringList found = photoMakerNoteValues(output);
+    if (found == expected.makerNotes)
+        return {};
+    const QString differing = firstDifference(expected.makerNotes, found).section(QLatin1Char(' '), 0, 0);
+    return QStringLiteral("the maker notes do not read back as the source has them (%1)")
+        .arg(differing.isEmpty() ? QStringLiteral("a repeated value") : differing);
+}
+
 }  // namespace
 
 QVariantMap photoModelOf(const QByteArray& photo, const QStringList& groups)
@@ -63,6 +80,13 @@ QVariantMap photoModelOf(const QByteArray& photo, const QStringList& groups)
     auto image = Exiv2::ImageFactory::open(reinterpret_cast<const Exiv2::byte*>(photo.constData()), long(photo.size()));
     image->readMetadata();
     return exiv2_model::modelOf(*image, groups);
+}
+
+QStringList photoMakerNoteValues(const QByteArray& photo)
+{
+    auto image = Exiv2::ImageFactory::open(reinterpret_cast<const Exiv2::byte*>(photo.constData()), long(photo.size()));
+    image->readMetadata();
+    return makerNoteValues(image->exifData());
 }
 
 QString photoReadBackProblem(const PhotoExpectation& expected, const QString& pendingPath)
@@ -78,10 +102,12 @@ QString photoReadBackProblem(const PhotoExpectation& expected, const QString& pe
         return QStringLiteral("the output %1 file is incomplete").arg(expected.format.kind);
     if (const QString payload = photoPayloadDifference(expected.source, output, container); !payload.isEmpty())
         return payload;
-    if (expected.compared.isEmpty())
-        return {};
     QVariantMap found;
     try {
+        if (const QString makerNotes = makerNoteProblem(expected, output); !makerNotes.isEmpty())
+            return makerNotes;
+        if (expected.compared.isEmpty())
+            return {};
         found = photoModelOf(output, expected.compared);
     } catch (const std::exception& e) {
         return QStringLiteral("the output's metadata cannot be read: %1").arg(QString::fromLocal8Bit(e.what()));

@@ -5,6 +5,7 @@
 #include "photo/Cr3Exif.h"
 #include "photo/Exiv2Model.h"
 #include "photo/HeifFile.h"
+#include "photo/JpegExifContinuation.h"
 #include "photo/PhotoCompleteness.h"
 #include "photo/PhotoLibraries.h"
 #include "photo/PhotoProperties.h"
@@ -141,8 +142,11 @@ void addContainerGroups(const QByteArray& bytes, PhotoProperties* info)
 
 void readWithExiv2(const QByteArray& bytes, PhotoProperties* info)
 {
-    auto image = Exiv2::ImageFactory::open(reinterpret_cast<const Exiv2::byte*>(bytes.constData()),
-                                           long(bytes.size()));
+    // A JPEG's EXIF split over several segments is read whole, as the rewrite writes it.
+    const QByteArray whole = info->format.container == PhotoContainer::Jpeg
+                                 ? jpegWithExifContinuationsJoined(bytes).value_or(bytes) : bytes;
+    auto image = Exiv2::ImageFactory::open(reinterpret_cast<const Exiv2::byte*>(whole.constData()),
+                                           long(whole.size()));
     image->readMetadata();
     exiv2_model::readExif(image->exifData(), &info->properties);
     exiv2_model::readIptc(image->iptcData(), &info->properties);

@@ -8,7 +8,10 @@
 #include "photo/Exiv2Model.h"
 #include "photo/HeifFile.h"
 #include "photo/HeifPhotoRewrite.h"
+#include "photo/JpegExifContinuation.h"
 #include "photo/JpegExifRequirements.h"
+#include "photo/JpegMakerNote.h"
+#include "photo/MakerNoteValues.h"
 #include "photo/JpegSegments.h"
 #include "photo/PhotoCompleteness.h"
 #include "photo/PhotoFormats.h"
@@ -36,6 +39,9 @@ PhotoWriteResult failed(const QString& reason)
 }
 
 QString exiv2Message(const std::exception& e) { return QString::fromLocal8Bit(e.what()); }
+
+// exiv2 reads one EXIF segment; the rest of a split EXIF would be lost or left malformed.
+const QString kSplitExifTooLarge = QStringLiteral("its EXIF is split over several segments and too large to be written as one");
 
 
 QByteArray ioBytes(Exiv2::BasicIo& io)
@@ -257,6 +263,12 @@ PhotoWriteResult CopyPhotoWithProperties(const QString& sourcePath, const PhotoC
         skipped.reason = damagedPhotoReason();
         return skipped;
     }
+    if (format.container == PhotoContainer::Jpeg && !changes.isEmpty()) {
+        const auto joined = jpegWithExifContinuationsJoined(source);
+        if (!joined)
+            return failed(kSplitExifTooLarge);
+        source = *joined;
+    }
     const QString protectedSource = replacement == SourceReplacement::Refuse ? sourcePath : QString();
 
     if (!format.metadataWritable) {
@@ -298,7 +310,7 @@ PhotoWriteResult CopyPhotoWithProperties(const QString& sourcePath, const PhotoC
     QByteArray rewritten;
     bool iptcUntouched = false;
     bool iptcRemoved = false;
-    PhotoExpectation expected{source, format, QFileInfo(sourcePath).suffix(), {}, {}};
+    PhotoExpectation expected{source, format, QFileInfo(sourcePath).suffix(), {}, {}, {}, false};
     if (changes.isEmpty()) {
         rewritten = source;
     } else {
@@ -314,6 +326,8 @@ PhotoWriteResult CopyPhotoWithProperties(const QString& sourcePath, const PhotoC
             const Exiv2::IptcData iptcBefore = image->iptcData();
             const Exiv2::XmpData xmpBefore = image->xmpData();
             applyPhotoChanges({image->exifData(), image->iptcData(), image->xmpData()}, changes, &result.warnings, holds);
+            if (keepsMakerNotes(changes) && sameCamera(exifBefore, image->exifData()))
+                expected.makerNotes = makerNoteValues(exifBefore);
             // An EXIF block made anew or cut down must still hold what a JPEG's EXIF requires.
             if (format.container == PhotoContainer::Jpeg && (changes.removeAllMetadata || exifBefore.empty()))
                 addRequiredJpegExif(image->exifData(), source, image->iccProfileDefined(), exifBefore);
@@ -354,6 +368,10 @@ PhotoWriteResult CopyPhotoWithProperties(const QString& sourcePath, const PhotoC
             rewritten = jpegWithoutIptcRecords(rewritten);
         if (format.container == PhotoContainer::Jpeg)
             rewritten = jpegWithIptcDigestInStep(source, rewritten);
+        if (format.container == PhotoContainer::Jpeg && keepsMakerNotes(changes)) {
+            rewritten = jpegWithMakerNoteOf(jpegExifBlock(source), rewritten);
+            expected.makerNoteInPlace = jpegKeepsMakerNoteOf(jpegExifBlock(source), rewritten);
+        }
         if (format.container == PhotoContainer::Png && changes.removesSomething()) {
             const auto cleaned = removePngTextMetadata(rewritten, changes);
             if (!cleaned)
@@ -379,7 +397,8 @@ namespace {
 // adjustments.
 // What a new JPEG carries over from its source: the values, and the source's own forms of its
 // XMP packet and (from a JPEG) Photoshop segments, written as they were where the adjustments
-// leave them alone.
+// leave them alone; and the source's byte order, which maker notes that do not name their own
+// depend on.
 struct CarriedMetadata {
     Exiv2::ExifData exif;
     Exiv2::IptcData iptc;
@@ -387,6 +406,7 @@ struct CarriedMetadata {
     std::string xmpPacket;
     QByteArray sourceJpeg;
     QByteArray profile;
+    Exiv2::ByteOrder byteOrder = Exiv2::invalidByteOrder;
 };
 
 std::optional<QByteArray> writeCarried(const QByteArray& newJpeg, const CarriedMetadata& carried,
@@ -398,6 +418,8 @@ std::optional<QByteArray> writeCarried(const QByteArray& newJpeg, const CarriedM
     const QByteArray& profile = carried.profile;
     auto to = Exiv2::ImageFactory::open(reinterpret_cast<const Exiv2::byte*>(newJpeg.constData()), long(newJpeg.size()));
     to->readMetadata();
+    if (carried.byteOrder != Exiv2::invalidByteOrder)
+        to->setByteOrder(carried.byteOrder);
     to->setExifData(exifForNewJpeg(exif));
     to->setIptcData(iptc);
     to->setXmpData(xmp);
@@ -433,19 +455,28 @@ std::optional<QByteArray> carryMetadataOver(const QByteArray& sourcePhoto, const
 {
     initializePhotoLibraries();
     try {
-        auto from = Exiv2::ImageFactory::open(reinterpret_cast<const Exiv2::byte*>(sourcePhoto.constData()),
-                                              long(sourcePhoto.size()));
+        const auto joined = jpegWithExifContinuationsJoined(sourcePhoto);
+        if (!joined) {
+            if (error)
+                *error = kSplitExifTooLarge;
+            return std::nullopt;
+        }
+        auto from = Exiv2::ImageFactory::open(reinterpret_cast<const Exiv2::byte*>(joined->constData()), long(joined->size()));
         from->readMetadata();
         CarriedMetadata carried{from->exifData(), from->iptcData(), from->xmpData(), from->xmpPacket(), {}, {}};
         if (from->iccProfileDefined())
             carried.profile = QByteArray(reinterpret_cast<const char*>(from->iccProfile()->pData_), int(from->iccProfile()->size_));
+        carried.byteOrder = from->byteOrder();
         if (from->imageType() == Exiv2::ImageType::jpeg)
-            carried.sourceJpeg = sourcePhoto;
+            carried.sourceJpeg = *joined;
         // exiv2 reads no metadata from a GIF; its XMP comes along all the same.
         const QByteArray gifPacket = from->imageType() == Exiv2::ImageType::gif ? gifXmpPacket(sourcePhoto) : QByteArray();
         if (!gifPacket.isEmpty() && Exiv2::XmpParser::decode(carried.xmp, gifPacket.toStdString()) == 0)
             carried.xmpPacket = gifPacket.toStdString();
-        return writeCarried(newJpeg, carried, adjustments, error);
+        auto written = writeCarried(newJpeg, carried, adjustments, error);
+        if (written && keepsMakerNotes(adjustments))
+            written = jpegWithMakerNoteOf(jpegExifBlock(*joined), *written);
+        return written;
     } catch (const std::exception& e) {
         if (error)
             *error = QStringLiteral("cannot carry the metadata over: %1").arg(exiv2Message(e));

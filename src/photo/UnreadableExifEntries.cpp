@@ -2,8 +2,6 @@
 
 namespace pelorin {
 
-namespace {
-
 bool isTiffFieldType(Exiv2::TypeId type)
 {
     switch (type) {
@@ -18,8 +16,6 @@ bool isTiffFieldType(Exiv2::TypeId type)
         return false;
     }
 }
-
-}  // namespace
 
 void dropEntriesOfUnknownType(Exiv2::ExifData& exif)
 {

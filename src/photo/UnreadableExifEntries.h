@@ -10,4 +10,7 @@ namespace pelorin {
 // unknown type give up on the whole directory and with it every date, camera and position.
 void dropEntriesOfUnknownType(Exiv2::ExifData& exif);
 
+// True for the field types the TIFF standard (and BigTIFF) defines.
+bool isTiffFieldType(Exiv2::TypeId type);
+
 }  // namespace pelorin

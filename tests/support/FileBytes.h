@@ -13,6 +13,13 @@ inline QByteArray readAll(const QString& path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
+// Writes the whole file; false when it cannot be written.
+inline bool writeAll(const QString& path, const QByteArray& bytes)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
+}
+
 // The entropy-coded picture of a JPEG: from the first start-of-scan marker to the end.
 inline QByteArray scanData(const QByteArray& jpeg)
 {

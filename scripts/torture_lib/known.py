@@ -40,6 +40,10 @@ UNREADABLE_EXIF = ("exiv2 cannot read the damaged sample's EXIF segment, so its 
 MAKERNOTE_COUNT = ("exiv2 writes a Nikon maker note shorter than before but keeps its old byte count, "
                    "so the value behind it starts inside that count (every value reads back; "
                    "exiftool warns of the overlap)")
+D1X_NOTE = ("the sample's Nikon maker note is damaged (its NikonScan directory starts at a bad "
+            "offset and the note overlaps the GPS directory): every maker-note value reads back "
+            "as in the source, and exiftool names the same damage as bad NikonScan/Preview "
+            "directories (damaged input carried over, not repaired)")
 EMPTY_BAG = "exiv2 re-serialises an empty XMP bag that exiftool then reports as ignored"
 
 DUPLICATE_TAGS = ("the sample holds two tags of a kind its format allows once (two ID3 chunks and "
@@ -56,7 +60,8 @@ ITUNES_V22 = ("the iTunes ID3v2.2 tag holds its volume adjustment (RVA: v2.3's R
 KNOWN = [
     ("*", "et-Nikon_D70.nef", "exiftool -validate warns: [minor] Bad NikonScanIFD", NIKON_SCAN),
     ("*", "et-Nikon_D70.nef", "tag changed: MakerNotes:NikonScan:", NIKON_SCAN),
-    ("*", "mde-Nikon_D1X_iptc.jpg", "exiftool -validate warns: [minor] Bad NikonScanIFD", NIKON_SCAN),
+    ("*", "mde-Nikon_D1X_iptc.jpg", "exiftool -validate warns: [minor] Bad NikonScanIFD", D1X_NOTE),
+    ("*", "mde-Nikon_D1X_iptc.jpg", "exiftool -validate warns: [minor] Bad PreviewIFD", D1X_NOTE),
     ("*", "et-NikonD2Hs.jpg", "exiftool -validate warns: Value for ExifIFD tag 0x9286 UserComment overlaps",
      MAKERNOTE_COUNT),
     ("*", "et-Canon*", "exiftool -validate warns: Invalid original decision data", CANON_ODD),

@@ -5,6 +5,7 @@
 
 #include "ExifTool.h"
 #include "FileBytes.h"
+#include "ImageMagick.h"
 #include "TestPaths.h"
 
 #include <QBuffer>
@@ -147,7 +148,7 @@ TEST_F(IptcDigestTest, XmpAndIptcTheCommandLeftAloneAreTheSourcesBytes)
 }
 
 // A capture date into a JPEG whose EXIF held only IFD0 makes an Exif directory, which must hold
-// what the EXIF standard requires of it in a JPEG.
+// what the EXIF standard requires of it in a JPEG; the same for a TIFF from ImageMagick.
 TEST_F(IptcDigestTest, ANewExifDirectoryGetsWhatAJpegRequires)
 {
     const QString source = copyOf(QStringLiteral("exiv2-FurnaceCreekInn_gps.jpg"));
@@ -162,6 +163,17 @@ TEST_F(IptcDigestTest, ANewExifDirectoryGetsWhatAJpegRequires)
     const QJsonObject after = exiftool(output);
     EXPECT_EQ(after.value(QStringLiteral("ExifIFD:DateTimeOriginal")).toString(), QStringLiteral("2001:02:03 04:05:06"));
     EXPECT_EQ(test::newValidationWarnings(source, output), QStringList{});
+
+    const QString tiff = dir.filePath(QStringLiteral("magick.tif"));
+    ASSERT_TRUE(test::imageMagick({QStringLiteral("-size"), QStringLiteral("40x30"), QStringLiteral("gradient:red-blue"), tiff}));
+    PhotoChanges placed = dated;
+    placed.groups.insert(QStringLiteral("{GPS}"), QVariantMap{{QStringLiteral("Latitude"), 12.5}, {QStringLiteral("LatitudeRef"), QStringLiteral("N")},
+                                                            {QStringLiteral("Longitude"), 45.25}, {QStringLiteral("LongitudeRef"), QStringLiteral("E")}});
+    const QString tiffOut = dir.filePath(QStringLiteral("out.tif"));
+    const PhotoWriteResult written = CopyPhotoWithProperties(tiff, placed, tiffOut);
+    ASSERT_TRUE(written.ok()) << written.reason.toStdString();
+    EXPECT_EQ(test::exiftool(tiffOut).value(QStringLiteral("ExifIFD:DateTimeOriginal")).toString(), QStringLiteral("2001:02:03 04:05:06"));
+    EXPECT_EQ(test::newValidationWarnings(tiff, tiffOut), QStringList{});
 }
 
 // Photoshop saved this file with two Photoshop segments, each holding an IPTC record.

@@ -174,6 +174,39 @@ TEST_F(PhotoRemovalTest, AnEntryOfUnknownTypeIsDroppedRatherThanHidingItsDirecto
     EXPECT_EQ(test::newValidationWarnings(source, output), QStringList{});
 }
 
+// Canon compacts keep a CIFF heap in an APP0 segment and Qualcomm phones their camera attributes
+// in APP7: dates, owner and settings beside the EXIF, which an EXIF removal must take too, and
+// a GPS removal leave.
+TEST_F(PhotoRemovalTest, ExifRemovalTakesTheCamerasOwnRecordSegments)
+{
+    const QString source = copyOf(QStringLiteral("exiv2-FurnaceCreekInn_gps.jpg"));
+    QByteArray bytes = readAll(source);
+    auto segment = [](char marker, const QByteArray& payload) {
+        QByteArray s("\xFF", 1);
+        s.append(marker).append(char((payload.size() + 2) >> 8)).append(char((payload.size() + 2) & 0xFF));
+        return s + payload;
+    };
+    const QByteArray ciff = segment(char(0xE0), QByteArray("II\x1a\0\0\0HEAPJPGM", 14) + QByteArray(32, '\0'));
+    const QByteArray qualcomm = segment(char(0xE7), QByteArray("\x1aQualcomm Camera Attributes", 27) + QByteArray(40, '\x07'));
+    bytes.insert(2, ciff + qualcomm);
+    QFile file(source);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
+    file.close();
+
+    const CommandResult gps = removePhotoMetadata(MetadataRemoval::Gps, select({source}), context());
+    ASSERT_TRUE(gps.succeeded()) << gps.skipped.value(0).reason.toStdString();
+    const QByteArray withoutGps = readAll(gps.written.value(0));
+    EXPECT_TRUE(withoutGps.contains(ciff) && withoutGps.contains(qualcomm));
+    QFile::remove(gps.written.value(0));
+
+    const CommandResult exif = removePhotoMetadata(MetadataRemoval::Exif, select({source}), context());
+    ASSERT_TRUE(exif.succeeded()) << exif.skipped.value(0).reason.toStdString();
+    const QByteArray withoutExif = readAll(exif.written.value(0));
+    EXPECT_FALSE(withoutExif.contains("HEAPJPGM"));
+    EXPECT_FALSE(withoutExif.contains("Qualcomm Camera Attributes"));
+    EXPECT_EQ(scanData(withoutExif), scanData(bytes));
+}
+
 TEST_F(PhotoRemovalTest, RemovingAllKeepsOnlyTheColourProfileAndTheOrientation)
 {
     const QString source = copyOf(QStringLiteral("exiv2-Reagan_all.jpg"));

@@ -156,21 +156,22 @@ void keepSourceXmpForms(Exiv2::Image& image, const Exiv2::XmpData& before, const
 {
     const std::optional<std::string> raw = rawJpegXmpPacket(sourceFile);
     const std::string sourcePacket = raw ? *raw : image.xmpPacket();
-    if (sameXmp(before, image.xmpData())) {
+    const Exiv2::XmpData& now = image.xmpData();
+    const std::optional<std::string> packet = now.empty() ? std::nullopt : writtenXmp(now);  // made once
+    if (now.count() == before.count() && (now.empty() || (packet && packet == writtenXmp(before)))) {
         image.xmpPacket() = sourcePacket;  // assigned: setXmpPacket would write it anew
         image.writeXmpFromPacket(true);
         return;
     }
-    if (image.xmpData().empty()) {
+    if (now.empty()) {
         // Every value removed: no packet at all (exiv2's WebP writer would keep the old one).
         image.xmpPacket().clear();
         image.writeXmpFromPacket(true);
         return;
     }
-    std::string packet;
-    if (Exiv2::XmpParser::encode(packet, image.xmpData(), Exiv2::XmpParser::useCompactFormat | Exiv2::XmpParser::omitAllFormatting) > 1)
+    if (!packet)
         return;
-    image.xmpPacket() = withSourceNamespaceUris(packet, sourcePacket);
+    image.xmpPacket() = withSourceNamespaceUris(*packet, sourcePacket);
     image.writeXmpFromPacket(true);
 }
 

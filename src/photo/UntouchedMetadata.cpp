@@ -83,20 +83,16 @@ std::optional<std::string> rawJpegXmpPacket(const QByteArray& jpeg)
     return extended ? std::nullopt : packet;
 }
 
-bool sameXmp(const Exiv2::XmpData& a, const Exiv2::XmpData& b)
+std::optional<std::string> writtenXmp(const Exiv2::XmpData& xmp)
 {
-    if (a.count() != b.count())
-        return false;
-    std::string first;
-    std::string second;
+    std::string packet;
     try {
-        if (Exiv2::XmpParser::encode(first, a, Exiv2::XmpParser::omitPacketWrapper) != 0
-            || Exiv2::XmpParser::encode(second, b, Exiv2::XmpParser::omitPacketWrapper) != 0)
-            return false;
+        if (Exiv2::XmpParser::encode(packet, xmp, Exiv2::XmpParser::useCompactFormat | Exiv2::XmpParser::omitAllFormatting) > 1)
+            return std::nullopt;
     } catch (const std::exception&) {
-        return false;
+        return std::nullopt;
     }
-    return first == second;
+    return packet;
 }
 
 bool sameIptc(const Exiv2::IptcData& a, const Exiv2::IptcData& b)

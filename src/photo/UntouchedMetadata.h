@@ -23,8 +23,10 @@ std::string withSourceNamespaceUris(const std::string& packet, const std::string
 // extended XMP segments (whose values only the packet exiv2 merged from them holds).
 std::optional<std::string> rawJpegXmpPacket(const QByteArray& jpeg);
 
-// Whether two sets of values would be written the same.
-bool sameXmp(const Exiv2::XmpData& a, const Exiv2::XmpData& b);
+// The packet exiv2 writes for the values (compact, as in a JPEG); nothing when it cannot.
+std::optional<std::string> writtenXmp(const Exiv2::XmpData& xmp);
+
+// Whether two IPTC records would be written the same.
 bool sameIptc(const Exiv2::IptcData& a, const Exiv2::IptcData& b);
 
 // The output JPEG with its Photoshop (APP13) segments replaced by the source JPEG's, in the

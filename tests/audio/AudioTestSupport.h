@@ -1,4 +1,6 @@
 #pragma once
+
+#include "EncodedPicture.h"
 #include "TestPaths.h"
 #include "model/CommandContext.h"
 
@@ -49,16 +51,7 @@ inline QString mutagen(const QString& script, const QString& path)
 }
 
 // A small PNG picture, as artwork to write.
-inline QByteArray smallPng()
-{
-    QImage image(8, 6, QImage::Format_RGB32);
-    image.fill(Qt::red);
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    buffer.open(QIODevice::WriteOnly);
-    image.save(&buffer, "PNG");
-    return bytes;
-}
+inline QByteArray smallPng() { return plainPicture(8, 6, Qt::red, "PNG"); }
 
 // A test with its own storage folder, where each output takes its source's name.
 class AudioStorageTest : public ::testing::Test {

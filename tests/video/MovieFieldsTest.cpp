@@ -1,8 +1,8 @@
 #include "video/MovieFields.h"
 #include "video/MovieItems.h"
 
-#include <QBuffer>
-#include <QImage>
+#include "EncodedPicture.h"
+
 
 #include <gtest/gtest.h>
 
@@ -88,12 +88,7 @@ TEST(MovieDate, ZoneSuffixesAndFallbacks)
 
 TEST(MovieItemsToRecord, IdentifierTableWithLaterItemsWinning)
 {
-    QImage picture(4, 3, QImage::Format_RGB32);
-    picture.fill(Qt::red);
-    QByteArray png;
-    QBuffer buffer(&png);
-    buffer.open(QIODevice::WriteOnly);
-    picture.save(&buffer, "PNG");
+    const QByteArray png = test::plainPicture(4, 3, Qt::red, "PNG");
 
     IKImageItem record;
     applyMovieItems(record, {

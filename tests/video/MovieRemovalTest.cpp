@@ -1,6 +1,7 @@
 #include "video/MovieRemoval.h"
 #include "video/MovieReader.h"
 
+#include "EncodedPicture.h"
 #include "ExifTool.h"
 #include "TestPaths.h"
 
@@ -17,16 +18,7 @@ using namespace pelorin;
 
 namespace {
 
-QByteArray jpegBytes()
-{
-    QImage image(8, 8, QImage::Format_RGB32);
-    image.fill(Qt::blue);
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    buffer.open(QIODevice::WriteOnly);
-    image.save(&buffer, "JPEG");
-    return bytes;
-}
+QByteArray jpegBytes() { return test::plainJpeg(8, 8, Qt::blue); }
 
 QStringList tagNames(const QJsonObject& tags, const QStringList& patterns)
 {

@@ -1,6 +1,7 @@
 #include "photo/PhotoReadBack.h"
 
 #include "photo/Exiv2Model.h"
+#include "photo/JpegHead.h"
 #include "photo/JpegMakerNote.h"
 #include "photo/MakerNoteValues.h"
 #include "photo/PhotoCompleteness.h"
@@ -73,6 +74,31 @@ QString makerNoteProblem(const PhotoExpectation& expected, const QByteArray& out
         .arg(differing.isEmpty() ? QStringLiteral("a repeated value") : differing);
 }
 
+constexpr qint64 kComparedEnds = 64 * 1024;
+
+QByteArray readAt(QFile& file, qint64 offset, qint64 length)
+{
+    return file.seek(offset) ? file.read(length) : QByteArray();
+}
+
+// Why the image data after the output's head is not what the source has, or empty.
+QString copiedImageDataProblem(const CopiedImageData& copied, QFile& output, const JpegHead& head)
+{
+    if (head.imageDataLength() != copied.length)
+        return QStringLiteral("the output's image data is %1 bytes long, the source's %2")
+            .arg(head.imageDataLength()).arg(copied.length);
+    QFile source(copied.sourcePath);
+    if (!source.open(QIODevice::ReadOnly))
+        return QStringLiteral("the source cannot be read to compare the image data");
+    const qint64 first = qMin(kComparedEnds, copied.length);
+    const qint64 lastAt = qMax(first, copied.length - kComparedEnds);
+    if (readAt(output, head.imageDataStart, first) != readAt(source, copied.sourceOffset, first)
+        || readAt(output, head.imageDataStart + lastAt, copied.length - lastAt)
+               != readAt(source, copied.sourceOffset + lastAt, copied.length - lastAt))
+        return QStringLiteral("the output's image data differs from the source's");
+    return {};
+}
+
 }  // namespace
 
 QVariantMap photoModelOf(const QByteArray& photo, const QStringList& groups)
@@ -94,7 +120,17 @@ QString photoReadBackProblem(const PhotoExpectation& expected, const QString& pe
     QFile file(pendingPath);
     if (!file.open(QIODevice::ReadOnly) || file.size() > kMaxPhotoFileSize)
         return QStringLiteral("the output cannot be read back");
-    const QByteArray output = file.readAll();
+    QByteArray output;
+    if (expected.copiedImageData.length >= 0) {
+        const std::optional<JpegHead> head = readJpegHead(file);
+        if (!head)
+            return QStringLiteral("the output %1 file is incomplete").arg(expected.format.kind);
+        if (const QString copied = copiedImageDataProblem(expected.copiedImageData, file, *head); !copied.isEmpty())
+            return copied;
+        output = head->bytes;
+    } else {
+        output = file.readAll();
+    }
     const PhotoContainer container = expected.format.container;
     if (detectPhotoFormat(output.left(64), expected.extension).container != container)
         return QStringLiteral("the output is not a %1 file").arg(expected.format.kind);

@@ -6,6 +6,7 @@
 #include "photo/Exiv2Model.h"
 #include "photo/HeifFile.h"
 #include "photo/JpegExifContinuation.h"
+#include "photo/JpegHead.h"
 #include "photo/PhotoCompleteness.h"
 #include "photo/PhotoLibraries.h"
 #include "photo/PhotoProperties.h"
@@ -273,6 +274,12 @@ PhotoProperties readPhotoProperties(const QString& path)
             info.error = QStringLiteral("cannot read the HEIF metadata: %1").arg(QString::fromLocal8Bit(e.what()));
         }
         return info;
+    }
+    // A JPEG's metadata all lie before its image data, which is not read.
+    if (detectPhotoFormat(head, extension).container == PhotoContainer::Jpeg) {
+        if (const std::optional<JpegHead> jpeg = readJpegHead(file))
+            return readPhotoProperties(jpeg->bytes, extension);
+        file.seek(0);
     }
     return readPhotoProperties(file.readAll(), extension);
 }

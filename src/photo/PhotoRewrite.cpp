@@ -10,6 +10,7 @@
 #include "photo/HeifPhotoRewrite.h"
 #include "photo/JpegExifContinuation.h"
 #include "photo/JpegExifRequirements.h"
+#include "photo/JpegHead.h"
 #include "photo/JpegMakerNote.h"
 #include "photo/MakerNoteValues.h"
 #include "photo/JpegSegments.h"
@@ -224,6 +225,27 @@ QList<PlannedChange> planChanges(const QString& output, const QVariantMap& curre
     return planned;
 }
 
+// The output of a JPEG read as its head: the rewritten head, then the source's image data and
+// whatever follows it, copied from the source file in the kernel.
+bool writeJpegAroundItsImageData(QFile& source, const JpegHead& head, const QByteArray& rewrittenHead,
+                                 const QString& outputPath, const QString& protectedSource, Durability durability,
+                                 OutputCheck check, QString* error)
+{
+    const auto before = rewrittenHeadBeforeImageData(rewrittenHead, head);
+    if (!before) {
+        *error = QStringLiteral("the rewritten JPEG's metadata did not end where its image data begins");
+        return false;
+    }
+    AtomicFileWriter writer(outputPath, protectedSource, durability);
+    writer.setCheck(std::move(check));
+    if (!writer.open() || !writer.write(*before)
+        || !writer.appendFrom(source.handle(), head.imageDataStart, head.imageDataLength()) || !writer.commit()) {
+        *error = writer.error();
+        return false;
+    }
+    return true;
+}
+
 }  // namespace
 
 bool PhotoChanges::removesSomething() const
@@ -254,10 +276,17 @@ PhotoWriteResult CopyPhotoWithProperties(const QString& sourcePath, const PhotoC
     // media in the kernel; the others are rewritten in memory.
     const bool heif = format.container == PhotoContainer::Heif;
     const bool cr3 = format.container == PhotoContainer::Cr3;
+    // A JPEG is read up to its image data, which the output copies from the file in the kernel;
+    // the others are read whole. (A JPEG of an odd structure is read whole too.)
+    const std::optional<JpegHead> jpegHead =
+        format.container == PhotoContainer::Jpeg ? readJpegHead(file) : std::nullopt;
     QByteArray source;
-    if (!heif && !cr3 && file.seek(0))
+    if (jpegHead)
+        source = jpegHead->bytes;
+    else if (!heif && !cr3 && file.seek(0))
         source = file.readAll();
-    file.close();
+    if (!jpegHead)
+        file.close();
     if (heif || cr3 ? !photoFileComplete(sourcePath) : !photoDataComplete(source, format)) {
         PhotoWriteResult skipped;
         skipped.outcome = Outcome::Skipped;
@@ -311,7 +340,7 @@ PhotoWriteResult CopyPhotoWithProperties(const QString& sourcePath, const PhotoC
     QByteArray rewritten;
     bool iptcUntouched = false;
     bool iptcRemoved = false;
-    PhotoExpectation expected{source, format, QFileInfo(sourcePath).suffix(), {}, {}, {}, false};
+    PhotoExpectation expected{source, format, QFileInfo(sourcePath).suffix(), {}, {}, {}, false, {}};
     if (changes.isEmpty()) {
         rewritten = source;
     } else {
@@ -384,9 +413,16 @@ PhotoWriteResult CopyPhotoWithProperties(const QString& sourcePath, const PhotoC
     if (rewritten.isEmpty() || detectPhotoFormat(rewritten.left(64), QFileInfo(sourcePath).suffix()).container != format.container)
         return failed(QStringLiteral("the rewritten %1 file did not come out as %1").arg(format.kind));
     QString error;
-    const OutputCheck check = [&expected](const QString& pending) { return photoReadBackProblem(expected, pending); };
-    if (!writeFileAtomically(outputPath, rewritten, protectedSource, &error, options.durability, check))
+    if (jpegHead) {
+        expected.copiedImageData = {sourcePath, jpegHead->imageDataStart, jpegHead->imageDataLength()};
+        if (!writeJpegAroundItsImageData(file, *jpegHead, rewritten, outputPath, protectedSource, options.durability,
+                                         [&expected](const QString& pending) { return photoReadBackProblem(expected, pending); },
+                                         &error))
+            return failed(error);
+    } else if (!writeFileAtomically(outputPath, rewritten, protectedSource, &error, options.durability,
+                                    [&expected](const QString& pending) { return photoReadBackProblem(expected, pending); })) {
         return failed(error);
+    }
     result.outcome = Outcome::Rewritten;
     result.written << outputPath;
     return result;

@@ -139,7 +139,7 @@ TEST(MakerNoteRewrite, ReadBackRefusesMakerNotesThatMovedOrWentMissing)
     const QByteArray keptBytes = readAll(kept);
 
     PhotoExpectation expected{sourceBytes, detectPhotoFormat(sourceBytes.left(64), QStringLiteral("jpg")),
-                              QStringLiteral("jpg"), {}, {}, {}, true};
+                              QStringLiteral("jpg"), {}, {}, {}, true, {}};
     EXPECT_EQ(photoReadBackProblem(expected, kept), QString());
 
     // The same maker note, sixteen bytes further on: every offset in it now points elsewhere.

@@ -163,15 +163,17 @@ void ImportActions::removeMediaMetadata(const QStringList& paths)
         for (const QString& path : paths) {
             const QString extension = pathExtension(path);
             if (isAudioExtension(extension))
-                result.merge(removeAudioTags(path, context));
+                result.merge(removeAudioTags(path, context, Durability::Deferred));
             else if (isVideoExtension(extension))
                 movies.append(path);
             else
                 result.skip(path, QStringLiteral("not an audio or movie file; photos are stripped from the photo pane"));
             if (context.isCancelled())
-                return result;
+                break;
         }
-        if (!movies.isEmpty())
+        if (!context.dryRun)
+            flushFileSystem(context.storageFolder);  // once for the songs, also when cancelled
+        if (!movies.isEmpty() && !context.isCancelled())
             result.merge(removeMovieMetadata(movies, context));
         return result;
     });

@@ -225,14 +225,16 @@ void MediaEditActions::SaveMeidaFileChangesAction()
             int done = 0;
             for (const QString& path : audioFiles) {
                 if (context.isCancelled())
-                    return result;
+                    break;
                 AudioEdit edit = audioTemplate;
                 edit.sourcePath = path;
                 edit.artwork = artwork;
-                result.merge(saveAudioEdits(edit, context));
+                result.merge(saveAudioEdits(edit, context, Durability::Deferred));
                 context.report(++done, total);
             }
-            if (!movieFiles.isEmpty())
+            if (!audioFiles.isEmpty() && !context.dryRun)
+                flushFileSystem(context.storageFolder);  // once for the songs, also when cancelled
+            if (!movieFiles.isEmpty() && !context.isCancelled())
                 result.merge(saveMovieFields(movieFiles, movieEdits, context));
             return result;
         });

@@ -1,6 +1,7 @@
 #pragma once
 #include "model/CommandContext.h"
 #include "model/CommandResult.h"
+#include "model/SafeOutput.h"
 
 #include <QByteArray>
 #include <QList>
@@ -45,9 +46,12 @@ QList<AudioFieldChange> changedAudioFields(const AudioEdit& edit);
 QString trackTextKeepingTotal(const QString& stored, const QString& typed);
 
 // Writes the edited copy of edit.sourcePath into the storage folder under the same name and
-// container; every frame, atom, chunk and picture not edited is kept.
-CommandResult saveAudioEdits(const AudioEdit& edit, const CommandContext& context);
+// container; every frame, atom, chunk and picture not edited is kept. A batch passes
+// Durability::Deferred and calls flushFileSystem() on the storage folder once after its last item.
+CommandResult saveAudioEdits(const AudioEdit& edit, const CommandContext& context,
+                             Durability durability = Durability::FlushEach);
 // Writes a copy without any tag or picture; the audio bytes are unchanged.
-CommandResult removeAudioTags(const QString& sourcePath, const CommandContext& context);
+CommandResult removeAudioTags(const QString& sourcePath, const CommandContext& context,
+                              Durability durability = Durability::FlushEach);
 
 }  // namespace pelorin

@@ -12,8 +12,8 @@
 
 namespace pelorin {
 
-AudioScratchCopy::AudioScratchCopy(QString sourcePath, QString targetPath)
-    : source_(std::move(sourcePath)), target_(std::move(targetPath))
+AudioScratchCopy::AudioScratchCopy(QString sourcePath, QString targetPath, Durability durability)
+    : source_(std::move(sourcePath)), target_(std::move(targetPath)), durability_(durability)
 {
 }
 
@@ -50,10 +50,13 @@ bool AudioScratchCopy::commit(const OutputCheck& check)
         return false;
     }
     const QByteArray scratch = QFile::encodeName(scratch_);
-    const int fd = ::open(scratch.constData(), O_RDONLY | O_CLOEXEC);
-    const bool synced = fd >= 0 && ::fsync(fd) == 0;
-    if (fd >= 0)
-        ::close(fd);
+    bool synced = true;
+    if (durability_ == Durability::FlushEach) {
+        const int fd = ::open(scratch.constData(), O_RDONLY | O_CLOEXEC);
+        synced = fd >= 0 && ::fsync(fd) == 0;
+        if (fd >= 0)
+            ::close(fd);
+    }
     if (!synced || isSameFile(source_, target_)
         || ::rename(scratch.constData(), QFile::encodeName(target_).constData()) != 0) {
         error_ = QStringLiteral("cannot write %1: %2")

@@ -10,7 +10,8 @@ namespace pelorin {
 // rename. A copy not committed is deleted; the source is only ever opened for reading.
 class AudioScratchCopy {
 public:
-    AudioScratchCopy(QString sourcePath, QString targetPath);
+    // With Durability::Deferred the committed copy is not forced to disk; the batch flushes once.
+    AudioScratchCopy(QString sourcePath, QString targetPath, Durability durability = Durability::FlushEach);
     ~AudioScratchCopy();
     AudioScratchCopy(const AudioScratchCopy&) = delete;
     AudioScratchCopy& operator=(const AudioScratchCopy&) = delete;
@@ -26,6 +27,7 @@ private:
     QString target_;
     QString scratch_;
     QString error_;
+    Durability durability_;
 };
 
 }  // namespace pelorin

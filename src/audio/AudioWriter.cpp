@@ -343,6 +343,7 @@ struct Job {
     Changes changes;
     QByteArray artwork;
     bool remove = false;
+    Durability durability = Durability::FlushEach;
 };
 
 bool edit(TagLib::File& file, const Job& job, QString* problem)
@@ -527,7 +528,7 @@ bool editCaf(const QString& source, const QString& target, const Job& job, const
                                                                : c.after;
         }
     }
-    AtomicFileWriter writer(target, source);
+    AtomicFileWriter writer(target, source, job.durability);
     if (!writer.open() || !writeCafWithInfo(source, entries, writer, problem)) {
         if (problem->isEmpty())
             *problem = writer.error();
@@ -645,11 +646,12 @@ CommandResult run(const QString& source, Job job, const QString& openingCreated,
             ok = editCaf(source, target, job, reading, &problem);
         } else if (job.container == AudioContainer::Mp4 && mp4KeepsQuickTimeKeys(source)) {
             ok = writeMp4KeyTags(source, target, job.changes, job.artwork, job.remove, &problem,
-                                 [&](const QString& pending) { return audioReadBackProblem(pending, source, reading); });
+                                 [&](const QString& pending) { return audioReadBackProblem(pending, source, reading); },
+                                 job.durability);
         } else if (const QString damage = damageTagLibWouldHide(job.container, source); !damage.isEmpty()) {
             problem = QStringLiteral("the file is damaged (%1); nothing was written").arg(damage);
         } else {
-            AudioScratchCopy copy(source, target);
+            AudioScratchCopy copy(source, target, job.durability);
             ok = copy.create() && dropEmptyId3Frames(copy.path(), job.container)
                  && editWithTagLib(copy.path(), job, &problem)
                  && (job.container != AudioContainer::Wav || renameWavId3Chunk(copy.path()));
@@ -673,9 +675,10 @@ CommandResult run(const QString& source, Job job, const QString& openingCreated,
 
 }  // namespace
 
-CommandResult saveAudioEdits(const AudioEdit& edit, const CommandContext& context)
+CommandResult saveAudioEdits(const AudioEdit& edit, const CommandContext& context, Durability durability)
 {
     Job job;
+    job.durability = durability;
     job.changes = changedAudioFields(edit);
     job.artwork = edit.artwork;
     if (!job.artwork.isEmpty() && QImage::fromData(job.artwork).isNull()) {
@@ -686,9 +689,10 @@ CommandResult saveAudioEdits(const AudioEdit& edit, const CommandContext& contex
     return run(edit.sourcePath, job, edit.openingCreatedDate, edit.createdDate, context);
 }
 
-CommandResult removeAudioTags(const QString& sourcePath, const CommandContext& context)
+CommandResult removeAudioTags(const QString& sourcePath, const CommandContext& context, Durability durability)
 {
     Job job;
+    job.durability = durability;
     job.remove = true;
     return run(sourcePath, job, {}, {}, context);
 }

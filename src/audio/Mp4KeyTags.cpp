@@ -64,7 +64,7 @@ MediaMetadataItems readMp4KeyTags(const QString& path)
 
 bool writeMp4KeyTags(const QString& source, const QString& target, const QList<AudioFieldChange>& changes,
                      const QByteArray& artwork, bool removeAll, QString* problem,
-                     const OutputCheck& check)
+                     const OutputCheck& check, Durability durability)
 {
     const MovieBoxEditor edit = [&](BoxNode& moov, QString* error) {
         if (removeAll) {
@@ -88,7 +88,7 @@ bool writeMp4KeyTags(const QString& source, const QString& target, const QList<A
         }
         return true;
     };
-    const RewriteReport report = rewriteMovieBox(source, target, edit, Durability::FlushEach, {}, check);
+    const RewriteReport report = rewriteMovieBox(source, target, edit, durability, {}, check);
     if (!report.written)
         *problem = report.error;
     return report.written;

@@ -24,6 +24,6 @@ MediaMetadataItems readMp4KeyTags(const QString& path);
 // audio byte stays. removeAll clears every key of the movie instead.
 bool writeMp4KeyTags(const QString& source, const QString& target, const QList<AudioFieldChange>& changes,
                      const QByteArray& artwork, bool removeAll, QString* problem,
-                     const OutputCheck& check = {});
+                     const OutputCheck& check = {}, Durability durability = Durability::FlushEach);
 
 }  // namespace pelorin

@@ -215,8 +215,10 @@ int TagsCommand::set(CliInvocation& invocation, const QStringList& args)
         edit.artwork = artwork;
         edit.openingCreatedDate = record.fileCreateDateStr;
         edit.createdDate = createdGiven ? createdDate : record.fileCreateDateStr;
-        result.merge(saveAudioEdits(edit, reporter.context()));
+        result.merge(saveAudioEdits(edit, reporter.context(), Durability::Deferred));
     }
+    if (!reporter.context().dryRun)
+        flushFileSystem(reporter.context().storageFolder);  // once for the batch
     return reporter.report(result);
 }
 
@@ -225,7 +227,9 @@ int TagsCommand::remove(CliInvocation& invocation, const QStringList& files)
     CliReporter reporter(invocation);
     CommandResult result;
     for (const QString& file : files)
-        result.merge(removeAudioTags(file, reporter.context()));
+        result.merge(removeAudioTags(file, reporter.context(), Durability::Deferred));
+    if (!reporter.context().dryRun)
+        flushFileSystem(reporter.context().storageFolder);  // once for the batch
     return reporter.report(result);
 }
 

@@ -41,7 +41,7 @@ CommandResult exportAudioArtwork(const QStringList& paths, const CommandContext&
     for (const QString& path : paths) {
         AudioReading reading;
         QString problem;
-        readAudioRecord(path, &problem, &reading);
+        readAudioRecord(path, &problem, &reading, RecordPicture::Skipped);
         const QByteArray picture = audioArtworkBytes(reading.items, audioReaderRoute(QFileInfo(path).suffix()));
         if (picture.isEmpty()) {
             result.skip(path, problem.isEmpty() ? QStringLiteral("the file has no artwork") : problem);
@@ -95,7 +95,7 @@ CommandResult exportAudioMetadata(const QStringList& paths, const CommandContext
     QVariantMap all;
     for (const QString& path : paths) {
         QString problem;
-        const IKImageItem record = readAudioRecord(path, &problem);
+        const IKImageItem record = readAudioRecord(path, &problem, nullptr, RecordPicture::Skipped);
         if (!QFileInfo(path).isFile()) {
             result.skip(path, QStringLiteral("no such file"));
             continue;

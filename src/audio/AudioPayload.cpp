@@ -3,6 +3,7 @@
 #include <QFile>
 #include <QtEndian>
 
+#include <algorithm>
 #include <optional>
 #include <vector>
 
@@ -17,6 +18,9 @@ using Ranges = std::vector<Range>;
 
 // A file is walked through at most this many chunks, boxes or pages of headers.
 constexpr int kMaxPieces = 1 << 22;
+
+// What is compared at each end of audio that stayed in place.
+constexpr qint64 kComparedEnds = 64 * 1024;
 
 QByteArray readAt(QFile& file, qint64 offset, qint64 length)
 {
@@ -195,27 +199,42 @@ qint64 total(const Ranges& ranges)
     return sum;
 }
 
-// Reads the ranges one after another as one stream.
+// Reads the ranges one after another as one stream, into one buffer that is kept between reads
+// (a fresh buffer of a megabyte per read is mapped and faulted in anew each time).
 class RangeStream {
 public:
     RangeStream(QFile& file, const Ranges& ranges) : file_(file), ranges_(ranges) {}
-    QByteArray next(qint64 length)
+    // The next length bytes of the stream (fewer at its end), or empty on a read error.
+    QByteArrayView next(qint64 length)
     {
-        QByteArray out;
-        while (out.size() < length && index_ < ranges_.size()) {
+        buffer_.resize(qsizetype(length));
+        qint64 filled = 0;
+        while (filled < length && index_ < ranges_.size()) {
             const Range& r = ranges_[index_];
-            const qint64 take = qMin(length - out.size(), r.length - within_);
-            const QByteArray part = readAt(file_, r.offset + within_, take);
-            if (part.size() != take)
+            const qint64 take = qMin(length - filled, r.length - within_);
+            if (!file_.seek(r.offset + within_) || file_.read(buffer_.data() + filled, take) != take)
                 return {};
-            out += part;
+            filled += take;
             within_ += take;
             if (within_ == r.length) {
                 ++index_;
                 within_ = 0;
             }
         }
-        return out;
+        return QByteArrayView(buffer_).first(qsizetype(filled));
+    }
+    // Moves on by length bytes without reading them.
+    void skip(qint64 length)
+    {
+        while (length > 0 && index_ < ranges_.size()) {
+            const qint64 take = qMin(length, ranges_[index_].length - within_);
+            length -= take;
+            within_ += take;
+            if (within_ == ranges_[index_].length) {
+                ++index_;
+                within_ = 0;
+            }
+        }
     }
 
 private:
@@ -223,7 +242,14 @@ private:
     const Ranges& ranges_;
     std::size_t index_ = 0;
     qint64 within_ = 0;
+    QByteArray buffer_;
 };
+
+bool sameRanges(const Ranges& a, const Ranges& b)
+{
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                      [](const Range& x, const Range& y) { return x.offset == y.offset && x.length == y.length; });
+}
 
 }  // namespace
 
@@ -240,12 +266,24 @@ QString audioPayloadDifference(const QString& sourcePath, const QString& outputP
         return QStringLiteral("the output's audio cannot be found");
     if (total(*after) != total(*before))
         return QStringLiteral("the output holds %1 bytes of audio, the source %2").arg(total(*after)).arg(total(*before));
+    const QString differs = QStringLiteral("the output's audio differs from the source's");
     RangeStream a(source, *before), b(output, *after);
+    const qint64 length = total(*before);
+    // Audio left where it lies in the copy was never in a writer's buffer (the copy is made in
+    // the kernel, the tags are written around it): its ends are compared, as for any copy. Audio
+    // that a writer moved has passed through its buffers and is compared whole.
+    if (sameRanges(*before, *after) && length > 2 * kComparedEnds) {
+        if (a.next(kComparedEnds) != b.next(kComparedEnds))
+            return differs;
+        a.skip(length - 2 * kComparedEnds);
+        b.skip(length - 2 * kComparedEnds);
+        return a.next(kComparedEnds) != b.next(kComparedEnds) ? differs : QString();
+    }
     constexpr qint64 kBlock = 1 << 20;
-    for (qint64 done = 0; done < total(*before); done += kBlock) {
-        const QByteArray x = a.next(kBlock);
-        if (x.isEmpty() || x != b.next(kBlock))
-            return QStringLiteral("the output's audio differs from the source's");
+    for (qint64 done = 0; done < length; done += kBlock) {
+        const QByteArrayView x = a.next(qMin(kBlock, length - done));
+        if (x.isEmpty() || x != b.next(qMin(kBlock, length - done)))
+            return differs;
     }
     return {};
 }

@@ -211,7 +211,8 @@ void applyLocationText(const QString& text, IKImageItem& record)
     }
 }
 
-void applyAudioItems(const MediaMetadataItems& items, AudioReaderRoute route, IKImageItem& record)
+void applyAudioItems(const MediaMetadataItems& items, AudioReaderRoute route, IKImageItem& record,
+                     RecordPicture picture)
 {
     for (const MediaMetadataItem& item : items) {
         Target target = Target::None;
@@ -225,7 +226,8 @@ void applyAudioItems(const MediaMetadataItems& items, AudioReaderRoute route, IK
             continue;
         if (target == Target::Picture) {
             // Undecodable bytes leave an empty image, as a broken picture should look.
-            record.fileImage = QImage::fromData(item.value.toByteArray());
+            if (picture == RecordPicture::Decoded)
+                record.fileImage = QImage::fromData(item.value.toByteArray());
         } else if (target == Target::Location) {
             applyLocationText(item.value.toString(), record);
         } else if (target == Target::Date) {
@@ -249,14 +251,14 @@ QByteArray audioArtworkBytes(const MediaMetadataItems& items, AudioReaderRoute r
     return bytes;
 }
 
-IKImageItem readAudioRecord(const QString& path, QString* problem, AudioReading* readingOut)
+IKImageItem readAudioRecord(const QString& path, QString* problem, AudioReading* readingOut, RecordPicture picture)
 {
     IKImageItem record;
     record.fileType = QStringLiteral("Audio");
     applyFileAttributes(path, record);
     AudioReading reading = readAudioItems(path);
     applyIndexAttributes(reading.indexAttributes, record);
-    applyAudioItems(reading.items, audioReaderRoute(QFileInfo(path).suffix()), record);
+    applyAudioItems(reading.items, audioReaderRoute(QFileInfo(path).suffix()), record, picture);
     if (problem)
         *problem = reading.problem;
     if (readingOut)

@@ -10,11 +10,15 @@ namespace pelorin {
 // fill the record through the info-key table whichever reader runs, so that Ogg and the other
 // TagLib kinds show their tags too. A record is made for every file, readable or not; problem
 // (when given) receives the reason a file's tags could not be read.
+// With RecordPicture::Skipped the artwork is not decoded into the record's image: for readers
+// of the texts, to whom a full-size cover would cost more than the rest of the song.
+enum class RecordPicture { Decoded, Skipped };
 IKImageItem readAudioRecord(const QString& path, QString* problem = nullptr,
-                            AudioReading* readingOut = nullptr);
+                            AudioReading* readingOut = nullptr, RecordPicture picture = RecordPicture::Decoded);
 
 // Applies the identifier tables to items (exposed for tests of the table rules).
-void applyAudioItems(const MediaMetadataItems& items, AudioReaderRoute route, IKImageItem& record);
+void applyAudioItems(const MediaMetadataItems& items, AudioReaderRoute route, IKImageItem& record,
+                     RecordPicture picture = RecordPicture::Decoded);
 
 // The bytes of the picture the record shows (the last picture item its table takes), empty when
 // there is none.

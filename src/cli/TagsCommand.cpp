@@ -5,7 +5,10 @@
 #include "cli/CliOutput.h"
 #include "cli/CliValues.h"
 
+#include <QBuffer>
 #include <QFile>
+#include <QFileInfo>
+#include <QImageReader>
 #include <QJsonArray>
 #include <QJsonObject>
 
@@ -70,6 +73,14 @@ QString itemText(const MediaMetadataItem& item)
     return item.value.toString();
 }
 
+// True when the song's artwork starts as a picture a reader knows (it is not decoded whole).
+bool holdsPicture(const AudioReading& reading, const QString& file)
+{
+    QByteArray bytes = audioArtworkBytes(reading.items, audioReaderRoute(QFileInfo(file).suffix()));
+    QBuffer buffer(&bytes);
+    return !bytes.isEmpty() && buffer.open(QIODevice::ReadOnly) && QImageReader(&buffer).canRead();
+}
+
 }  // namespace
 
 QString TagsCommand::summary() const
@@ -123,7 +134,7 @@ int TagsCommand::show(CliInvocation& invocation, const QStringList& files)
     for (const QString& file : files) {
         QString problem;
         AudioReading reading;
-        const IKImageItem record = readAudioRecord(file, &problem, &reading);
+        const IKImageItem record = readAudioRecord(file, &problem, &reading, RecordPicture::Skipped);
         failed = failed || !problem.isEmpty();
         QJsonObject fields;
         for (const AudioField field : allAudioFields())
@@ -138,7 +149,7 @@ int TagsCommand::show(CliInvocation& invocation, const QStringList& files)
                             {QStringLiteral("container"), audioContainerName(reading.container)},
                             {QStringLiteral("fields"), fields},
                             {QStringLiteral("attributes"), QJsonObject::fromVariantMap(reading.indexAttributes)},
-                            {QStringLiteral("hasArtwork"), !record.fileImage.isNull()},
+                            {QStringLiteral("hasArtwork"), holdsPicture(reading, file)},
                             {QStringLiteral("items"), items}};
             if (!problem.isEmpty())
                 row.insert(QStringLiteral("problem"), problem);
@@ -204,7 +215,7 @@ int TagsCommand::set(CliInvocation& invocation, const QStringList& args)
     CliReporter reporter(invocation);
     CommandResult result;
     for (const QString& file : files) {
-        const IKImageItem record = readAudioRecord(file);
+        const IKImageItem record = readAudioRecord(file, nullptr, nullptr, RecordPicture::Skipped);
         AudioEdit edit;
         edit.sourcePath = file;
         for (auto it = values.begin(); it != values.end(); ++it) {

@@ -1,26 +1,6 @@
 #include "cli/CliApp.h"
 
-#include "cli/ApplyCommand.h"
-#include "cli/ArtworkCommand.h"
-#include "cli/CameraCommand.h"
 #include "cli/CliOutput.h"
-#include "cli/CopyDateCommand.h"
-#include "cli/ExifSegmentsCommand.h"
-#include "cli/ExportPlistCommand.h"
-#include "cli/GpsCommand.h"
-#include "cli/ImportPlistCommand.h"
-#include "cli/InfoCommand.h"
-#include "cli/KindsCommand.h"
-#include "cli/MediaMetadataCommand.h"
-#include "cli/PrefsCommand.h"
-#include "cli/RecompressPhotosCommand.h"
-#include "cli/SetDateCommand.h"
-#include "cli/StampDatesCommand.h"
-#include "cli/ShiftDatesCommand.h"
-#include "cli/StripCommand.h"
-#include "cli/TagsCommand.h"
-#include "cli/ThumbnailCommand.h"
-#include "cli/VideoCommand.h"
 #include "model/Preferences.h"
 
 #include <QDir>
@@ -31,6 +11,14 @@ CliApp::CliApp() = default;
 CliApp::~CliApp() = default;
 
 void CliApp::add(std::unique_ptr<CliCommand> command) { commands_.push_back(std::move(command)); }
+
+QStringList CliApp::commandNames() const
+{
+    QStringList names;
+    for (const auto& command : commands_)
+        names << command->name();
+    return names;
+}
 
 CliCommand* CliApp::find(const QString& name) const
 {
@@ -139,32 +127,6 @@ int CliApp::run(const QStringList& args, std::FILE* out, std::FILE* err)
         invocation.outputFolder = Preferences().storagePath();
     }
     return command->run(invocation);
-}
-
-std::unique_ptr<CliApp> makeCliApp()
-{
-    auto app = std::make_unique<CliApp>();
-    app->add(std::make_unique<ApplyCommand>());
-    app->add(std::make_unique<ArtworkCommand>());
-    app->add(std::make_unique<CameraCommand>());
-    app->add(std::make_unique<CopyDateCommand>());
-    app->add(std::make_unique<ExifSegmentsCommand>());
-    app->add(std::make_unique<ExportPlistCommand>());
-    app->add(std::make_unique<GpsCommand>());
-    app->add(std::make_unique<ImportPlistCommand>());
-    app->add(std::make_unique<InfoCommand>());
-    app->add(std::make_unique<KindsCommand>());
-    app->add(std::make_unique<MediaMetadataCommand>());
-    app->add(std::make_unique<PrefsCommand>());
-    app->add(std::make_unique<RecompressPhotosCommand>());
-    app->add(std::make_unique<SetDateCommand>());
-    app->add(std::make_unique<StampDatesCommand>());
-    app->add(std::make_unique<ShiftDatesCommand>());
-    app->add(std::make_unique<StripCommand>());
-    app->add(std::make_unique<TagsCommand>());
-    app->add(std::make_unique<ThumbnailCommand>());
-    app->add(std::make_unique<VideoCommand>());
-    return app;
 }
 
 }  // namespace pelorin::cli

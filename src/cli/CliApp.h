@@ -21,6 +21,7 @@ public:
     int run(const QStringList& args, std::FILE* out = stdout, std::FILE* err = stderr);
 
     QString help() const;
+    QStringList commandNames() const;
 
 private:
     CliCommand* find(const QString& name) const;
@@ -29,5 +30,8 @@ private:
 
 // The application with every command registered.
 std::unique_ptr<CliApp> makeCliApp();
+// The application with the photo commands only (those of kPhotoFamilyCommands).
+std::unique_ptr<CliApp> makePhotoCliApp();
+void addPhotoCommands(CliApp& app);
 
 }  // namespace pelorin::cli

@@ -1,5 +1,8 @@
 #include "CliRunner.h"
 #include "ScopedTimeZone.h"
+#include "QtPrinters.h"
+#include "cli/CliApp.h"
+#include "cli/CliFamilies.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -64,6 +67,23 @@ TEST_F(CliTest, GlobalOptionsWorkBeforeAndAfterTheCommand)
         EXPECT_EQ(row[QStringLiteral("kinds")].toArray().size(), 2);
         EXPECT_EQ(row[QStringLiteral("positions")].toObject()[QStringLiteral("raw")].toInt(), 1);
     }
+}
+
+// The launcher sends the photo commands to the program that holds only them: its list and that
+// program's commands must be the same, and the full program must hold every command.
+TEST(CliFamilies, ThePhotoProgramHoldsExactlyTheCommandsTheLauncherSendsIt)
+{
+    QStringList listed;
+    for (const std::string_view name : pelorin::cli::kPhotoFamilyCommands)
+        listed << QString::fromLatin1(name.data(), qsizetype(name.size()));
+    QStringList photo = pelorin::cli::makePhotoCliApp()->commandNames();
+    listed.sort();
+    photo.sort();
+    EXPECT_EQ(photo, listed);
+    const QStringList all = pelorin::cli::makeCliApp()->commandNames();
+    for (const QString& name : photo)
+        EXPECT_TRUE(all.contains(name)) << name.toStdString();
+    EXPECT_EQ(all.size(), photo.size() + 5);  // artwork, camera, media-metadata, tags, video
 }
 
 TEST_F(CliTest, UsageErrorsExitWithTwo)

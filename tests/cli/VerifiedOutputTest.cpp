@@ -45,7 +45,7 @@ void flipByteNearTheEnd(int fd)
 {
     const QByteArray bytes = readAll(fd);
     const off_t at = bytes.size() > 200 ? bytes.size() - 100 : bytes.size() / 2;
-    const char flipped = char(bytes[at] ^ 0x5A);
+    const char flipped = char(bytes[qsizetype(at)] ^ 0x5A);
     ASSERT_EQ(::pwrite(fd, &flipped, 1, at), 1);
 }
 
@@ -54,7 +54,7 @@ void flipByteInTheMiddle(int fd)
 {
     const QByteArray bytes = readAll(fd);
     const off_t at = bytes.size() / 2;
-    const char flipped = char(bytes[at] ^ 0x5A);
+    const char flipped = char(bytes[qsizetype(at)] ^ 0x5A);
     ASSERT_EQ(::pwrite(fd, &flipped, 1, at), 1);
 }
 

@@ -1,4 +1,6 @@
-#include "cli/CliApp.h"
+#include "cli/CliMain.h"
+
+#include "cli/CliFamilies.h"
 
 #include <QDir>
 #include <QGuiApplication>
@@ -8,7 +10,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-int main(int argc, char** argv)
+namespace pelorin::cli {
+
+int runCliMain(int argc, char** argv, std::unique_ptr<CliApp> (*makeApp)())
 {
     // The tool opens no window; the offscreen platform gives it fonts and painting anywhere,
     // with or without a display.
@@ -24,10 +28,16 @@ int main(int argc, char** argv)
     std::signal(SIGXFSZ, SIG_IGN);
     // Decoders' complaints about damaged files would bury the tool's own, clearer reasons.
     QLoggingCategory::setFilterRules(QStringLiteral("qt.gui.imageio*=false"));
-    QGuiApplication app(argc, argv);
-    QGuiApplication::setOrganizationName(QStringLiteral("Quorvane"));
-    QGuiApplication::setApplicationName(QStringLiteral("Pelorin"));
-    QStringList args = QGuiApplication::arguments();
+    // Setting up a GUI application object costs more than a one-file command's work; the photo
+    // commands that only read pictures and rewrite metadata go without one.
+    const bool painting = makeApp != makePhotoCliApp || isOneOf(commandNameOf(argc, argv), kPhotoCommandsPainting);
+    const std::unique_ptr<QCoreApplication> app = painting ? std::make_unique<QGuiApplication>(argc, argv)
+                                                           : std::make_unique<QCoreApplication>(argc, argv);
+    QCoreApplication::setOrganizationName(QStringLiteral("Quorvane"));
+    QCoreApplication::setApplicationName(QStringLiteral("Pelorin"));
+    QStringList args = QCoreApplication::arguments();
     args.removeFirst();
-    return pelorin::cli::makeCliApp()->run(args);
+    return makeApp()->run(args);
 }
+
+}  // namespace pelorin::cli

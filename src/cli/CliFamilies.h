@@ -1,0 +1,54 @@
+#pragma once
+// Which program of the family runs a command. pelorin-cli itself is a small launcher: the
+// photo commands run in pelorin-cli-photo, which loads the photo libraries only (exiv2, libheif,
+// Qt); every other command, and help, in pelorin-cli-all, which loads the song, movie and camera
+// libraries too. Plain C++: the launcher loads nothing but the C++ runtime.
+#include <algorithm>
+#include <array>
+#include <string_view>
+
+namespace pelorin::cli {
+
+inline constexpr std::array<std::string_view, 15> kPhotoFamilyCommands{
+    "apply",  "copy-date", "exif-segments", "export-plist", "gps",   "import-plist", "info",  "kinds",
+    "prefs",  "recompress", "set-date",     "shift-dates",  "stamp", "strip",        "thumbnail",
+};
+
+// The photo commands that paint, scale or draw text. A GUI application object sets up Qt's
+// painting code (its optimised blending, which rounds differently from the plain one) and the
+// fonts; without it the same command would write other bytes than the editor does.
+inline constexpr std::array<std::string_view, 4> kPhotoCommandsPainting{"prefs", "recompress", "stamp", "thumbnail"};
+
+inline constexpr const char* kPhotoFamilyProgram = "pelorin-cli-photo";
+inline constexpr const char* kAllCommandsProgram = "pelorin-cli-all";
+
+// The command's name, as the command line reads it: the first argument that is not a global
+// option (or the first after "--"). Empty when there is none; versionAsked tells whether
+// --version was among the options.
+inline std::string_view commandNameOf(int argc, char** argv, bool* versionAsked = nullptr)
+{
+    bool optionsEnded = false;
+    for (int i = 1; i < argc; ++i) {
+        const std::string_view arg = argv[i];
+        if (optionsEnded)
+            return arg;
+        if (arg == "--")
+            optionsEnded = true;
+        else if (arg == "--output" || arg == "-o")
+            ++i;  // its folder
+        else if (arg == "--version" && versionAsked)
+            *versionAsked = true;
+        else if (!(arg.starts_with("--output=") || arg == "--json" || arg == "--dry-run" || arg == "--help"
+                   || arg == "-h" || arg == "--version"))
+            return arg;
+    }
+    return {};
+}
+
+template <std::size_t N>
+bool isOneOf(std::string_view name, const std::array<std::string_view, N>& names)
+{
+    return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+}  // namespace pelorin::cli

@@ -1,0 +1,47 @@
+#include "cli/CliApp.h"
+
+#include "cli/ApplyCommand.h"
+#include "cli/CopyDateCommand.h"
+#include "cli/ExifSegmentsCommand.h"
+#include "cli/ExportPlistCommand.h"
+#include "cli/GpsCommand.h"
+#include "cli/ImportPlistCommand.h"
+#include "cli/InfoCommand.h"
+#include "cli/KindsCommand.h"
+#include "cli/PrefsCommand.h"
+#include "cli/RecompressPhotosCommand.h"
+#include "cli/SetDateCommand.h"
+#include "cli/ShiftDatesCommand.h"
+#include "cli/StampDatesCommand.h"
+#include "cli/StripCommand.h"
+#include "cli/ThumbnailCommand.h"
+
+namespace pelorin::cli {
+
+void addPhotoCommands(CliApp& app)
+{
+    app.add(std::make_unique<ApplyCommand>());
+    app.add(std::make_unique<CopyDateCommand>());
+    app.add(std::make_unique<ExifSegmentsCommand>());
+    app.add(std::make_unique<ExportPlistCommand>());
+    app.add(std::make_unique<GpsCommand>());
+    app.add(std::make_unique<ImportPlistCommand>());
+    app.add(std::make_unique<InfoCommand>());
+    app.add(std::make_unique<KindsCommand>());
+    app.add(std::make_unique<PrefsCommand>());
+    app.add(std::make_unique<RecompressPhotosCommand>());
+    app.add(std::make_unique<SetDateCommand>());
+    app.add(std::make_unique<StampDatesCommand>());
+    app.add(std::make_unique<ShiftDatesCommand>());
+    app.add(std::make_unique<StripCommand>());
+    app.add(std::make_unique<ThumbnailCommand>());
+}
+
+std::unique_ptr<CliApp> makePhotoCliApp()
+{
+    auto app = std::make_unique<CliApp>();
+    addPhotoCommands(*app);
+    return app;
+}
+
+}  // namespace pelorin::cli

@@ -159,20 +159,18 @@ void ImportActions::removeMediaMetadata(const QStringList& paths)
 {
     app_.runCommand(QStringLiteral("Strip media metadata"), [paths](const CommandContext& context) {
         CommandResult result;
-        QStringList movies;
+        QStringList songs, movies;
         for (const QString& path : paths) {
             const QString extension = pathExtension(path);
             if (isAudioExtension(extension))
-                result.merge(removeAudioTags(path, context, Durability::Deferred));
+                songs.append(path);
             else if (isVideoExtension(extension))
                 movies.append(path);
             else
                 result.skip(path, QStringLiteral("not an audio or movie file; photos are stripped from the photo pane"));
-            if (context.isCancelled())
-                break;
         }
-        if (!context.dryRun)
-            flushFileSystem(context.storageFolder);  // once for the songs, also when cancelled
+        if (!songs.isEmpty())
+            result.merge(removeAudioTags(songs, context));
         if (!movies.isEmpty() && !context.isCancelled())
             result.merge(removeMovieMetadata(movies, context));
         return result;

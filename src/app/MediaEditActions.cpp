@@ -221,19 +221,19 @@ void MediaEditActions::SaveMeidaFileChangesAction()
                 if (file.open(QIODevice::ReadOnly))
                     artwork = file.readAll();
             }
-            const int total = int(audioFiles.size() + movieFiles.size());
-            int done = 0;
+            QList<AudioEdit> edits;
             for (const QString& path : audioFiles) {
-                if (context.isCancelled())
-                    break;
                 AudioEdit edit = audioTemplate;
                 edit.sourcePath = path;
                 edit.artwork = artwork;
-                result.merge(saveAudioEdits(edit, context, Durability::Deferred));
-                context.report(++done, total);
+                edits.append(edit);
             }
-            if (!audioFiles.isEmpty() && !context.dryRun)
-                flushFileSystem(context.storageFolder);  // once for the songs, also when cancelled
+            // The songs' progress counts against all the items saved.
+            CommandContext songs = context;
+            const int total = int(audioFiles.size() + movieFiles.size());
+            songs.progress = [&context, total](int done, int) { context.report(done, total); };
+            if (!edits.isEmpty())
+                result.merge(saveAudioEdits(edits, songs));
             if (!movieFiles.isEmpty() && !context.isCancelled())
                 result.merge(saveMovieFields(movieFiles, movieEdits, context));
             return result;

@@ -1,12 +1,12 @@
 #pragma once
 #include "model/CommandContext.h"
 #include "model/CommandResult.h"
-#include "model/SafeOutput.h"
 
 #include <QByteArray>
 #include <QList>
 #include <QMap>
 #include <QString>
+#include <QStringList>
 
 namespace pelorin {
 
@@ -46,12 +46,15 @@ QList<AudioFieldChange> changedAudioFields(const AudioEdit& edit);
 QString trackTextKeepingTotal(const QString& stored, const QString& typed);
 
 // Writes the edited copy of edit.sourcePath into the storage folder under the same name and
-// container; every frame, atom, chunk and picture not edited is kept. A batch passes
-// Durability::Deferred and calls flushFileSystem() on the storage folder once after its last item.
-CommandResult saveAudioEdits(const AudioEdit& edit, const CommandContext& context,
-                             Durability durability = Durability::FlushEach);
+// container; every frame, atom, chunk and picture not edited is kept.
+CommandResult saveAudioEdits(const AudioEdit& edit, const CommandContext& context);
 // Writes a copy without any tag or picture; the audio bytes are unchanged.
-CommandResult removeAudioTags(const QString& sourcePath, const CommandContext& context,
-                              Durability durability = Durability::FlushEach);
+CommandResult removeAudioTags(const QString& sourcePath, const CommandContext& context);
+
+// The same over many songs as one batch: progress is reported per song, the batch stops when
+// cancelled, and the storage folder is flushed to disk once after the last song rather than once
+// per song.
+CommandResult saveAudioEdits(const QList<AudioEdit>& edits, const CommandContext& context);
+CommandResult removeAudioTags(const QStringList& sourcePaths, const CommandContext& context);
 
 }  // namespace pelorin

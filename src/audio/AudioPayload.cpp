@@ -1,5 +1,7 @@
 #include "audio/AudioPayload.h"
 
+#include "model/SafeOutput.h"
+
 #include <QFile>
 #include <QtEndian>
 
@@ -18,9 +20,6 @@ using Ranges = std::vector<Range>;
 
 // A file is walked through at most this many chunks, boxes or pages of headers.
 constexpr int kMaxPieces = 1 << 22;
-
-// What is compared at each end of audio that stayed in place.
-constexpr qint64 kComparedEnds = 64 * 1024;
 
 QByteArray readAt(QFile& file, qint64 offset, qint64 length)
 {
@@ -272,12 +271,16 @@ QString audioPayloadDifference(const QString& sourcePath, const QString& outputP
     // Audio left where it lies in the copy was never in a writer's buffer (the copy is made in
     // the kernel, the tags are written around it): its ends are compared, as for any copy. Audio
     // that a writer moved has passed through its buffers and is compared whole.
-    if (sameRanges(*before, *after) && length > 2 * kComparedEnds) {
-        if (a.next(kComparedEnds) != b.next(kComparedEnds))
+    if (sameRanges(*before, *after) && length > 2 * kComparedCopyEnds) {
+        const auto endsDiffer = [&] {
+            const QByteArrayView x = a.next(kComparedCopyEnds);
+            return x.size() != kComparedCopyEnds || x != b.next(kComparedCopyEnds);
+        };
+        if (endsDiffer())
             return differs;
-        a.skip(length - 2 * kComparedEnds);
-        b.skip(length - 2 * kComparedEnds);
-        return a.next(kComparedEnds) != b.next(kComparedEnds) ? differs : QString();
+        a.skip(length - 2 * kComparedCopyEnds);
+        b.skip(length - 2 * kComparedCopyEnds);
+        return endsDiffer() ? differs : QString();
     }
     constexpr qint64 kBlock = 1 << 20;
     for (qint64 done = 0; done < length; done += kBlock) {

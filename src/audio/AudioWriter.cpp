@@ -673,28 +673,78 @@ CommandResult run(const QString& source, Job job, const QString& openingCreated,
     return result;
 }
 
-}  // namespace
+bool isPicture(const QByteArray& artwork) { return !QImage::fromData(artwork).isNull(); }
 
-CommandResult saveAudioEdits(const AudioEdit& edit, const CommandContext& context, Durability durability)
+// One edit; artworkIsPicture tells whether edit.artwork (when given) decodes.
+CommandResult saveEdit(const AudioEdit& edit, const CommandContext& context, Durability durability,
+                       bool artworkIsPicture)
 {
-    Job job;
-    job.durability = durability;
-    job.changes = changedAudioFields(edit);
-    job.artwork = edit.artwork;
-    if (!job.artwork.isEmpty() && QImage::fromData(job.artwork).isNull()) {
+    if (!edit.artwork.isEmpty() && !artworkIsPicture) {
         CommandResult result;
         result.skip(edit.sourcePath, QStringLiteral("the artwork is not a picture"));
         return result;
     }
+    Job job;
+    job.durability = durability;
+    job.changes = changedAudioFields(edit);
+    job.artwork = edit.artwork;
     return run(edit.sourcePath, job, edit.openingCreatedDate, edit.createdDate, context);
 }
 
-CommandResult removeAudioTags(const QString& sourcePath, const CommandContext& context, Durability durability)
+CommandResult removeTags(const QString& sourcePath, const CommandContext& context, Durability durability)
 {
     Job job;
     job.durability = durability;
     job.remove = true;
     return run(sourcePath, job, {}, {}, context);
+}
+
+// Runs one item after another, each written without a flush of its own, and flushes the storage
+// folder once after the last (also when cancelled).
+template <typename Item, typename RunOne>
+CommandResult runBatch(const QList<Item>& items, const CommandContext& context, RunOne runOne)
+{
+    CommandResult result;
+    int done = 0;
+    for (const Item& item : items) {
+        if (context.isCancelled())
+            break;
+        result.merge(runOne(item));
+        context.report(++done, int(items.size()));
+    }
+    if (!context.dryRun && done > 0)
+        flushFileSystem(context.storageFolder);
+    return result;
+}
+
+}  // namespace
+
+CommandResult saveAudioEdits(const AudioEdit& edit, const CommandContext& context)
+{
+    return saveEdit(edit, context, Durability::FlushEach, edit.artwork.isEmpty() || isPicture(edit.artwork));
+}
+
+CommandResult saveAudioEdits(const QList<AudioEdit>& edits, const CommandContext& context)
+{
+    // A batch usually gives every song the same picture: it is decoded once to be checked.
+    QByteArray checked;
+    return runBatch(edits, context, [&](const AudioEdit& edit) {
+        const bool picture = edit.artwork.isEmpty() || edit.artwork == checked || isPicture(edit.artwork);
+        if (picture && !edit.artwork.isEmpty())
+            checked = edit.artwork;
+        return saveEdit(edit, context, Durability::Deferred, picture);
+    });
+}
+
+CommandResult removeAudioTags(const QString& sourcePath, const CommandContext& context)
+{
+    return removeTags(sourcePath, context, Durability::FlushEach);
+}
+
+CommandResult removeAudioTags(const QStringList& sourcePaths, const CommandContext& context)
+{
+    return runBatch(sourcePaths, context,
+                    [&](const QString& path) { return removeTags(path, context, Durability::Deferred); });
 }
 
 }  // namespace pelorin

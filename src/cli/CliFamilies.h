@@ -14,9 +14,8 @@ inline constexpr std::array<std::string_view, 15> kPhotoFamilyCommands{
     "prefs",  "recompress", "set-date",     "shift-dates",  "stamp", "strip",        "thumbnail",
 };
 
-// The photo commands that paint, scale or draw text. A GUI application object sets up Qt's
-// painting code (its optimised blending, which rounds differently from the plain one) and the
-// fonts; without it the same command would write other bytes than the editor does.
+// The photo commands that paint, scale or draw text, and so run with a GUI application object
+// (see runCliMain).
 inline constexpr std::array<std::string_view, 4> kPhotoCommandsPainting{"prefs", "recompress", "stamp", "thumbnail"};
 
 inline constexpr const char* kPhotoFamilyProgram = "pelorin-cli-photo";

@@ -1,7 +1,5 @@
 #include "cli/CliMain.h"
 
-#include "cli/CliFamilies.h"
-
 #include <QDir>
 #include <QGuiApplication>
 #include <QLoggingCategory>
@@ -12,7 +10,7 @@
 
 namespace pelorin::cli {
 
-int runCliMain(int argc, char** argv, std::unique_ptr<CliApp> (*makeApp)())
+int runCliMain(int argc, char** argv, std::unique_ptr<CliApp> (*makeApp)(), bool guiApplication)
 {
     // The tool opens no window; the offscreen platform gives it fonts and painting anywhere,
     // with or without a display.
@@ -28,11 +26,8 @@ int runCliMain(int argc, char** argv, std::unique_ptr<CliApp> (*makeApp)())
     std::signal(SIGXFSZ, SIG_IGN);
     // Decoders' complaints about damaged files would bury the tool's own, clearer reasons.
     QLoggingCategory::setFilterRules(QStringLiteral("qt.gui.imageio*=false"));
-    // Setting up a GUI application object costs more than a one-file command's work; the photo
-    // commands that only read pictures and rewrite metadata go without one.
-    const bool painting = makeApp != makePhotoCliApp || isOneOf(commandNameOf(argc, argv), kPhotoCommandsPainting);
-    const std::unique_ptr<QCoreApplication> app = painting ? std::make_unique<QGuiApplication>(argc, argv)
-                                                           : std::make_unique<QCoreApplication>(argc, argv);
+    const std::unique_ptr<QCoreApplication> app = guiApplication ? std::make_unique<QGuiApplication>(argc, argv)
+                                                                 : std::make_unique<QCoreApplication>(argc, argv);
     QCoreApplication::setOrganizationName(QStringLiteral("Quorvane"));
     QCoreApplication::setApplicationName(QStringLiteral("Pelorin"));
     QStringList args = QCoreApplication::arguments();

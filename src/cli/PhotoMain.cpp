@@ -1,4 +1,9 @@
 // pelorin-cli-photo: the photo commands, started by pelorin-cli.
+#include "cli/CliFamilies.h"
 #include "cli/CliMain.h"
 
-int main(int argc, char** argv) { return pelorin::cli::runCliMain(argc, argv, pelorin::cli::makePhotoCliApp); }
+int main(int argc, char** argv)
+{
+    using namespace pelorin::cli;
+    return runCliMain(argc, argv, makePhotoCliApp, isOneOf(commandNameOf(argc, argv), kPhotoCommandsPainting));
+}

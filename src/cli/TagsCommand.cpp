@@ -212,8 +212,7 @@ int TagsCommand::set(CliInvocation& invocation, const QStringList& args)
     }
     if (files.isEmpty())
         return usageError(invocation, name(), QStringLiteral("give at least one file"));
-    CliReporter reporter(invocation);
-    CommandResult result;
+    QList<AudioEdit> edits;
     for (const QString& file : files) {
         const IKImageItem record = readAudioRecord(file, nullptr, nullptr, RecordPicture::Skipped);
         AudioEdit edit;
@@ -226,22 +225,16 @@ int TagsCommand::set(CliInvocation& invocation, const QStringList& args)
         edit.artwork = artwork;
         edit.openingCreatedDate = record.fileCreateDateStr;
         edit.createdDate = createdGiven ? createdDate : record.fileCreateDateStr;
-        result.merge(saveAudioEdits(edit, reporter.context(), Durability::Deferred));
+        edits.append(edit);
     }
-    if (!reporter.context().dryRun)
-        flushFileSystem(reporter.context().storageFolder);  // once for the batch
-    return reporter.report(result);
+    CliReporter reporter(invocation);
+    return reporter.report(saveAudioEdits(edits, reporter.context()));
 }
 
 int TagsCommand::remove(CliInvocation& invocation, const QStringList& files)
 {
     CliReporter reporter(invocation);
-    CommandResult result;
-    for (const QString& file : files)
-        result.merge(removeAudioTags(file, reporter.context(), Durability::Deferred));
-    if (!reporter.context().dryRun)
-        flushFileSystem(reporter.context().storageFolder);  // once for the batch
-    return reporter.report(result);
+    return reporter.report(removeAudioTags(files, reporter.context()));
 }
 
 }  // namespace pelorin::cli

@@ -49,9 +49,7 @@ QString copyProblem(const QString& sourcePath, const QString& pendingPath)
         return QStringLiteral("the copy cannot be read back");
     if (copy.size() != source.size())
         return QStringLiteral("the copy holds %1 bytes, the source %2").arg(copy.size()).arg(source.size());
-    constexpr qint64 kEnds = 64 * 1024;
-    const qint64 tail = qMax<qint64>(0, source.size() - kEnds);
-    if (readAt(copy, 0, kEnds) != readAt(source, 0, kEnds) || readAt(copy, tail, kEnds) != readAt(source, tail, kEnds))
+    if (!copyEndsMatch(source, 0, copy, 0, source.size()))
         return QStringLiteral("the copy's bytes differ from the source's");
     return {};
 }
@@ -375,6 +373,17 @@ bool copyFileAtomically(const QString& source, const QString& target, QString* e
     if (!ok && error)
         *error = writer.error();
     return ok;
+}
+
+bool copyEndsMatch(QFile& source, qint64 sourceOffset, QFile& copy, qint64 copyOffset, qint64 length)
+{
+    const qint64 first = qMin(kComparedCopyEnds, length);
+    const qint64 lastAt = qMax(first, length - kComparedCopyEnds);
+    const auto same = [&](qint64 at, qint64 n) {
+        const QByteArray expected = readAt(source, sourceOffset + at, n);
+        return expected.size() == n && readAt(copy, copyOffset + at, n) == expected;
+    };
+    return same(0, first) && same(lastAt, length - lastAt);
 }
 
 bool flushFileSystem(const QString& folder)

@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <functional>
 
+class QFile;
+
 namespace pelorin {
 
 // When an output's bytes are forced to disk: before its rename (a single write), or once for a
@@ -97,6 +99,13 @@ bool writeFileAtomically(const QString& target, QByteArrayView bytes,
 // short or misdirected copy without reading the whole file twice.
 bool copyFileAtomically(const QString& source, const QString& target, QString* error,
                         Durability durability = Durability::FlushEach);
+
+// How many bytes at each end of a copy made in the kernel are compared with its source: enough
+// to catch a short or misdirected copy without reading the whole file twice.
+inline constexpr qint64 kComparedCopyEnds = 64 * 1024;
+// True when the length bytes of copy at copyOffset begin and end (kComparedCopyEnds each) as the
+// bytes of source at sourceOffset do; false also when either cannot be read.
+bool copyEndsMatch(QFile& source, qint64 sourceOffset, QFile& copy, qint64 copyOffset, qint64 length);
 
 // Forces everything written to the file system that holds the folder to disk (after a batch
 // of Deferred writes).

@@ -63,10 +63,10 @@ std::optional<JpegHead> readJpegHead(QFile& file)
             pos += marker == 0xFF ? 1 : 2;
             continue;
         }
+        if (marker == 0xD9)  // the image ends before any scan
+            return std::nullopt;
         const qint64 length = (quint8(buffer[pos + 2]) << 8) | quint8(buffer[pos + 3]);
         if (length < 2 || !ensureBuffered(file, buffer, pos + 2 + length))
-            return std::nullopt;
-        if (marker == 0xD9)
             return std::nullopt;
         if (marker == 0xDA) {
             JpegHead head;

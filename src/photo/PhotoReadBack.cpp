@@ -1,5 +1,6 @@
 #include "photo/PhotoReadBack.h"
 
+#include "model/SafeOutput.h"
 #include "photo/Exiv2Model.h"
 #include "photo/JpegHead.h"
 #include "photo/JpegMakerNote.h"
@@ -74,13 +75,6 @@ QString makerNoteProblem(const PhotoExpectation& expected, const QByteArray& out
         .arg(differing.isEmpty() ? QStringLiteral("a repeated value") : differing);
 }
 
-constexpr qint64 kComparedEnds = 64 * 1024;
-
-QByteArray readAt(QFile& file, qint64 offset, qint64 length)
-{
-    return file.seek(offset) ? file.read(length) : QByteArray();
-}
-
 // Why the image data after the output's head is not what the source has, or empty.
 QString copiedImageDataProblem(const CopiedImageData& copied, QFile& output, const JpegHead& head)
 {
@@ -90,23 +84,12 @@ QString copiedImageDataProblem(const CopiedImageData& copied, QFile& output, con
     QFile source(copied.sourcePath);
     if (!source.open(QIODevice::ReadOnly))
         return QStringLiteral("the source cannot be read to compare the image data");
-    const qint64 first = qMin(kComparedEnds, copied.length);
-    const qint64 lastAt = qMax(first, copied.length - kComparedEnds);
-    if (readAt(output, head.imageDataStart, first) != readAt(source, copied.sourceOffset, first)
-        || readAt(output, head.imageDataStart + lastAt, copied.length - lastAt)
-               != readAt(source, copied.sourceOffset + lastAt, copied.length - lastAt))
+    if (!copyEndsMatch(source, copied.sourceOffset, output, head.imageDataStart, copied.length))
         return QStringLiteral("the output's image data differs from the source's");
     return {};
 }
 
 }  // namespace
-
-QVariantMap photoModelOf(const QByteArray& photo, const QStringList& groups)
-{
-    auto image = Exiv2::ImageFactory::open(reinterpret_cast<const Exiv2::byte*>(photo.constData()), long(photo.size()));
-    image->readMetadata();
-    return exiv2_model::modelOf(*image, groups);
-}
 
 QStringList photoMakerNoteValues(const QByteArray& photo)
 {

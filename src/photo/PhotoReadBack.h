@@ -29,10 +29,6 @@ struct PhotoExpectation {
     CopiedImageData copiedImageData;
 };
 
-// The metadata of an exiv2-readable photo, as the property model shows it; with groups, only
-// those groups.
-QVariantMap photoModelOf(const QByteArray& photo, const QStringList& groups = {});
-
 // The maker-note values exiv2 reads in a photo, for comparing a rewrite with its source.
 QStringList photoMakerNoteValues(const QByteArray& photo);
 

@@ -229,7 +229,7 @@ QList<PlannedChange> planChanges(const QString& output, const QVariantMap& curre
 // whatever follows it, copied from the source file in the kernel.
 bool writeJpegAroundItsImageData(QFile& source, const JpegHead& head, const QByteArray& rewrittenHead,
                                  const QString& outputPath, const QString& protectedSource, Durability durability,
-                                 OutputCheck check, QString* error)
+                                 const OutputCheck& check, QString* error)
 {
     const auto before = rewrittenHeadBeforeImageData(rewrittenHead, head);
     if (!before) {
@@ -237,7 +237,7 @@ bool writeJpegAroundItsImageData(QFile& source, const JpegHead& head, const QByt
         return false;
     }
     AtomicFileWriter writer(outputPath, protectedSource, durability);
-    writer.setCheck(std::move(check));
+    writer.setCheck(check);
     if (!writer.open() || !writer.write(*before)
         || !writer.appendFrom(source.handle(), head.imageDataStart, head.imageDataLength()) || !writer.commit()) {
         *error = writer.error();
@@ -399,8 +399,9 @@ PhotoWriteResult CopyPhotoWithProperties(const QString& sourcePath, const PhotoC
         if (format.container == PhotoContainer::Jpeg)
             rewritten = jpegWithIptcDigestInStep(source, rewritten);
         if (format.container == PhotoContainer::Jpeg && keepsMakerNotes(changes)) {
-            rewritten = jpegWithMakerNoteOf(jpegExifBlock(source), rewritten);
-            expected.makerNoteInPlace = jpegKeepsMakerNoteOf(jpegExifBlock(source), rewritten);
+            const QByteArray sourceExif = jpegExifBlock(source);
+            rewritten = jpegWithMakerNoteOf(sourceExif, rewritten);
+            expected.makerNoteInPlace = jpegKeepsMakerNoteOf(sourceExif, rewritten);
         }
         if (format.container == PhotoContainer::Png && changes.removesSomething()) {
             const auto cleaned = removePngTextMetadata(rewritten, changes);
@@ -413,16 +414,14 @@ PhotoWriteResult CopyPhotoWithProperties(const QString& sourcePath, const PhotoC
     if (rewritten.isEmpty() || detectPhotoFormat(rewritten.left(64), QFileInfo(sourcePath).suffix()).container != format.container)
         return failed(QStringLiteral("the rewritten %1 file did not come out as %1").arg(format.kind));
     QString error;
-    if (jpegHead) {
+    if (jpegHead)
         expected.copiedImageData = {sourcePath, jpegHead->imageDataStart, jpegHead->imageDataLength()};
-        if (!writeJpegAroundItsImageData(file, *jpegHead, rewritten, outputPath, protectedSource, options.durability,
-                                         [&expected](const QString& pending) { return photoReadBackProblem(expected, pending); },
-                                         &error))
-            return failed(error);
-    } else if (!writeFileAtomically(outputPath, rewritten, protectedSource, &error, options.durability,
-                                    [&expected](const QString& pending) { return photoReadBackProblem(expected, pending); })) {
+    const OutputCheck check = [&expected](const QString& pending) { return photoReadBackProblem(expected, pending); };
+    const bool written = jpegHead ? writeJpegAroundItsImageData(file, *jpegHead, rewritten, outputPath, protectedSource,
+                                                                options.durability, check, &error)
+                                  : writeFileAtomically(outputPath, rewritten, protectedSource, &error, options.durability, check);
+    if (!written)
         return failed(error);
-    }
     result.outcome = Outcome::Rewritten;
     result.written << outputPath;
     return result;

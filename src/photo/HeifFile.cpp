@@ -1,13 +1,12 @@
 #include "photo/HeifFile.h"
 
 #include "photo/HeifFileReader.h"
+#include "photo/HeifLibrary.h"
 #include "photo/PhotoLibraries.h"
 #include "photo/PhotoThumbnails.h"
 
 #include <QFile>
 #include <QtEndian>
-
-#include <libheif/heif.h>
 
 #include <algorithm>
 #include <cmath>
@@ -22,17 +21,20 @@ namespace {
 constexpr int kMaxSide = 32768;
 constexpr qint64 kMaxDecodePixels = qint64(20000) * 20000;
 
+// Everything below runs on a file openHeif opened, after it has loaded the library.
+const HeifLibrary& heif() { return *heifLibrary(); }
+
 struct ContextFree {
-    void operator()(heif_context* context) const { heif_context_free(context); }
+    void operator()(heif_context* context) const { heif().context_free(context); }
 };
 struct HandleRelease {
-    void operator()(heif_image_handle* handle) const { heif_image_handle_release(handle); }
+    void operator()(heif_image_handle* handle) const { heif().image_handle_release(handle); }
 };
 struct ImageRelease {
-    void operator()(heif_image* image) const { heif_image_release(image); }
+    void operator()(heif_image* image) const { heif().image_release(image); }
 };
 struct OptionsFree {
-    void operator()(heif_decoding_options* options) const { heif_decoding_options_free(options); }
+    void operator()(heif_decoding_options* options) const { heif().decoding_options_free(options); }
 };
 using ContextPtr = std::unique_ptr<heif_context, ContextFree>;
 using HandlePtr = std::unique_ptr<heif_image_handle, HandleRelease>;
@@ -63,6 +65,8 @@ OpenedHeif openHeif(const QString& path, QString* error)
 {
     initializePhotoLibraries();
     OpenedHeif opened;
+    if (!heifLibrary(error))
+        return opened;
     auto reader = std::make_unique<HeifFileReader>(path);
     if (!reader->open(error))
         return opened;
@@ -72,26 +76,26 @@ OpenedHeif openHeif(const QString& path, QString* error)
     }
     opened.fileSize = reader->size();
 
-    ContextPtr context(heif_context_alloc());
+    ContextPtr context(heif().context_alloc());
     if (!context) {
         fail(error, QStringLiteral("out of memory"));
         return opened;
     }
-    heif_context_set_maximum_image_size_limit(context.get(), kMaxSide);
-    heif_error err = heif_context_read_from_reader(context.get(), HeifFileReader::api(), reader.get(), nullptr);
+    heif().context_set_maximum_image_size_limit(context.get(), kMaxSide);
+    heif_error err = heif().context_read_from_reader(context.get(), HeifFileReader::api(), reader.get(), nullptr);
     if (err.code != heif_error_Ok) {
         fail(error, QStringLiteral("cannot read the HEIF file: %1").arg(heifReason(err)));
         return opened;
     }
     heif_image_handle* primary = nullptr;
-    err = heif_context_get_primary_image_handle(context.get(), &primary);
+    err = heif().context_get_primary_image_handle(context.get(), &primary);
     if (err.code != heif_error_Ok || !primary) {
         fail(error, QStringLiteral("the HEIF file has no readable primary image: %1")
                         .arg(heifReason(err)));
         return opened;
     }
     HandlePtr handle(primary);
-    if (heif_image_handle_get_width(primary) <= 0 || heif_image_handle_get_height(primary) <= 0) {
+    if (heif().image_handle_get_width(primary) <= 0 || heif().image_handle_get_height(primary) <= 0) {
         fail(error, QStringLiteral("the HEIF image has no size"));
         return opened;
     }
@@ -104,21 +108,21 @@ OpenedHeif openHeif(const QString& path, QString* error)
 // One metadata block, or nothing when its claimed size cannot be right for this file.
 QByteArray metadataBlock(const heif_image_handle* handle, heif_item_id id, qint64 fileSize)
 {
-    const size_t size = heif_image_handle_get_metadata_size(handle, id);
+    const size_t size = heif().image_handle_get_metadata_size(handle, id);
     if (size == 0 || size > size_t(fileSize))
         return {};
     QByteArray bytes(qsizetype(size), Qt::Uninitialized);
-    if (heif_image_handle_get_metadata(handle, id, bytes.data()).code != heif_error_Ok)
+    if (heif().image_handle_get_metadata(handle, id, bytes.data()).code != heif_error_Ok)
         return {};
     return bytes;
 }
 
 std::vector<heif_item_id> metadataIds(const heif_image_handle* handle, const char* type)
 {
-    const int count = heif_image_handle_get_number_of_metadata_blocks(handle, type);
+    const int count = heif().image_handle_get_number_of_metadata_blocks(handle, type);
     std::vector<heif_item_id> ids(size_t(std::max(count, 0)));
     if (!ids.empty()) {
-        const int listed = heif_image_handle_get_list_of_metadata_block_IDs(handle, type,
+        const int listed = heif().image_handle_get_list_of_metadata_block_IDs(handle, type,
                                                                             ids.data(), count);
         ids.resize(size_t(std::clamp(listed, 0, count)));
     }
@@ -160,8 +164,8 @@ QByteArray readXmp(const heif_image_handle* handle, qint64 fileSize)
 {
     for (heif_item_id id : metadataIds(handle, nullptr)) {
         // The returned strings live only until the next libheif call.
-        const QByteArray type = heif_image_handle_get_metadata_type(handle, id);
-        const QByteArray contentType = heif_image_handle_get_metadata_content_type(handle, id);
+        const QByteArray type = heif().image_handle_get_metadata_type(handle, id);
+        const QByteArray contentType = heif().image_handle_get_metadata_content_type(handle, id);
         if (type == "mime" && contentType == "application/rdf+xml")
             return metadataBlock(handle, id, fileSize);
     }
@@ -170,14 +174,14 @@ QByteArray readXmp(const heif_image_handle* handle, qint64 fileSize)
 
 QByteArray readIccProfile(const heif_image_handle* handle, qint64 fileSize)
 {
-    const heif_color_profile_type type = heif_image_handle_get_color_profile_type(handle);
+    const heif_color_profile_type type = heif().image_handle_get_color_profile_type(handle);
     if (type != heif_color_profile_type_prof && type != heif_color_profile_type_rICC)
         return {};
-    const size_t size = heif_image_handle_get_raw_color_profile_size(handle);
+    const size_t size = heif().image_handle_get_raw_color_profile_size(handle);
     if (size == 0 || size > size_t(fileSize))
         return {};
     QByteArray bytes(qsizetype(size), Qt::Uninitialized);
-    if (heif_image_handle_get_raw_color_profile(handle, bytes.data()).code != heif_error_Ok)
+    if (heif().image_handle_get_raw_color_profile(handle, bytes.data()).code != heif_error_Ok)
         return {};
     return bytes;
 }
@@ -186,23 +190,23 @@ QByteArray readIccProfile(const heif_image_handle* handle, qint64 fileSize)
 // (a thumbnail stored without the primary's rotation would come out sideways).
 HandlePtr suitableThumbnail(const heif_image_handle* primary, int maxSide)
 {
-    const int count = heif_image_handle_get_number_of_thumbnails(primary);
+    const int count = heif().image_handle_get_number_of_thumbnails(primary);
     if (maxSide <= 0 || count <= 0)
         return {};
     std::vector<heif_item_id> ids(static_cast<size_t>(count));
-    const int listed = heif_image_handle_get_list_of_thumbnail_IDs(primary, ids.data(), count);
+    const int listed = heif().image_handle_get_list_of_thumbnail_IDs(primary, ids.data(), count);
     ids.resize(size_t(std::clamp(listed, 0, count)));
-    const double primaryAspect = double(heif_image_handle_get_width(primary))
-                               / std::max(1, heif_image_handle_get_height(primary));
+    const double primaryAspect = double(heif().image_handle_get_width(primary))
+                               / std::max(1, heif().image_handle_get_height(primary));
     HandlePtr best;
     int bestSide = 0;
     for (heif_item_id id : ids) {
         heif_image_handle* raw = nullptr;
-        if (heif_image_handle_get_thumbnail(primary, id, &raw).code != heif_error_Ok || !raw)
+        if (heif().image_handle_get_thumbnail(primary, id, &raw).code != heif_error_Ok || !raw)
             continue;
         HandlePtr thumbnail(raw);
-        const int w = heif_image_handle_get_width(raw);
-        const int h = heif_image_handle_get_height(raw);
+        const int w = heif().image_handle_get_width(raw);
+        const int h = heif().image_handle_get_height(raw);
         const int side = std::max(w, h);
         if (w <= 0 || h <= 0 || side < maxSide || (best && side >= bestSide))
             continue;
@@ -217,14 +221,14 @@ HandlePtr suitableThumbnail(const heif_image_handle* primary, int maxSide)
 
 void releaseHeifImage(void* image)
 {
-    heif_image_release(static_cast<heif_image*>(image));
+    heif().image_release(static_cast<heif_image*>(image));
 }
 
 // Decodes one image to 8-bit interleaved RGB(A) and hands the pixels to a QImage without a copy.
 QImage decodeHandle(const heif_image_handle* handle, QString* error)
 {
-    const int width = heif_image_handle_get_width(handle);
-    const int height = heif_image_handle_get_height(handle);
+    const int width = heif().image_handle_get_width(handle);
+    const int height = heif().image_handle_get_height(handle);
     if (width <= 0 || height <= 0) {
         fail(error, QStringLiteral("the HEIF image has no size"));
         return {};
@@ -235,12 +239,12 @@ QImage decodeHandle(const heif_image_handle* handle, QString* error)
                         .arg(height));
         return {};
     }
-    const bool alpha = heif_image_handle_has_alpha_channel(handle);
-    std::unique_ptr<heif_decoding_options, OptionsFree> options(heif_decoding_options_alloc());
+    const bool alpha = heif().image_handle_has_alpha_channel(handle);
+    std::unique_ptr<heif_decoding_options, OptionsFree> options(heif().decoding_options_alloc());
     if (options && options->version >= 2)
         options->convert_hdr_to_8bit = 1;
     heif_image* raw = nullptr;
-    const heif_error err = heif_decode_image(
+    const heif_error err = heif().decode_image(
         handle, &raw, heif_colorspace_RGB,
         alpha ? heif_chroma_interleaved_RGBA : heif_chroma_interleaved_RGB, options.get());
     ImagePtr image(raw);
@@ -249,19 +253,19 @@ QImage decodeHandle(const heif_image_handle* handle, QString* error)
         return {};
     }
     int stride = 0;
-    const uint8_t* pixels = heif_image_get_plane_readonly(image.get(), heif_channel_interleaved,
+    const uint8_t* pixels = heif().image_get_plane_readonly(image.get(), heif_channel_interleaved,
                                                           &stride);
-    const int outWidth = heif_image_get_width(image.get(), heif_channel_interleaved);
-    const int outHeight = heif_image_get_height(image.get(), heif_channel_interleaved);
+    const int outWidth = heif().image_get_width(image.get(), heif_channel_interleaved);
+    const int outHeight = heif().image_get_height(image.get(), heif_channel_interleaved);
     const int bytesPerPixel = alpha ? 4 : 3;
     if (!pixels || outWidth <= 0 || outHeight <= 0 || stride < outWidth * bytesPerPixel
-        || heif_image_get_bits_per_pixel_range(image.get(), heif_channel_interleaved) != 8) {
+        || heif().image_get_bits_per_pixel_range(image.get(), heif_channel_interleaved) != 8) {
         fail(error, QStringLiteral("libheif gave no 8-bit RGB pixels for the HEIF image"));
         return {};
     }
     const QImage::Format format =
         !alpha ? QImage::Format_RGB888
-               : heif_image_handle_is_premultiplied_alpha(handle)
+               : heif().image_handle_is_premultiplied_alpha(handle)
                    ? QImage::Format_RGBA8888_Premultiplied
                    : QImage::Format_RGBA8888;
     heif_image* owned = image.release();
@@ -307,32 +311,32 @@ bool looksLikeHeif(const QByteArray& head)
 
 std::optional<HeifMetadata> readHeifMetadata(const QString& path, QString* error)
 {
-    const OpenedHeif heif = openHeif(path, error);
-    if (!heif.primary)
+    const OpenedHeif opened = openHeif(path, error);
+    if (!opened.primary)
         return std::nullopt;
-    const heif_image_handle* primary = heif.primary.get();
+    const heif_image_handle* primary = opened.primary.get();
     HeifMetadata metadata;
-    metadata.width = heif_image_handle_get_width(primary);
-    metadata.height = heif_image_handle_get_height(primary);
-    metadata.imageCount = heif_context_get_number_of_top_level_images(heif.context.get());
-    metadata.hasAlpha = heif_image_handle_has_alpha_channel(primary) != 0;
-    metadata.lumaBitDepth = std::max(0, heif_image_handle_get_luma_bits_per_pixel(primary));
-    metadata.exif = readExif(primary, heif.fileSize);
-    metadata.xmp = readXmp(primary, heif.fileSize);
-    metadata.iccProfile = readIccProfile(primary, heif.fileSize);
+    metadata.width = heif().image_handle_get_width(primary);
+    metadata.height = heif().image_handle_get_height(primary);
+    metadata.imageCount = heif().context_get_number_of_top_level_images(opened.context.get());
+    metadata.hasAlpha = heif().image_handle_has_alpha_channel(primary) != 0;
+    metadata.lumaBitDepth = std::max(0, heif().image_handle_get_luma_bits_per_pixel(primary));
+    metadata.exif = readExif(primary, opened.fileSize);
+    metadata.xmp = readXmp(primary, opened.fileSize);
+    metadata.iccProfile = readIccProfile(primary, opened.fileSize);
     return metadata;
 }
 
 QImage decodeHeifImage(const QString& path, int maxSide, QString* error)
 {
-    const OpenedHeif heif = openHeif(path, error);
-    if (!heif.primary)
+    const OpenedHeif opened = openHeif(path, error);
+    if (!opened.primary)
         return {};
     QImage image;
-    if (const HandlePtr thumbnail = suitableThumbnail(heif.primary.get(), maxSide))
+    if (const HandlePtr thumbnail = suitableThumbnail(opened.primary.get(), maxSide))
         image = decodeHandle(thumbnail.get(), nullptr);
     if (image.isNull())
-        image = decodeHandle(heif.primary.get(), error);
+        image = decodeHandle(opened.primary.get(), error);
     if (image.isNull())
         return {};
     const QSize fitted = fitWithin(image.size(), maxSide);

@@ -5,7 +5,12 @@
 namespace pelorin {
 namespace {
 
-constexpr qint64 kFirstRead = 256 * 1024;
+// Most heads (a camera's EXIF with its maker note and thumbnail) fit in the first read; a larger
+// one is read on, doubling.
+constexpr qint64 kFirstRead = 64 * 1024;
+// A whole file ends with its end marker, so the first look at the end is small; trailing data
+// after it (a phone's depth map) is searched in larger steps.
+constexpr qint64 kFirstEndSearch = 4 * 1024;
 constexpr qint64 kEndSearchChunk = 64 * 1024;
 
 // Makes at least `needed` bytes of the file's start available in `buffer`; false at the end.
@@ -28,8 +33,10 @@ bool ensureBuffered(QFile& file, QByteArray& buffer, qint64 needed)
 bool hasEndMarkerAfter(QFile& file, qint64 from)
 {
     qint64 end = file.size();
+    qint64 step = kFirstEndSearch;
     while (end - from >= 2) {
-        const qint64 start = qMax(from, end - kEndSearchChunk);
+        const qint64 start = qMax(from, end - step);
+        step = kEndSearchChunk;
         if (!file.seek(start))
             return false;
         const QByteArray chunk = file.read(end - start);

@@ -1,7 +1,6 @@
 #include "photo/PhotoLibraries.h"
 
 #include <exiv2/exiv2.hpp>
-#include <libheif/heif.h>
 
 #include <mutex>
 
@@ -31,8 +30,6 @@ void initializePhotoLibraries()
         Exiv2::XmpParser::initialize(lockXmpRegistry, &xmpRegistry);
         // exiv2 writes warnings about odd files to stderr; we report errors ourselves.
         Exiv2::LogMsg::setLevel(Exiv2::LogMsg::mute);
-        // Registers libheif's codecs; never undone, other threads may be decoding.
-        heif_init(nullptr);
     });
 }
 

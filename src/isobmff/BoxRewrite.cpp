@@ -2,6 +2,7 @@
 
 #include "isobmff/ChunkOffsets.h"
 #include "isobmff/MediaReadBack.h"
+#include "model/SafeOutput.h"
 
 #include <algorithm>
 #include <map>
@@ -11,6 +12,9 @@ namespace pelorin {
 namespace {
 
 constexpr std::int64_t kMaxMetadataBox = std::int64_t(256) << 20;
+// A box this large that has to move is moved by a whole number of blocks (a 'free' box of our
+// own takes up the rest), so that a file system that shares blocks clones it instead of copying.
+constexpr std::int64_t kCloneWorthyBox = std::int64_t(1) << 20;
 
 bool isPadding(const Box& box)
 {
@@ -66,6 +70,16 @@ Layout planLayout(const BoxTree& tree, const std::vector<TopLevelEdit>& edits)
         const Box& box = tree.boxes[i];
         const auto edit = editAt.find(i);
         if (edit == editAt.end()) {
+            if (out != box.offset && box.size >= kCloneWorthyBox) {
+                std::int64_t pad = ((box.offset - out) % kCloneBlockSize + kCloneBlockSize) % kCloneBlockSize;
+                if (pad > 0 && pad < 8)  // the smallest box there is
+                    pad += kCloneBlockSize;
+                if (pad > 0) {
+                    layout.pieces.push_back({-1, pad, -1, freeBox(pad).serialize()});
+                    out += pad;
+                    layout.paddingUsed = true;
+                }
+            }
             layout.moved[box.offset] = out;
             layout.shifted = layout.shifted || out != box.offset;
             layout.pieces.push_back({box.offset, box.size, -1, {}});

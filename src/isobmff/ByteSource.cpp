@@ -1,6 +1,9 @@
 #include "isobmff/ByteSource.h"
 
 #include <algorithm>
+#include <cerrno>
+
+#include <unistd.h>
 
 namespace pelorin {
 
@@ -51,6 +54,22 @@ bool FileByteSource::readInto(std::int64_t offset, char* out, std::int64_t lengt
         }
     }
     std::copy_n(window_.constData() + (offset - windowStart_), length, out);
+    return true;
+}
+
+bool FileByteSource::readIntoDirectly(std::int64_t offset, char* out, std::int64_t length)
+{
+    if (offset < 0 || length < 0 || length > size_ - offset)
+        return false;
+    std::int64_t done = 0;
+    while (done < length) {
+        const ssize_t got = ::pread(file_.handle(), out + done, size_t(length - done), off_t(offset + done));
+        if (got < 0 && errno == EINTR)
+            continue;
+        if (got <= 0)
+            return false;
+        done += got;
+    }
     return true;
 }
 

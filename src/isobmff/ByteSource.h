@@ -36,6 +36,9 @@ public:
     QByteArray read(std::int64_t offset, std::int64_t length) override;
     // Exactly length bytes from offset into out; false when the file has fewer or cannot be read.
     bool readInto(std::int64_t offset, char* out, std::int64_t length);
+    // The same for scattered small reads (the heads of media chunks megabytes apart), which
+    // would each fill a whole window for a few bytes.
+    bool readIntoDirectly(std::int64_t offset, char* out, std::int64_t length);
     int handle() const { return file_.handle(); }
 
 private:

@@ -43,7 +43,7 @@ QByteArray chunkHead(FileByteSource& file, std::int64_t offset, std::int64_t end
         end = file.size();
     const std::int64_t length = std::min(kChunkHead, end - offset);
     QByteArray head(qsizetype(std::max<std::int64_t>(length, 0)), Qt::Uninitialized);
-    if (offset < 0 || length <= 0 || !file.readInto(offset, head.data(), length))
+    if (offset < 0 || length <= 0 || !file.readIntoDirectly(offset, head.data(), length))
         return {};
     return head;
 }

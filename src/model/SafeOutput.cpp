@@ -156,6 +156,24 @@ bool AtomicFileWriter::appendFrom(int sourceFd, std::int64_t offset, std::int64_
 {
     if (fd_ < 0)
         return fail(QStringLiteral("the output is not open"), 0);
+    // File systems that share blocks between files (XFS, btrfs) clone a range instead of copying
+    // it, but only from a block boundary to a block boundary (or to the source's end). When the
+    // range lies at the same place within a block in both files, its unaligned head and tail are
+    // copied apart so that the middle can be cloned.
+    constexpr std::int64_t kBlock = kCloneBlockSize;
+    struct stat st {};
+    if (length >= 2 * kBlock && (offset - written_) % kBlock == 0 && ::fstat(sourceFd, &st) == 0) {
+        const std::int64_t head = (kBlock - offset % kBlock) % kBlock;
+        const bool toSourceEnd = offset + length == std::int64_t(st.st_size);
+        const std::int64_t middle = toSourceEnd ? length - head : (length - head) / kBlock * kBlock;
+        return copyRange(sourceFd, offset, head) && copyRange(sourceFd, offset + head, middle)
+               && copyRange(sourceFd, offset + head + middle, length - head - middle);
+    }
+    return copyRange(sourceFd, offset, length);
+}
+
+bool AtomicFileWriter::copyRange(int sourceFd, std::int64_t offset, std::int64_t length)
+{
     loff_t in = offset;
     std::int64_t left = length;
     bool kernelCopy = true;

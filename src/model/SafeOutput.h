@@ -25,6 +25,10 @@ using OutputCheck = std::function<QString(const QString& pendingPath)>;
 // behind, and so does a process killed before that point. The writer refuses to replace the file
 // it was told to protect (the source of a command), so a storage folder that happens to hold the
 // originals can never lose one.
+// The block size of the file systems that clone ranges (XFS, btrfs): a range copied to the same
+// place within a block can be shared instead of copied.
+inline constexpr std::int64_t kCloneBlockSize = 4096;
+
 class AtomicFileWriter {
 public:
     explicit AtomicFileWriter(QString targetPath, QString protectedSourcePath = {},
@@ -35,7 +39,9 @@ public:
 
     bool open();
     bool write(QByteArrayView bytes);
-    // Appends length bytes of an open file from offset, in the kernel where it can.
+    // Appends length bytes of an open file from offset, in the kernel where it can; sharing the
+    // source's blocks (reflink) where the file system can and the range lies at the same place
+    // within a block (kCloneBlockSize) in both files.
     bool appendFrom(int sourceFd, std::int64_t offset, std::int64_t length);
     // Makes the output a copy of the whole source file, sharing its blocks where the file
     // system can (reflink), else copying in the kernel. Only on a freshly opened writer.
@@ -55,6 +61,7 @@ public:
 
 private:
     bool fail(const QString& what, int err);
+    bool copyRange(int sourceFd, std::int64_t offset, std::int64_t length);
     QString verificationProblem();
     bool linkIntoPlace();
 

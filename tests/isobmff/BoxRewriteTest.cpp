@@ -141,6 +141,39 @@ TEST(BoxRewrite, FreeSpaceAbsorbsShrinkingAndLaterGrowth)
     EXPECT_EQ(streamHashes(grown.path), streamHashes(source));
 }
 
+// Large media that has to move moves by whole blocks (a 'free' box of ours takes up the rest), so
+// that XFS and btrfs clone it instead of copying; media that a shrinking movie box would pull
+// forward stays where it was.
+TEST(BoxRewrite, LargeMediaMovesByWholeBlocksOrNotAtAll)
+{
+    QTemporaryDir dir;
+    const QString source = dir.filePath("large.mp4");
+    ASSERT_EQ(QProcess::execute("ffmpeg", {"-v", "error", "-f", "lavfi", "-i", "testsrc=d=2:s=640x360:r=25,noise=alls=80:allf=t", "-c:v",
+                                           "mpeg4", "-q:v", "3", "-movflags", "+faststart", source}),
+              0);
+    ASSERT_GT(QFile(source).size(), 1024 * 1024);
+    const std::int64_t before = mdatOffset(source);
+    ASSERT_GT(before, 0);
+    const QByteArray hashes = streamHashes(source);
+    ASSERT_FALSE(hashes.isEmpty());
+
+    const Edited grown = rewriteMovie(source, dir, "grown.mp4", [](BoxNode& moov) { setTitle(moov, QByteArray(300, 'T')); });
+    ASSERT_TRUE(grown.report.written) << grown.report.error.toStdString();
+    EXPECT_TRUE(grown.report.offsetsShifted);
+    const std::int64_t moved = mdatOffset(grown.path) - before;
+    EXPECT_GT(moved, 0);
+    EXPECT_EQ(moved % 4096, 0);
+    EXPECT_TRUE(treeOfFile(grown.path).top("free"));
+    EXPECT_EQ(streamHashes(grown.path), hashes);
+    EXPECT_EQ(probedTitle(grown.path), QString(300, 'T'));
+
+    const Edited shrunk = rewriteMovie(source, dir, "shrunk.mp4", [](BoxNode& moov) { moov.removeChildren("udta"); });
+    ASSERT_TRUE(shrunk.report.written) << shrunk.report.error.toStdString();
+    EXPECT_FALSE(shrunk.report.offsetsShifted);
+    EXPECT_EQ(mdatOffset(shrunk.path), before);
+    EXPECT_EQ(streamHashes(shrunk.path), hashes);
+}
+
 TEST(BoxRewrite, RefusesFragmentedAndDamagedFilesWithoutWriting)
 {
     QTemporaryDir dir;

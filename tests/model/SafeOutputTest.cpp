@@ -102,6 +102,46 @@ TEST_F(SafeOutputTest, AppendsRangesOfAnotherFile)
     ::close(fd);
 }
 
+// A range that lies at the same place within a block in both files goes out in up to three
+// parts (head, whole blocks, tail) so that a file system that shares blocks can clone the middle.
+// Whatever the parts, the bytes must come out whole and in order.
+TEST_F(SafeOutputTest, RangesAtTheSamePlaceWithinABlockComeOutWhole)
+{
+    const QString source = out(QStringLiteral("blocks.bin"));
+    const qint64 size = 3 * 1024 * 1024 + 123;
+    const QByteArray bytes = randomBytes(int(size));
+    ASSERT_TRUE(writeFileAtomically(source, bytes, {}, nullptr));
+    const int fd = ::open(QFile::encodeName(source).constData(), O_RDONLY);
+    ASSERT_GE(fd, 0);
+    const qint64 block = kCloneBlockSize;
+    struct Range {
+        qint64 written;  // bytes in the output before the range
+        qint64 offset;
+        qint64 length;
+    };
+    const Range ranges[] = {
+        {100, 100 + 3 * block, 1024 * 1024 + 7},  // unaligned head and tail, short of the end
+        {0, 2 * block, size - 2 * block},         // aligned, to the source's end
+        {4000, 4000 + block, size - 4000 - block},  // unaligned head, to the end
+        {10, 10, 2 * block},                      // two blocks' worth, neither end aligned
+        {0, 0, 2 * block - 1},                    // just under two blocks
+    };
+    int n = 0;
+    for (const Range& r : ranges) {
+        SCOPED_TRACE(n);
+        const QString target = out(QStringLiteral("aligned-%1.bin").arg(n++));
+        AtomicFileWriter writer(target);
+        ASSERT_TRUE(writer.open());
+        const QByteArray before(qsizetype(r.written), 'h');
+        ASSERT_TRUE(writer.write(before));
+        ASSERT_TRUE(writer.appendFrom(fd, r.offset, r.length)) << writer.error().toStdString();
+        ASSERT_TRUE(writer.write("tail"));
+        ASSERT_TRUE(writer.commit()) << writer.error().toStdString();
+        EXPECT_EQ(readAll(target), before + bytes.mid(qsizetype(r.offset), qsizetype(r.length)) + "tail");
+    }
+    ::close(fd);
+}
+
 TEST_F(SafeOutputTest, NeverReplacesTheProtectedSource)
 {
     const QString source = out(QStringLiteral("original.jpg"));

@@ -10,7 +10,6 @@
 
 extern "C" {
 #include <libavutil/error.h>
-#include <libavutil/log.h>
 }
 
 namespace pelorin {
@@ -21,7 +20,7 @@ QString ffmpegError(int code)
     if (code == AVERROR(ENOSPC) || code == AVERROR(EDQUOT) || code == AVERROR(EFBIG))
         return writeErrorText(AVUNERROR(code));
     char text[AV_ERROR_MAX_STRING_SIZE] = {};
-    av_strerror(code, text, sizeof text);
+    ffmpeg().av_strerror(code, text, sizeof text);
     return QString::fromUtf8(text);
 }
 
@@ -48,7 +47,8 @@ bool keyCountsFit(ByteSource& source, const std::vector<Box>& boxes)
 
 MovieInput openContainerInput(const QString& path, QString* error)
 {
-    av_log_set_level(AV_LOG_QUIET);
+    if (!ffmpegLibrary(error))
+        return nullptr;
     FileByteSource source(path);
     if (source.open(nullptr)) {
         const BoxTree tree = readBoxTree(source);
@@ -59,7 +59,7 @@ MovieInput openContainerInput(const QString& path, QString* error)
         }
     }
     AVFormatContext* raw = nullptr;
-    const int status = avformat_open_input(&raw, QFile::encodeName(path).constData(), nullptr, nullptr);
+    const int status = ffmpeg().avformat_open_input(&raw, QFile::encodeName(path).constData(), nullptr, nullptr);
     if (status < 0) {
         if (error)
             *error = QStringLiteral("FFmpeg cannot open the file: %1").arg(ffmpegError(status));
@@ -73,7 +73,7 @@ MovieInput openMovieInput(const QString& path, QString* error)
     MovieInput input = openContainerInput(path, error);
     if (!input)
         return nullptr;
-    if (const int status = avformat_find_stream_info(input.get(), nullptr); status < 0) {
+    if (const int status = ffmpeg().avformat_find_stream_info(input.get(), nullptr); status < 0) {
         if (error)
             *error = QStringLiteral("FFmpeg finds no streams: %1").arg(ffmpegError(status));
         return nullptr;

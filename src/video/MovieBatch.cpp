@@ -20,6 +20,8 @@ CommandResult forEachMovie(const QStringList& files, const CommandContext& conte
              result);
         context.report(++done, int(files.size()));
     }
+    if (!result.written.isEmpty())
+        flushFileSystem(context.storageFolder);
     return result;
 }
 

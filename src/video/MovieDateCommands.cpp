@@ -32,7 +32,7 @@ void writeDated(const QString& file, const QString& target, const QDateTime& loc
         setOutputFileDates(target, local, local, context, result);
         return;
     }
-    const RewriteReport report = writeMovieRecordingDate(file, local, target);
+    const RewriteReport report = writeMovieRecordingDate(file, local, target, kMovieBatchDurability);
     if (!report.written) {
         result.skip(file, report.error);
         return;
@@ -63,7 +63,7 @@ CommandResult movieShootDatesToFileDates(const QStringList& files, const Command
         }
         if (!context.dryRun) {
             QString error;
-            if (!copyFileAtomically(file, target, &error)) {
+            if (!copyFileAtomically(file, target, &error, kMovieBatchDurability)) {
                 result.skip(file, error);
                 return;
             }

@@ -102,7 +102,8 @@ bool clearHeaderCreationTimes(BoxNode& moov, QString* error)
     return setHeaderCreationSeconds(moov, 0, error);
 }
 
-RewriteReport writeMovieRecordingDate(const QString& sourcePath, const QDateTime& when, const QString& targetPath)
+RewriteReport writeMovieRecordingDate(const QString& sourcePath, const QDateTime& when, const QString& targetPath,
+                                      Durability durability)
 {
     const QList<ItemChange> changes = recordingDateChanges(when, readMovieItemsOfFile(sourcePath));
     if (changes.isEmpty()) {
@@ -110,7 +111,7 @@ RewriteReport writeMovieRecordingDate(const QString& sourcePath, const QDateTime
         report.error = QStringLiteral("the recording date is no valid date");
         return report;
     }
-    return writeMovieChanges(sourcePath, changes, targetPath, Durability::FlushEach,
+    return writeMovieChanges(sourcePath, changes, targetPath, durability,
                              [&](BoxNode& moov, QString* error) { return setHeaderCreationTimes(moov, when, error); });
 }
 

@@ -30,6 +30,7 @@ bool setHeaderCreationTimes(BoxNode& moov, const QDateTime& instant, QString* er
 bool clearHeaderCreationTimes(BoxNode& moov, QString* error);
 
 // Writes target as the source with the recording date set in the items and the headers.
-RewriteReport writeMovieRecordingDate(const QString& sourcePath, const QDateTime& when, const QString& targetPath);
+RewriteReport writeMovieRecordingDate(const QString& sourcePath, const QDateTime& when, const QString& targetPath,
+                                      Durability durability = Durability::FlushEach);
 
 }  // namespace pelorin

@@ -53,7 +53,7 @@ MovieProbe probeMovie(const QString& path)
         }
     }
     const AVDictionaryEntry* tag = nullptr;
-    while ((tag = av_dict_get(context->metadata, "", tag, AV_DICT_IGNORE_SUFFIX))) {
+    while ((tag = ffmpeg().av_dict_get(context->metadata, "", tag, AV_DICT_IGNORE_SUFFIX))) {
         const QString key = QString::fromUtf8(tag->key);
         probe.tags.append({QStringLiteral("ffmpeg"), key, QStringLiteral("ffmpeg/") + key,
                            QString::fromUtf8(tag->value), QStringLiteral("UTF-8"), {}});

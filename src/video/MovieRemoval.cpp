@@ -77,9 +77,9 @@ CommandResult removeMovieMetadata(const QStringList& files, const CommandContext
         }
         const FileDateReading dates = readFileDates(file);
         const RewriteReport report = isIsoMediaFile(file)
-                                         ? writeMovieChanges(file, removals, target, Durability::FlushEach,
+                                         ? writeMovieChanges(file, removals, target, kMovieBatchDurability,
                                                              clearHeaderCreationTimes, FileLevelXmp::Blank)
-                                         : remuxWithTags(file, {}, target, true);
+                                         : remuxWithTags(file, {}, target, true, kMovieBatchDurability);
         if (!report.written) {
             result.skip(file, report.error);
             return;

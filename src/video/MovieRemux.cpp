@@ -24,13 +24,13 @@ struct OutputCloser {
     void operator()(AVFormatContext* context) const
     {
         if (context->pb)
-            avio_closep(&context->pb);
-        avformat_free_context(context);
+            ffmpeg().avio_closep(&context->pb);
+        ffmpeg().avformat_free_context(context);
     }
 };
 
 struct PacketFree {
-    void operator()(AVPacket* packet) const { av_packet_free(&packet); }
+    void operator()(AVPacket* packet) const { ffmpeg().av_packet_free(&packet); }
 };
 
 // The muxer that writes the source's own container again; null when none keeps tags.
@@ -54,16 +54,16 @@ bool remuxInto(AVFormatContext* input, const AVFormatContext* described, const c
     }
     AVFormatContext* raw = nullptr;
     const QByteArray outputName = QFile::encodeName(output);
-    int status = avformat_alloc_output_context2(&raw, nullptr, muxer, outputName.constData());
+    int status = ffmpeg().avformat_alloc_output_context2(&raw, nullptr, muxer, outputName.constData());
     if (status < 0) {
         *error = ffmpegError(status);
         return false;
     }
     std::unique_ptr<AVFormatContext, OutputCloser> out(raw);
     for (unsigned i = 0; i < input->nb_streams; ++i) {
-        AVStream* stream = avformat_new_stream(out.get(), nullptr);
+        AVStream* stream = ffmpeg().avformat_new_stream(out.get(), nullptr);
         const AVStream* own = described->streams[i];
-        if (!stream || avcodec_parameters_copy(stream->codecpar, own->codecpar) < 0) {
+        if (!stream || ffmpeg().avcodec_parameters_copy(stream->codecpar, own->codecpar) < 0) {
             *error = QStringLiteral("stream %1 cannot be copied").arg(i);
             return false;
         }
@@ -75,17 +75,17 @@ bool remuxInto(AVFormatContext* input, const AVFormatContext* described, const c
         // Matroska's DefaultDuration and display size: the muxer writes them from these.
         stream->avg_frame_rate = own->avg_frame_rate;
         stream->sample_aspect_ratio = own->sample_aspect_ratio;
-        av_dict_copy(&stream->metadata, input->streams[i]->metadata, 0);
+        ffmpeg().av_dict_copy(&stream->metadata, input->streams[i]->metadata, 0);
     }
     if (input->nb_chapters > 0) {
-        out->chapters = static_cast<AVChapter**>(av_calloc(input->nb_chapters, sizeof(AVChapter*)));
+        out->chapters = static_cast<AVChapter**>(ffmpeg().av_calloc(input->nb_chapters, sizeof(AVChapter*)));
         if (!out->chapters) {
             *error = QStringLiteral("out of memory");
             return false;
         }
         for (unsigned i = 0; i < input->nb_chapters; ++i) {
             const AVChapter* source = input->chapters[i];
-            auto* chapter = static_cast<AVChapter*>(av_mallocz(sizeof(AVChapter)));
+            auto* chapter = static_cast<AVChapter*>(ffmpeg().av_mallocz(sizeof(AVChapter)));
             if (!chapter) {
                 *error = QStringLiteral("out of memory");
                 return false;
@@ -94,23 +94,23 @@ bool remuxInto(AVFormatContext* input, const AVFormatContext* described, const c
             chapter->time_base = source->time_base;
             chapter->start = source->start;
             chapter->end = source->end;
-            av_dict_copy(&chapter->metadata, source->metadata, 0);
+            ffmpeg().av_dict_copy(&chapter->metadata, source->metadata, 0);
             out->chapters[out->nb_chapters++] = chapter;
         }
     }
-    av_dict_copy(&out->metadata, tags, 0);
-    if ((status = avio_open(&out->pb, outputName.constData(), AVIO_FLAG_WRITE)) < 0
-        || (status = avformat_write_header(out.get(), nullptr)) < 0) {
+    ffmpeg().av_dict_copy(&out->metadata, tags, 0);
+    if ((status = ffmpeg().avio_open(&out->pb, outputName.constData(), AVIO_FLAG_WRITE)) < 0
+        || (status = ffmpeg().avformat_write_header(out.get(), nullptr)) < 0) {
         *error = ffmpegError(status);
         return false;
     }
-    std::unique_ptr<AVPacket, PacketFree> packet(av_packet_alloc());
-    while ((status = av_read_frame(input, packet.get())) >= 0) {
+    std::unique_ptr<AVPacket, PacketFree> packet(ffmpeg().av_packet_alloc());
+    while ((status = ffmpeg().av_read_frame(input, packet.get())) >= 0) {
         const AVStream* from = input->streams[packet->stream_index];
         const AVStream* to = out->streams[packet->stream_index];
-        av_packet_rescale_ts(packet.get(), from->time_base, to->time_base);
+        ffmpeg().av_packet_rescale_ts(packet.get(), from->time_base, to->time_base);
         packet->pos = -1;
-        status = av_interleaved_write_frame(out.get(), packet.get());
+        status = ffmpeg().av_interleaved_write_frame(out.get(), packet.get());
         if (status < 0) {
             *error = ffmpegError(status);
             return false;
@@ -120,7 +120,7 @@ bool remuxInto(AVFormatContext* input, const AVFormatContext* described, const c
         *error = QStringLiteral("the media data cannot be read: %1").arg(ffmpegError(status));
         return false;
     }
-    if ((status = av_write_trailer(out.get())) < 0) {
+    if ((status = ffmpeg().av_write_trailer(out.get())) < 0) {
         *error = ffmpegError(status);
         return false;
     }
@@ -131,16 +131,17 @@ bool remuxInto(AVFormatContext* input, const AVFormatContext* described, const c
 
 bool canRemuxWithTags(const QString& path)
 {
-    av_log_set_level(AV_LOG_QUIET);
+    if (!ffmpegLibrary())
+        return false;
     AVFormatContext* raw = nullptr;
-    if (avformat_open_input(&raw, QFile::encodeName(path).constData(), nullptr, nullptr) < 0)
+    if (ffmpeg().avformat_open_input(&raw, QFile::encodeName(path).constData(), nullptr, nullptr) < 0)
         return false;
     std::unique_ptr<AVFormatContext, InputCloser> input(raw);
     return muxerFor(input.get(), path) != nullptr;
 }
 
 RewriteReport remuxWithTags(const QString& sourcePath, const QList<ContainerTagChange>& changes,
-                            const QString& targetPath, bool removeOthers)
+                            const QString& targetPath, bool removeOthers, Durability durability)
 {
     RewriteReport report;
     if (isSameFile(sourcePath, targetPath)) {
@@ -159,22 +160,22 @@ RewriteReport remuxWithTags(const QString& sourcePath, const QList<ContainerTagC
 
     AVDictionary* tags = nullptr;
     const AVDictionaryEntry* entry = nullptr;
-    while ((entry = av_dict_get(input->metadata, "", entry, AV_DICT_IGNORE_SUFFIX))) {
+    while ((entry = ffmpeg().av_dict_get(input->metadata, "", entry, AV_DICT_IGNORE_SUFFIX))) {
         if (!removeOthers || QByteArray(entry->key).compare("encoder", Qt::CaseInsensitive) == 0)
-            av_dict_set(&tags, entry->key, entry->value, 0);
+            ffmpeg().av_dict_set(&tags, entry->key, entry->value, 0);
     }
     for (const auto& [key, value] : changes) {
         // Matroska tag names differ in case between writers ("ARTIST", "artist"): drop them all.
         QList<QByteArray> existing;
         entry = nullptr;
-        while ((entry = av_dict_get(tags, "", entry, AV_DICT_IGNORE_SUFFIX))) {
+        while ((entry = ffmpeg().av_dict_get(tags, "", entry, AV_DICT_IGNORE_SUFFIX))) {
             if (QString::fromUtf8(entry->key).compare(key, Qt::CaseInsensitive) == 0)
                 existing.append(entry->key);
         }
         for (const QByteArray& name : existing)
-            av_dict_set(&tags, name.constData(), nullptr, 0);
+            ffmpeg().av_dict_set(&tags, name.constData(), nullptr, 0);
         if (value)
-            av_dict_set(&tags, key.toUtf8().constData(), value->toUtf8().constData(), 0);
+            ffmpeg().av_dict_set(&tags, key.toUtf8().constData(), value->toUtf8().constData(), 0);
     }
 
     // FFmpeg writes and seeks in a file of its own beside the target; the finished file then
@@ -182,7 +183,7 @@ RewriteReport remuxWithTags(const QString& sourcePath, const QList<ContainerTagC
     QTemporaryDir scratch(QFileInfo(targetPath).absolutePath() + QStringLiteral("/.pelorin-remux-XXXXXX"));
     const QString temporary = scratch.filePath(QFileInfo(targetPath).fileName());
     const bool remuxed = scratch.isValid() && remuxInto(input.get(), described.get(), muxer, tags, temporary, &report.error);
-    av_dict_free(&tags);
+    ffmpeg().av_dict_free(&tags);
     if (!remuxed) {
         if (report.error.isEmpty())
             report.error = QStringLiteral("no scratch space beside the target");
@@ -195,7 +196,7 @@ RewriteReport remuxWithTags(const QString& sourcePath, const QList<ContainerTagC
         return report;
     }
     QString error;
-    if (!copyFileAtomically(temporary, targetPath, &error)) {
+    if (!copyFileAtomically(temporary, targetPath, &error, durability)) {
         report.error = error;
         return report;
     }

@@ -21,6 +21,7 @@ bool canRemuxWithTags(const QString& path);
 // changed; every packet, stream, chapter and attachment is carried over unchanged.
 // removeOthers drops every global tag but the encoder's before the changes are applied.
 RewriteReport remuxWithTags(const QString& sourcePath, const QList<ContainerTagChange>& changes,
-                            const QString& targetPath, bool removeOthers = false);
+                            const QString& targetPath, bool removeOthers = false,
+                            Durability durability = Durability::FlushEach);
 
 }  // namespace pelorin

@@ -217,18 +217,18 @@ CommandResult saveMovieFields(const QStringList& files, const MovieFieldEdits& e
             // MXF holds its metadata in structures we do not write: its copy takes only the
             // created date, as the editor has always handled it.
             if (mxf) {
-                report.written = copyFileAtomically(file, target, &report.error);
+                report.written = copyFileAtomically(file, target, &report.error, kMovieBatchDurability);
                 if (report.written && !onlyCreatedDate(edits))
                     result.noteOnce(QStringLiteral("MXF movies take only the created date; their other fields were not written"));
             } else if (isIsoMediaFile(file)) {
                 report = writeMovieChanges(file, changesForMovie(readMovieItemsOfFile(file)), target,
-                                           Durability::FlushEach, headerTimes);
+                                           kMovieBatchDurability, headerTimes);
             } else if (!canRemuxWithTags(file)) {
                 report.error = QStringLiteral("only MP4-family, Matroska and WebM movies can be written");
             } else if (edits.latitude || edits.artworkPath || edits.shootDate) {
                 report.error = QStringLiteral("Matroska and WebM movies take text fields only");
             } else {
-                report = remuxWithTags(file, tagChangesFor(edits), target);
+                report = remuxWithTags(file, tagChangesFor(edits), target, false, kMovieBatchDurability);
             }
             if (!report.written) {
                 result.skip(file, report.error);

@@ -23,15 +23,15 @@ bool digestPackets(AVFormatContext* input, std::vector<StreamDigest>& digests, Q
     for (unsigned i = 0; i < input->nb_streams; ++i)
         hashes.push_back(std::make_unique<QCryptographicHash>(QCryptographicHash::Sha256));
     digests.assign(input->nb_streams, {});
-    std::unique_ptr<AVPacket, PacketFreer> packet(av_packet_alloc());
+    std::unique_ptr<AVPacket, PacketFreer> packet(ffmpeg().av_packet_alloc());
     int status = 0;
-    while ((status = av_read_frame(input, packet.get())) >= 0) {
+    while ((status = ffmpeg().av_read_frame(input, packet.get())) >= 0) {
         const unsigned index = unsigned(packet->stream_index);
         if (index < input->nb_streams) {
             ++digests[index].packets;
             hashes[index]->addData(QByteArrayView(reinterpret_cast<const char*>(packet->data), packet->size));
         }
-        av_packet_unref(packet.get());
+        ffmpeg().av_packet_unref(packet.get());
     }
     if (status != AVERROR_EOF) {
         *error = ffmpegError(status);
@@ -53,7 +53,7 @@ QString parameterDifference(const AVCodecParameters* a, const AVCodecParameters*
     if (a->codec_type != b->codec_type)
         return QStringLiteral("its kind");
     if (a->codec_id != b->codec_id)
-        return QStringLiteral("its codec (%1, not %2)").arg(avcodec_get_name(b->codec_id), avcodec_get_name(a->codec_id));
+        return QStringLiteral("its codec (%1, not %2)").arg(ffmpeg().avcodec_get_name(b->codec_id), ffmpeg().avcodec_get_name(a->codec_id));
     if (extradata(a) != extradata(b))
         return QStringLiteral("its codec setup (extradata)");
     if (a->width != b->width || a->height != b->height)

@@ -1,8 +1,9 @@
 #pragma once
 // Which program of the family runs a command. pelorin-cli itself is a small launcher: the
-// photo commands run in pelorin-cli-photo, which loads the photo libraries only (exiv2, libheif,
-// Qt); every other command, and help, in pelorin-cli-all, which loads the song, movie and camera
-// libraries too. Plain C++: the launcher loads nothing but the C++ runtime.
+// photo commands run in pelorin-cli-photo, which loads the photo libraries only (exiv2 and Qt;
+// libheif when a HEIF file comes); every other command, and help, in pelorin-cli-all, which loads
+// the song and camera libraries too (FFmpeg when a movie needs it). Plain C++: the launcher loads
+// nothing but the C++ runtime.
 #include <algorithm>
 #include <array>
 #include <string_view>

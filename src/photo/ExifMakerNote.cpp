@@ -35,12 +35,13 @@ QStringList exifMakerNoteValues(const QByteArray& exif)
     return makerNoteValues(data);
 }
 
-QByteArray exifWithMakerNoteKept(const QByteArray& sourceExif, const QByteArray& written)
+QByteArray exifWithMakerNoteKept(const QByteArray& sourceExif, const QByteArray& written,
+                                 const std::optional<QStringList>& sourceValues)
 {
     const QByteArray pinned = exifWithMakerNoteOf(sourceExif, written);
     if (pinned == written)
         return written;
-    const QStringList values = exifMakerNoteValues(sourceExif);
+    const QStringList values = sourceValues ? *sourceValues : exifMakerNoteValues(sourceExif);
     if (exifMakerNoteValues(pinned) == values || exifMakerNoteValues(written) != values)
         return pinned;
     return written;

@@ -3,6 +3,8 @@
 #include <QByteArray>
 #include <QStringList>
 
+#include <optional>
+
 namespace pelorin {
 
 // The EXIF block written (a TIFF block) laid out again with the maker note of sourceExif, byte
@@ -18,7 +20,10 @@ QByteArray exifWithMakerNoteOf(const QByteArray& sourceExif, const QByteArray& w
 // written as it is when its values do: a note whose values lie outside it (a preview behind
 // the thumbnail) loses them when kept in place, and exiv2, which knows them, moves them along.
 // Where neither keeps the values, the note kept in place (for the read-back to refuse).
-QByteArray exifWithMakerNoteKept(const QByteArray& sourceExif, const QByteArray& written);
+// sourceValues, when given, are exifMakerNoteValues(sourceExif), which the caller may have read
+// already.
+QByteArray exifWithMakerNoteKept(const QByteArray& sourceExif, const QByteArray& written,
+                                 const std::optional<QStringList>& sourceValues = std::nullopt);
 
 // The maker-note values (makerNoteValues) exiv2 reads in an EXIF block; one line, "unreadable",
 // where exiv2 cannot read the block.

@@ -35,13 +35,14 @@ QByteArray jpegExifBlock(const QByteArray& jpeg)
     return jpeg.mid(segment->payload + kExifHeader.size(), segment->length - kExifHeader.size());
 }
 
-QByteArray jpegWithMakerNoteOf(const QByteArray& sourceExif, const QByteArray& jpeg)
+QByteArray jpegWithMakerNoteOf(const QByteArray& sourceExif, const QByteArray& jpeg,
+                               const std::optional<QStringList>& sourceValues)
 {
     const auto segment = exifSegmentOf(jpeg);
     if (!segment)
         return jpeg;
     const QByteArray written = jpegExifBlock(jpeg);
-    const QByteArray block = exifWithMakerNoteKept(sourceExif, written);
+    const QByteArray block = exifWithMakerNoteKept(sourceExif, written, sourceValues);
     if (block == written || kExifHeader.size() + block.size() > kMaxSegmentPayload)
         return jpeg;
     const qsizetype length = 2 + kExifHeader.size() + block.size();

@@ -1,6 +1,9 @@
 #pragma once
 
 #include <QByteArray>
+#include <QStringList>
+
+#include <optional>
 
 namespace pelorin {
 
@@ -10,7 +13,8 @@ QByteArray jpegExifBlock(const QByteArray& jpeg);
 // The JPEG with the maker note of sourceExif (a TIFF block) put back into its Exif segment as
 // exifWithMakerNoteKept does; the JPEG as it is where that is not done or the block would not
 // fit in one segment.
-QByteArray jpegWithMakerNoteOf(const QByteArray& sourceExif, const QByteArray& jpeg);
+QByteArray jpegWithMakerNoteOf(const QByteArray& sourceExif, const QByteArray& jpeg,
+                               const std::optional<QStringList>& sourceValues = std::nullopt);
 
 // True when the JPEG's Exif block holds the maker note of sourceExif at the offset it has there,
 // byte for byte, or sourceExif has none.

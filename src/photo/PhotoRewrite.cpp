@@ -340,6 +340,7 @@ PhotoWriteResult CopyPhotoWithProperties(const QString& sourcePath, const PhotoC
     QByteArray rewritten;
     bool iptcUntouched = false;
     bool iptcRemoved = false;
+    std::optional<QStringList> sourceMakerNotes;  // the source's maker-note values, read once
     PhotoExpectation expected{source, format, QFileInfo(sourcePath).suffix(), {}, {}, {}, false, {}};
     if (changes.isEmpty()) {
         rewritten = source;
@@ -356,8 +357,10 @@ PhotoWriteResult CopyPhotoWithProperties(const QString& sourcePath, const PhotoC
             const Exiv2::IptcData iptcBefore = image->iptcData();
             const Exiv2::XmpData xmpBefore = image->xmpData();
             applyPhotoChanges({image->exifData(), image->iptcData(), image->xmpData()}, changes, &result.warnings, holds);
-            if (keepsMakerNotes(changes) && sameCamera(exifBefore, image->exifData()))
-                expected.makerNotes = makerNoteValues(exifBefore);
+            if (keepsMakerNotes(changes))
+                sourceMakerNotes = makerNoteValues(exifBefore);
+            if (sourceMakerNotes && sameCamera(exifBefore, image->exifData()))
+                expected.makerNotes = *sourceMakerNotes;
             // An EXIF block made anew or cut down must still hold what a JPEG's EXIF requires.
             if (format.container == PhotoContainer::Jpeg && (changes.removeAllMetadata || exifBefore.empty()))
                 addRequiredJpegExif(image->exifData(), source, image->iccProfileDefined(), exifBefore);
@@ -400,7 +403,7 @@ PhotoWriteResult CopyPhotoWithProperties(const QString& sourcePath, const PhotoC
             rewritten = jpegWithIptcDigestInStep(source, rewritten);
         if (format.container == PhotoContainer::Jpeg && keepsMakerNotes(changes)) {
             const QByteArray sourceExif = jpegExifBlock(source);
-            rewritten = jpegWithMakerNoteOf(sourceExif, rewritten);
+            rewritten = jpegWithMakerNoteOf(sourceExif, rewritten, sourceMakerNotes);
             expected.makerNoteInPlace = jpegKeepsMakerNoteOf(sourceExif, rewritten);
         }
         if (format.container == PhotoContainer::Png && changes.removesSomething()) {

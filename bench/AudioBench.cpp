@@ -22,6 +22,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <vector>
 
 using namespace pelorin;
 using namespace pelorin::bench;
@@ -75,31 +76,42 @@ int main(int argc, char** argv)
         std::printf("%d copies of %s (%.1f MB each)\n", copies, qPrintable(QFileInfo(song).fileName()),
                     QFileInfo(song).size() / 1e6);
 
-        // Paired rounds, ours and the peers in turn; the best of three each.
-        double ours = 1e9, cpSync = 1e9, cpKid3 = 1e9;
         int failed = 0;
-        for (int round = 0; round < 3; ++round) {
-            ours = std::min(ours, oursSeconds(files, dir.filePath(QStringLiteral("ours%1").arg(round)), &failed));
-            const QString copyFolder = dir.filePath(QStringLiteral("cp%1").arg(round));
-            QDir().mkpath(copyFolder);
-            QElapsedTimer t;
-            t.start();
-            QProcess::execute(QStringLiteral("cp"), files + QStringList{copyFolder});
-            syncDisks();
-            cpSync = std::min(cpSync, seconds(t));
-            if (!kid3)
-                continue;
-            const QString kid3Folder = dir.filePath(QStringLiteral("kid3-%1").arg(round));
-            QDir().mkpath(kid3Folder);
-            t.restart();
-            QProcess::execute(QStringLiteral("cp"), files + QStringList{kid3Folder});
-            QStringList copied;
-            for (const QString& file : files)
-                copied << kid3Folder + QLatin1Char('/') + QFileInfo(file).fileName();
-            timeProcess(QStringLiteral("kid3-cli"), QStringList{QStringLiteral("-c"), QStringLiteral("set title 'Benchmark title'")} + copied);
-            syncDisks();
-            cpKid3 = std::min(cpKid3, seconds(t));
+        int run = 0;
+        std::vector<Contender> contenders = {
+            [&] {
+                const QString folder = dir.filePath(QStringLiteral("ours%1").arg(run++));
+                const double taken = oursSeconds(files, folder, &failed);
+                syncDisks();
+                QDir(folder).removeRecursively();
+                return taken;
+            },
+            [&] {
+                const QString folder = dir.filePath(QStringLiteral("cp%1").arg(run++));
+                return timedWithFlush(QStringLiteral("cp"), files + QStringList{folder}, folder);
+            },
+        };
+        if (kid3) {
+            contenders.push_back([&] {
+                const QString folder = dir.filePath(QStringLiteral("kid3-%1").arg(run++));
+                QDir().mkpath(folder);
+                QElapsedTimer t;
+                t.start();
+                QProcess::execute(QStringLiteral("cp"), files + QStringList{folder});
+                QStringList copied;
+                for (const QString& file : files)
+                    copied << folder + QLatin1Char('/') + QFileInfo(file).fileName();
+                timeProcess(QStringLiteral("kid3-cli"),
+                            QStringList{QStringLiteral("-c"), QStringLiteral("set title 'Benchmark title'")} + copied);
+                syncDisks();
+                const double taken = seconds(t);
+                QDir(folder).removeRecursively();
+                return taken;
+            });
         }
+        const std::vector<double> medians = medianSecondsOfRounds(contenders);
+        const double ours = medians[0], cpSync = medians[1], cpKid3 = kid3 ? medians[2] : 0.0;
+        std::printf("  medians of 5 paired rounds\n");
         std::printf("  ours (one flush at the end)        %8.3f s%s\n", ours, failed ? "   (some files failed)" : "");
         std::printf("  cp + sync                          %8.3f s   ratio ours/cp+sync        %6.2f\n", cpSync, ours / cpSync);
         if (kid3)

@@ -9,7 +9,10 @@
 #include <QStringList>
 #include <QTemporaryDir>
 
+#include <algorithm>
+#include <functional>
 #include <memory>
+#include <vector>
 
 #include <sys/resource.h>
 
@@ -39,6 +42,52 @@ inline double processorSeconds()
 }
 
 inline void syncDisks() { QProcess::execute(QStringLiteral("sync"), {}); }
+
+// One contender of a comparison: runs once and returns its seconds (flush included), leaving no
+// output behind, so that the next one does not pay for its write-back.
+using Contender = std::function<double()>;
+
+inline double median(std::vector<double> values)
+{
+    std::sort(values.begin(), values.end());
+    return values.empty() ? 0.0 : values[values.size() / 2];
+}
+
+// The median seconds of each contender over paired rounds: every round runs each contender once,
+// in an order rotated from round to round so that none always comes first (or last) after the
+// previous one's flush. Figures on this kind of machine vary by half between runs; the pairs and
+// the median keep the ratios steady.
+inline std::vector<double> medianSecondsOfRounds(const std::vector<Contender>& contenders, int rounds = 5)
+{
+    std::vector<std::vector<double>> times(contenders.size());
+    for (int round = 0; round < rounds; ++round) {
+        for (std::size_t k = 0; k < contenders.size(); ++k) {
+            const std::size_t which = (k + std::size_t(round)) % contenders.size();
+            times[which].push_back(contenders[which]());
+            syncDisks();
+        }
+    }
+    std::vector<double> medians;
+    for (const auto& t : times)
+        medians.push_back(median(t));
+    return medians;
+}
+
+// Seconds of running a program, then flushing the disks; the output folder is emptied after.
+inline double timedWithFlush(const QString& program, const QStringList& args, const QString& outputFolder)
+{
+    QDir().mkpath(outputFolder);
+    QElapsedTimer t;
+    t.start();
+    QProcess p;
+    p.setStandardOutputFile(QProcess::nullDevice());
+    p.start(program, args);
+    p.waitForFinished(-1);
+    syncDisks();
+    const double taken = seconds(t);
+    QDir(outputFolder).removeRecursively();
+    return taken;
+}
 
 // The sample folders named after the copy count on the command line, or tests/data and (when
 // present) ../shared/fixtures/photo.

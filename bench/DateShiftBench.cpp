@@ -17,6 +17,7 @@
 #include <QTemporaryDir>
 
 #include <cstdio>
+#include <vector>
 
 using namespace pelorin;
 using namespace pelorin::bench;
@@ -54,39 +55,43 @@ int main(int argc, char** argv)
     std::printf("%d JPEG files (%.1f MB) made from %lld samples with EXIF dates\n\n", copies, batch.bytes / 1e6,
                 qlonglong(samples.size()));
 
-    CommandContext context;
-    context.storageFolder = batch.folder("ours");
     BatchDateRequest request;
     request.span.hours = 1;
     request.add = true;
-    QElapsedTimer t;
-    t.start();
-    const CommandResult result = shiftPhotoDates(selection, request, context);
-    syncDisks();
-    const double ours = seconds(t);
+    CommandResult result;
+    int run = 0;
+    const std::vector<Contender> contenders = {
+        [&] {
+            CommandContext context;
+            context.storageFolder = batch.folder("ours") + QString::number(run++);
+            QElapsedTimer t;
+            t.start();
+            result = shiftPhotoDates(selection, request, context);
+            syncDisks();
+            const double taken = seconds(t);
+            QDir(context.storageFolder).removeRecursively();
+            return taken;
+        },
+        [&] {
+            const QString folder = batch.folder("exiftool") + QString::number(run++);
+            return timedWithFlush(QStringLiteral("exiftool"),
+                                  QStringList{QStringLiteral("-q"), QStringLiteral("-m"), QStringLiteral("-AllDates+=1"),
+                                              QStringLiteral("-o"), folder + QLatin1Char('/')}
+                                      + files,
+                                  folder);
+        },
+        [&] {
+            const QString folder = batch.folder("cp") + QString::number(run++);
+            return timedWithFlush(QStringLiteral("cp"), files + QStringList{folder}, folder);
+        },
+    };
+    const std::vector<double> medians = medianSecondsOfRounds(contenders);
+    const double ours = medians[0], peer = medians[1], cpSync = medians[2];
 
-    t.restart();
-    QProcess exiftool;
-    exiftool.setStandardOutputFile(QProcess::nullDevice());
-    exiftool.start(QStringLiteral("exiftool"),
-                   QStringList{QStringLiteral("-q"), QStringLiteral("-m"), QStringLiteral("-AllDates+=1"), QStringLiteral("-o"),
-                               batch.folder("exiftool") + QLatin1Char('/')}
-                       + files);
-    exiftool.waitForFinished(-1);
-    syncDisks();
-    const double peer = seconds(t);
-
-    t.restart();
-    QProcess::execute(QStringLiteral("cp"), files + QStringList{batch.folder("cp")});
-    const double cp = seconds(t);
-    syncDisks();
-    const double cpSync = seconds(t);
-
-    std::printf("Date shift by one hour (%lld written, %lld skipped)\n", qlonglong(result.written.size()),
-                qlonglong(result.skipped.size()));
-    std::printf("  ours (engine batch, flushed once)  %8.3f s\n", ours);
-    std::printf("  exiftool -AllDates+=1 -o (one run) %8.3f s   ratio exiftool/ours %6.2f\n", peer, peer / ours);
-    std::printf("  cp                                 %8.3f s   ratio ours/cp       %6.2f\n", cp, ours / cp);
-    std::printf("  cp + sync                          %8.3f s   ratio ours/cp+sync  %6.2f\n", cpSync, ours / cpSync);
+    std::printf("Date shift by one hour (%lld written, %lld skipped), medians of 5 paired rounds\n",
+                qlonglong(result.written.size()), qlonglong(result.skipped.size()));
+    std::printf("  ours (engine batch, flushed once)         %8.3f s\n", ours);
+    std::printf("  exiftool -AllDates+=1 -o (one run) + sync %8.3f s   ratio exiftool/ours %6.2f\n", peer, peer / ours);
+    std::printf("  cp + sync                                 %8.3f s   ratio ours/cp+sync  %6.2f\n", cpSync, ours / cpSync);
     return result.skipped.isEmpty() ? 0 : 1;
 }

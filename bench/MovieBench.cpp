@@ -28,6 +28,8 @@
 
 using namespace pelorin;
 using pelorin::bench::seconds;
+using pelorin::bench::Contender;
+using pelorin::bench::medianSecondsOfRounds;
 
 namespace {
 
@@ -38,12 +40,6 @@ double timed(const QString& program, const QStringList& arguments)
     QProcess::execute(program, arguments);
     QProcess::execute(QStringLiteral("sync"), {});
     return seconds(timer);
-}
-
-double median(std::vector<double> values)
-{
-    std::sort(values.begin(), values.end());
-    return values.empty() ? 0.0 : values[values.size() / 2];
 }
 
 }  // namespace
@@ -93,7 +89,7 @@ int main(int argc, char** argv)
         QFile::remove(target);
         return taken;
     };
-    const std::vector<std::function<double()>> contenders = {
+    const std::vector<Contender> contenders = {
         [&] { return ours(true); },
         [&] { return ours(false); },
         [&] { return other(QStringLiteral("cp"), {source}); },
@@ -102,19 +98,12 @@ int main(int argc, char** argv)
                                                     "-metadata", "title=Benchmark title"});
         },
     };
-    std::vector<std::vector<double>> times(contenders.size());
+    const std::vector<double> medians = medianSecondsOfRounds(contenders);
     constexpr int kRounds = 5;
-    for (int round = 0; round < kRounds; ++round) {
-        for (std::size_t k = 0; k < contenders.size(); ++k) {
-            const std::size_t which = (k + std::size_t(round)) % contenders.size();
-            times[which].push_back(contenders[which]());
-            QProcess::execute(QStringLiteral("sync"), {});
-        }
-    }
-    const double oursSeconds = median(times[0]);
-    const double uncheckedSeconds = median(times[1]);
-    const double cpSeconds = median(times[2]);
-    const double ffmpegSeconds = median(times[3]);
+    const double oursSeconds = medians[0];
+    const double uncheckedSeconds = medians[1];
+    const double cpSeconds = medians[2];
+    const double ffmpegSeconds = medians[3];
     std::printf("medians of %d rounds: ours %.3f s%s, cp+sync %.3f s, ffmpeg remux %.3f s\n", kRounds, oursSeconds,
                 succeeded ? "" : " (failed)", cpSeconds, ffmpegSeconds);
     std::printf("ours/(cp+sync) %.2f (target at most 1.1), ffmpeg/ours %.2f\n",

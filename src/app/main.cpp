@@ -2,6 +2,7 @@
 #include "app/AppDelegate.h"
 #include "app/ImportActions.h"
 #include "app/MediaImporter.h"
+#include "model/BatchAllocator.h"
 #include "model/Preferences.h"
 #include "ui/WindowLook.h"
 
@@ -14,6 +15,8 @@
 
 int main(int argc, char** argv)
 {
+    // The editor runs the same batches as the command line.
+    pelorin::tuneAllocatorForBatches();
     // Qt Multimedia's GStreamer backend plays no H.264/AAC on a stock system; FFmpeg does.
     if (qEnvironmentVariableIsEmpty("QT_MEDIA_BACKEND"))
         qputenv("QT_MEDIA_BACKEND", "ffmpeg");

@@ -1,5 +1,7 @@
 #include "cli/CliMain.h"
 
+#include "model/BatchAllocator.h"
+
 #include <QDir>
 #include <QGuiApplication>
 #include <QLoggingCategory>
@@ -14,6 +16,7 @@ namespace pelorin::cli {
 
 int runCliMain(int argc, char** argv, std::unique_ptr<CliApp> (*makeApp)(), bool guiApplication)
 {
+    tuneAllocatorForBatches();
     // The tool opens no window; the offscreen platform gives it fonts and painting anywhere,
     // with or without a display.
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))

@@ -23,6 +23,8 @@ public:
     QImage thumbnail(const QString& path);
     bool failed(const QString& path) const { return failed_.contains(path); }
     void clear();
+    // True when no picture is being made or waits to be handed over.
+    bool isIdle() const { return pending_.isEmpty(); }
     // Waits for the pictures being made (tests and shutdown).
     void waitForIdle();
 

@@ -34,6 +34,8 @@ using namespace pelorin;
 
 namespace {
 
+QElapsedTimer sinceStart;
+
 // Small real files of each kind; names are varied as cameras, phones and people name them.
 const char* const kSamples[] = {
     "et-GPS.jpg", "exiv2-nikon-d70.jpg", "mde-Canon_PowerShot_S330.jpg", "pil-iptc_NokiaN70.jpg", "et-PNG.png",
@@ -101,6 +103,8 @@ RunFigures importOnce(const QString& folder, const QString& settingsFile, const 
     });
     clock.start();
     tick.start();
+    if (qEnvironmentVariableIsSet("PELORIN_BENCH_TRACE"))
+        std::printf("  import starts at %lld ms\n", sinceStart.elapsed());
     app->menus()->action(QStringLiteral("actionImportFolder"))->trigger();
     poll.start();
     loop.exec();
@@ -130,14 +134,16 @@ public:
         const qint64 cpuBefore = threadCpuMicroseconds();
         QElapsedTimer wall;
         wall.start();
-        const QString name = receiver->metaObject()->className() + QStringLiteral(" ") + receiver->objectName();
+        QString name = receiver->metaObject()->className() + QStringLiteral(" ") + receiver->objectName();
+        if (receiver->parent())
+            name += QStringLiteral(" in ") + receiver->parent()->metaObject()->className();
         const int type = event->type();
         const bool result = QApplication::notify(receiver, event);
         const qint64 ms = wall.elapsed();
         --depth_;
         if (ms > 20)
-            std::fprintf(stdout, "  slow event %d to %s: %lld ms wall, %lld ms on a core\n", type, qPrintable(name), ms,
-                         (threadCpuMicroseconds() - cpuBefore) / 1000);
+            std::fprintf(stdout, "  slow event %d to %s at %lld ms: %lld ms wall, %lld ms on a core\n", type,
+                         qPrintable(name), sinceStart.elapsed(), ms, (threadCpuMicroseconds() - cpuBefore) / 1000);
         return result;
     }
 
@@ -149,6 +155,7 @@ private:
         return qint64(t.tv_sec) * 1000000 + t.tv_nsec / 1000;
     }
     bool tracing_ = qEnvironmentVariableIsSet("PELORIN_BENCH_TRACE");
+
     int depth_ = 0;
 };
 
@@ -157,6 +164,7 @@ private:
 int main(int argc, char** argv)
 {
     qputenv("QT_QPA_PLATFORM", "offscreen");
+    sinceStart.start();
     TracingApplication qtApp(argc, argv);
     prepareWindowTests();
     const int count = argc > 1 ? std::max(1, std::atoi(argv[1])) : 10000;

@@ -856,6 +856,7 @@ private slots:
         qint64 longestStall = 0;
         qint64 last = 0;
         bool sawPartialList = false;
+        bool grabbedHalfway = false;
         QTimer tick;
         tick.setInterval(5);
         clock.start();
@@ -864,6 +865,11 @@ private slots:
             last = clock.elapsed();
             const int rows = app_->localPhotoItemArray()->rowCount();
             sawPartialList = sawPartialList || (rows > 0 && rows < expected.size());
+            // How the window looks halfway.
+            if (rows >= expected.size() / 2 && !grabbedHalfway) {
+                grabbedHalfway = app_->window()->grab().save(screenshotPath(QStringLiteral("main-window-importing.png")));
+                last = clock.elapsed();  // the picture's own time is not the window's
+            }
         });
         tick.start();
         trigger(QStringLiteral("actionImportFolder"));
@@ -883,6 +889,18 @@ private slots:
         // Generous on purpose: it catches a loop blocked for the whole import, not a slow machine.
         QVERIFY2(longestStall < 500, qPrintable(QString::number(longestStall)));
         saveScreenshot(app_->window(), QStringLiteral("main-window-3000-files.png"));
+
+        // All photos and movies selected and taken out of the list: the songs stay, in order.
+        app_->window()->localImageBrowserView->selectAll();
+        QCOMPARE(app_->currentPhotoSelection().items.size(), expected.size() - songs);
+        app_->importActions()->ClearSelectedLeftPhotos();
+        QStringList expectedSongs;
+        for (const QString& path : expected) {
+            if (path.endsWith(QLatin1String(".mp3")) || path.endsWith(QLatin1String(".flac")))
+                expectedSongs.append(path);
+        }
+        QCOMPARE(importedPaths(), expectedSongs);
+        QCOMPARE(app_->photoBrowserModel()->rowCount(), 0);
     }
 
     void cancellingOrClearingMidwayStopsTheImport()

@@ -191,12 +191,15 @@ QList<int> AppDelegate::selectedPhotoRows() const
 {
     QList<int> rows;
     const QModelIndexList selected = window_->localImageBrowserView->selectionModel()->selectedIndexes();
+    rows.reserve(selected.size());
     for (const QModelIndex& index : selected) {
         const QModelIndex source = browserModel_->mapToSource(index);
-        if (source.isValid() && !rows.contains(source.row()))
+        if (source.isValid())
             rows.append(source.row());
     }
+    // Sorting first keeps a selection of thousands linear instead of a search per row.
     std::sort(rows.begin(), rows.end());
+    rows.erase(std::unique(rows.begin(), rows.end()), rows.end());
     return rows;
 }
 

@@ -54,6 +54,7 @@ public:
     PhotoBrowserModel* photoBrowserModel() const { return browserModel_; }
     CommandRunner* runner() const { return runner_; }
     MediaImporter* importer() const { return importer_; }
+    ThumbnailLoader* thumbnails() const { return thumbnails_; }
     CommandMenus* menus() const { return menus_.get(); }
     PreferencesDialog* preferencesSheet() const { return preferencesSheet_; }
     DateActions* dateActions() const { return dateActions_; }

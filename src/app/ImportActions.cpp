@@ -34,6 +34,7 @@ ImportActions::ImportActions(AppDelegate& app) : QObject(&app), app_(app)
     connect(w->addMediaBtn, &QToolButton::clicked, this, &ImportActions::AddMediaFileAction);
     connect(w->removeMediaBtn, &QToolButton::clicked, this, &ImportActions::RemoveMediaFileAction);
     MediaImporter* importer = app_.importer();
+    connect(importer, &MediaImporter::expecting, app_.localPhotoItemArray(), &ImportedItemsModel::reserveMore);
     connect(importer, &MediaImporter::recordsReady, app_.localPhotoItemArray(), &ImportedItemsModel::append);
     connect(importer, &MediaImporter::progress, w->taskStatus, [w](int done, int total) {
         w->taskStatus->showTask(QStringLiteral("Importing %1 of %2").arg(done).arg(total));

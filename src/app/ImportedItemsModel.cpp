@@ -67,6 +67,12 @@ void ImportedItemsModel::append(const QList<IKImageItem>& records)
     endInsertRows();
 }
 
+void ImportedItemsModel::reserveMore(int count)
+{
+    if (count > 0)
+        items_.reserve(items_.size() + count);
+}
+
 void ImportedItemsModel::removeItemRows(QList<int> rows)
 {
     std::sort(rows.begin(), rows.end(), std::greater<int>());

@@ -27,6 +27,9 @@ public:
     IKImageItem& item(int row) { return items_[row]; }
 
     void append(const QList<IKImageItem>& records);
+    // Makes room for this many more records, so that a big import does not move every record
+    // to a larger list each time the list fills up.
+    void reserveMore(int count);
     // Removes the given rows (any order, duplicates allowed); the files are not touched.
     void removeItemRows(QList<int> rows);
     void clear();

@@ -18,14 +18,15 @@ PhotoBrowserModel::PhotoBrowserModel(ThumbnailLoader* thumbnails, QObject* paren
       loadingPicture_(placeholderCell(QStringLiteral(":/icons/importphotonom.svg"))),
       brokenPicture_(placeholderCell(QStringLiteral(":/icons/clearphotosnom.svg")))
 {
-    // Thumbnails arrive one by one; repainting once per short pause keeps a big import smooth.
+    // Thumbnails arrive a few at a time; repainting once per short pause keeps a big import smooth.
+    repaint_.setObjectName(QStringLiteral("thumbnailRepaint"));
     repaint_.setSingleShot(true);
     repaint_.setInterval(60);
     connect(&repaint_, &QTimer::timeout, this, [this] {
         if (rowCount() > 0)
             emit dataChanged(index(0, 0), index(rowCount() - 1, 0), {Qt::DecorationRole});
     });
-    connect(thumbnails_, &ThumbnailLoader::thumbnailReady, this, [this] {
+    connect(thumbnails_, &ThumbnailLoader::thumbnailsReady, this, [this] {
         if (!repaint_.isActive())
             repaint_.start();
     });

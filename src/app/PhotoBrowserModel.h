@@ -17,6 +17,8 @@ public:
 
     QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
     void forgetThumbnails() { icons_.clear(); }
+    // True while finished thumbnails wait for their cells to be repainted.
+    bool isRepaintPending() const { return repaint_.isActive(); }
 
 protected:
     bool filterAcceptsRow(int sourceRow, const QModelIndex& sourceParent) const override;

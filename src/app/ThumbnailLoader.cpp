@@ -1,11 +1,12 @@
 #include "app/ThumbnailLoader.h"
 
+#include "app/BackgroundThreads.h"
+
 #include "model/FileKinds.h"
 #include "ui/ThumbnailCells.h"
 #include "video/MoviePoster.h"
 
 #include <QMetaObject>
-#include <QPointer>
 
 namespace pelorin {
 
@@ -35,40 +36,56 @@ QImage ThumbnailLoader::thumbnail(const QString& path)
     if (pending_.contains(path) || failed_.contains(path))
         return {};
     pending_.insert(path);
-    QPointer<ThumbnailLoader> self(this);
     const quint64 generation = generation_;
     const int side = side_;
-    pool_.start([self, path, side, generation] {
+    // The pool is emptied and waited for before the loader goes, so its tasks may use it.
+    pool_.start([this, path, side, generation] {
+        yieldCoresToWindow();
         const QString extension = pathExtension(path);
         QImage image;
         if (isImageExtension(extension))
             image = squareThumbnail(makePhotoThumbnail(path, side), side);
         else if (isVideoExtension(extension))
             image = squareThumbnail(moviePosterFrame(path, side), side);
-        if (!self)
-            return;
-        QMetaObject::invokeMethod(
-            self.data(),
-            [self, path, image, generation] {
-                if (self && self->generation_ == generation)
-                    self->deliver(path, image);
-            },
-            Qt::QueuedConnection);
+        finish({generation, path, image});
     });
     return {};
 }
 
-void ThumbnailLoader::deliver(const QString& path, const QImage& image)
+void ThumbnailLoader::finish(Finished finished)
 {
-    pending_.remove(path);
-    if (image.isNull()) {
-        failed_.insert(path);
-    } else {
-        if (ready_.size() >= kKeptThumbnails)
-            ready_.clear();
-        ready_.insert(path, image);
+    std::lock_guard lock(finishedMutex_);
+    finished_.append(std::move(finished));
+    if (deliveryPosted_)
+        return;
+    deliveryPosted_ = true;
+    QMetaObject::invokeMethod(this, &ThumbnailLoader::deliverFinished, Qt::QueuedConnection);
+}
+
+void ThumbnailLoader::deliverFinished()
+{
+    QList<Finished> finished;
+    {
+        std::lock_guard lock(finishedMutex_);
+        finished.swap(finished_);
+        deliveryPosted_ = false;
     }
-    emit thumbnailReady(path);
+    QStringList paths;
+    for (Finished& one : finished) {
+        if (one.generation != generation_)
+            continue;
+        pending_.remove(one.path);
+        if (one.image.isNull()) {
+            failed_.insert(one.path);
+        } else {
+            if (ready_.size() >= kKeptThumbnails)
+                ready_.clear();
+            ready_.insert(one.path, one.image);
+        }
+        paths.append(one.path);
+    }
+    if (!paths.isEmpty())
+        emit thumbnailsReady(paths);
 }
 
 void ThumbnailLoader::clear()

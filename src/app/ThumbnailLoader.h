@@ -7,12 +7,15 @@
 #include <QSet>
 #include <QThreadPool>
 
+#include <mutex>
+
 namespace pelorin {
 
 // Makes the browser's thumbnails off the GUI thread: asked for a path it answers what it has
 // (nothing yet the first time), decodes in the background and announces when a picture is ready.
 // It keeps the finished cell pictures itself; failures are remembered so a broken file is not
-// decoded again on every repaint.
+// decoded again on every repaint. Finished pictures are handed to the window together, one
+// event for all that finished meanwhile, not one event each.
 class ThumbnailLoader : public QObject {
     Q_OBJECT
 public:
@@ -23,14 +26,22 @@ public:
     QImage thumbnail(const QString& path);
     bool failed(const QString& path) const { return failed_.contains(path); }
     void clear();
+    // True when no picture is being made or waits to be handed over.
+    bool isIdle() const { return pending_.isEmpty(); }
     // Waits for the pictures being made (tests and shutdown).
     void waitForIdle();
 
 signals:
-    void thumbnailReady(const QString& path);
+    void thumbnailsReady(const QStringList& paths);
 
 private:
-    void deliver(const QString& path, const QImage& image);
+    struct Finished {
+        quint64 generation;
+        QString path;
+        QImage image;  // null when the file could not be decoded
+    };
+    void finish(Finished finished);
+    void deliverFinished();
 
     int side_;
     QThreadPool pool_;
@@ -38,6 +49,10 @@ private:
     QSet<QString> pending_;
     QSet<QString> failed_;
     quint64 generation_ = 0;
+
+    std::mutex finishedMutex_;
+    QList<Finished> finished_;     // guarded by finishedMutex_
+    bool deliveryPosted_ = false;  // guarded by finishedMutex_
 };
 
 }  // namespace pelorin

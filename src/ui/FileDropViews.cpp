@@ -92,7 +92,13 @@ void MediaTableView::setModel(QAbstractItemModel* model)
     QTableView::setModel(model);
     if (!model)
         return;
-    connect(model, &QAbstractItemModel::rowsInserted, this, &MediaTableView::scheduleFit);
+    connect(model, &QAbstractItemModel::rowsInserted, this, [this](const QModelIndex&, int first, int) {
+        // Rows arriving below a full screen change none of the texts the fit measures; a big
+        // import would otherwise measure the same screenful again for every batch.
+        if (isVisible() && first > 0 && rowViewportPosition(first) > viewport()->height())
+            return;
+        scheduleFit();
+    });
     connect(model, &QAbstractItemModel::modelReset, this, &MediaTableView::scheduleFit);
     connect(model, &QAbstractItemModel::dataChanged, this, &MediaTableView::scheduleFit);
     connect(model, &QAbstractItemModel::rowsRemoved, this, &MediaTableView::scheduleFit);

@@ -10,6 +10,7 @@
 #include "photo/PhotoCompleteness.h"
 #include "photo/PhotoLibraries.h"
 #include "photo/PhotoProperties.h"
+#include "photo/PngSkeleton.h"
 
 #include <QBuffer>
 #include <QFile>
@@ -275,11 +276,16 @@ PhotoProperties readPhotoProperties(const QString& path)
         }
         return info;
     }
-    // A JPEG's metadata all lie before its image data, which is not read.
-    if (detectPhotoFormat(head, extension).container == PhotoContainer::Jpeg) {
+    // A JPEG's metadata all lie before its image data, a PNG's around it; the image data is
+    // not read.
+    const PhotoContainer container = detectPhotoFormat(head, extension).container;
+    if (container == PhotoContainer::Jpeg) {
         if (const std::optional<JpegHead> jpeg = readJpegHead(file))
             return readPhotoProperties(jpeg->bytes, extension);
         file.seek(0);
+    } else if (container == PhotoContainer::Png) {
+        if (const std::optional<PngSkeleton> png = readPngSkeleton(file))
+            return readPhotoProperties(png->bytes, extension);
     }
     return readPhotoProperties(file.readAll(), extension);
 }

@@ -9,6 +9,7 @@
 #include "photo/PhotoPayload.h"
 #include "photo/PhotoProperties.h"
 #include "photo/PngSkeleton.h"
+#include "photo/WebPSkeleton.h"
 
 #include <QFile>
 
@@ -103,35 +104,31 @@ QString copiedImageDataProblem(const CopiedImageData& copied, QFile& output, con
     return {};
 }
 
-// The output as its metadata code sees it (a JPEG's head, a PNG's skeleton), after the ranges
-// copied from the source are checked; or why it cannot be.
-std::optional<QByteArray> outputWithoutCopiedData(const PhotoExpectation& expected, QFile& file, QString* problem)
+// The output as its metadata code sees it (a JPEG's head, a PNG's or WebP's skeleton) and
+// where the ranges copied from the source lie in it; empty when it does not have that structure.
+std::optional<std::pair<QByteArray, QList<OutputRange>>> metadataSideOf(PhotoContainer container, QFile& file)
 {
-    const QString incomplete = QStringLiteral("the output %1 file is incomplete").arg(expected.format.kind);
-    QList<OutputRange> found;
-    QByteArray bytes;
-    if (expected.format.container == PhotoContainer::Png) {
+    QList<OutputRange> copied;
+    if (container == PhotoContainer::Png) {
         const std::optional<PngSkeleton> skeleton = readPngSkeleton(file);
-        if (!skeleton) {
-            *problem = incomplete;
+        if (!skeleton)
             return std::nullopt;
-        }
         for (const PngImageDataRun& run : skeleton->runs)
-            found.append({run.offset, run.length});
-        bytes = skeleton->bytes;
-    } else {
-        const std::optional<JpegHead> head = readJpegHead(file);
-        if (!head) {
-            *problem = incomplete;
-            return std::nullopt;
-        }
-        found.append({head->imageDataStart, head->imageDataLength()});
-        bytes = head->bytes;
+            copied.append({run.offset, run.length});
+        return std::pair{skeleton->bytes, copied};
     }
-    *problem = copiedImageDataProblem(expected.copiedImageData, file, found);
-    if (!problem->isEmpty())
+    if (container == PhotoContainer::WebP) {
+        const std::optional<WebPSkeleton> skeleton = readWebPSkeleton(file);
+        if (!skeleton)
+            return std::nullopt;
+        for (const WebPImageChunk& chunk : skeleton->imageChunks)
+            copied.append({chunk.offset, chunk.length});
+        return std::pair{skeleton->bytes, copied};
+    }
+    const std::optional<JpegHead> head = readJpegHead(file);
+    if (!head)
         return std::nullopt;
-    return bytes;
+    return std::pair{head->bytes, QList<OutputRange>{{head->imageDataStart, head->imageDataLength()}}};
 }
 
 }  // namespace
@@ -150,11 +147,12 @@ QString photoReadBackProblem(const PhotoExpectation& expected, const QString& pe
         return QStringLiteral("the output cannot be read back");
     QByteArray output;
     if (!expected.copiedImageData.ranges.isEmpty()) {
-        QString problem;
-        const std::optional<QByteArray> withoutCopied = outputWithoutCopiedData(expected, file, &problem);
-        if (!withoutCopied)
-            return problem;
-        output = *withoutCopied;
+        const auto side = metadataSideOf(expected.format.container, file);
+        if (!side)
+            return QStringLiteral("the output %1 file is incomplete").arg(expected.format.kind);
+        if (const QString copied = copiedImageDataProblem(expected.copiedImageData, file, side->second); !copied.isEmpty())
+            return copied;
+        output = side->first;
     } else {
         output = file.readAll();
     }

@@ -17,7 +17,8 @@ struct CopiedRange {
 };
 
 // Image data an output took from its source file as it lies there, never through the writer's
-// buffers: a JPEG's scan data and what follows it, each run of a PNG's image-data chunks.
+// buffers: a JPEG's scan data and what follows it, each run of a PNG's image-data chunks, each
+// image chunk of a WebP.
 struct CopiedImageData {
     QString sourcePath;
     QList<CopiedRange> ranges;  // in file order; none: the output was written whole from the writer's bytes
@@ -25,7 +26,7 @@ struct CopiedImageData {
 
 // What a rewritten photo must show when it is read back from disk.
 struct PhotoExpectation {
-    QByteArray source;          // the photo as it was read (a JPEG's head, a PNG's skeleton when its image data is copied)
+    QByteArray source;          // the photo as it was read (a JPEG's head, a PNG's or WebP's skeleton when its image data is copied)
     PhotoFormat format;
     QString extension;
     QVariantMap written;        // the metadata as the writer held it once the changes were applied

@@ -11,6 +11,7 @@
 #include "photo/PhotoLibraries.h"
 #include "photo/PhotoProperties.h"
 #include "photo/PngSkeleton.h"
+#include "photo/WebPSkeleton.h"
 
 #include <QBuffer>
 #include <QFile>
@@ -276,8 +277,8 @@ PhotoProperties readPhotoProperties(const QString& path)
         }
         return info;
     }
-    // A JPEG's metadata all lie before its image data, a PNG's around it; the image data is
-    // not read.
+    // A JPEG's metadata all lie before its image data, a PNG's and a WebP's around it; the
+    // image data is not read (but a WebP's bitstream headers, which tell its canvas).
     const PhotoContainer container = detectPhotoFormat(head, extension).container;
     if (container == PhotoContainer::Jpeg) {
         if (const std::optional<JpegHead> jpeg = readJpegHead(file))
@@ -286,6 +287,9 @@ PhotoProperties readPhotoProperties(const QString& path)
     } else if (container == PhotoContainer::Png) {
         if (const std::optional<PngSkeleton> png = readPngSkeleton(file))
             return readPhotoProperties(png->bytes, extension);
+    } else if (container == PhotoContainer::WebP) {
+        if (const std::optional<WebPSkeleton> webp = readWebPSkeleton(file))
+            return readPhotoProperties(webp->bytes, extension);
     }
     return readPhotoProperties(file.readAll(), extension);
 }

@@ -23,6 +23,7 @@
 #include "photo/UntouchedMetadata.h"
 #include "photo/PhotoProperties.h"
 #include "photo/PngSkeleton.h"
+#include "photo/WebPSkeleton.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -264,24 +265,33 @@ std::optional<QList<OutputPiece>> jpegPieces(const JpegHead& head, const QByteAr
     return QList<OutputPiece>{{*before, {0, -1}}, {{}, {head.imageDataStart, head.imageDataLength()}}};
 }
 
-// The output of a PNG read as its skeleton: the rewritten skeleton with each stand-in replaced
-// by the run of image data it stands for. Empty when the stand-ins did not come through.
-std::optional<QList<OutputPiece>> pngPieces(const PngSkeleton& skeleton, const QByteArray& rewritten)
+// The output of a file read as its skeleton: the rewritten skeleton's pieces with the source's
+// ranges between them (a PNG's runs of image data in place of their stand-ins, a WebP's whole
+// image chunks in place of the shortened ones). Empty when the rewrite did not keep the
+// skeleton's stand-ins, so the ranges cannot go back where they belong.
+std::optional<QList<OutputPiece>> skeletonPieces(const std::optional<PngSkeleton>& png,
+                                                 const std::optional<WebPSkeleton>& webp, const QByteArray& rewritten)
 {
-    const auto around = piecesAroundStandIns(rewritten, skeleton.runs.size());
+    const auto around = png ? piecesAroundStandIns(rewritten, png->runs.size()) : piecesAroundShortenedChunks(rewritten, *webp);
     if (!around)
         return std::nullopt;
-    QList<OutputPiece> pieces;
-    for (qsizetype i = 0; i < skeleton.runs.size(); ++i) {
-        pieces.append({(*around)[i], {0, -1}});
-        pieces.append({{}, {skeleton.runs[i].offset, skeleton.runs[i].length}});
+    QList<CopiedRange> ranges;
+    if (png) {
+        for (const PngImageDataRun& run : png->runs)
+            ranges.append({run.offset, run.length});
+    } else {
+        for (const WebPImageChunk& chunk : webp->imageChunks)
+            ranges.append({chunk.offset, chunk.length});
     }
+    QList<OutputPiece> pieces;
+    for (qsizetype i = 0; i < ranges.size(); ++i)
+        pieces << OutputPiece{(*around)[i], {0, -1}} << OutputPiece{{}, ranges[i]};
     pieces.append({around->last(), {0, -1}});
     return pieces;
 }
 
-// How much of the source a rewrite reads: its metadata side only (a JPEG's head, a PNG's
-// skeleton) where the structure allows, or all of it.
+// How much of the source a rewrite reads: its metadata side only (a JPEG's head, a PNG's or
+// WebP's skeleton) where the structure allows, or all of it.
 enum class SourceReading { MetadataSide, Whole };
 
 PhotoWriteResult rewritePhoto(const QString& sourcePath, const PhotoChanges& changes, const QString& outputPath,
@@ -332,14 +342,19 @@ PhotoWriteResult rewritePhoto(const QString& sourcePath, const PhotoChanges& cha
         metadataSide && format.container == PhotoContainer::Jpeg ? readJpegHead(file) : std::nullopt;
     const std::optional<PngSkeleton> pngSkeleton =
         metadataSide && format.container == PhotoContainer::Png ? readPngSkeleton(file) : std::nullopt;
+    const std::optional<WebPSkeleton> webpSkeleton =
+        metadataSide && format.container == PhotoContainer::WebP ? readWebPSkeleton(file) : std::nullopt;
+    const bool partial = jpegHead || pngSkeleton || webpSkeleton;
     QByteArray source;
     if (jpegHead)
         source = jpegHead->bytes;
     else if (pngSkeleton)
         source = pngSkeleton->bytes;
+    else if (webpSkeleton)
+        source = webpSkeleton->bytes;
     else if (!heif && !cr3 && file.seek(0))
         source = file.readAll();
-    if (!jpegHead && !pngSkeleton)
+    if (!partial)
         file.close();
     if (heif || cr3 ? !photoFileComplete(sourcePath) : !photoDataComplete(source, format)) {
         PhotoWriteResult skipped;
@@ -473,10 +488,10 @@ PhotoWriteResult rewritePhoto(const QString& sourcePath, const PhotoChanges& cha
         pieces = jpegPieces(*jpegHead, rewritten, &error);
         if (!pieces)
             return failed(error);
-    } else if (pngSkeleton) {
-        pieces = pngPieces(*pngSkeleton, rewritten);
-        // exiv2 copies the chunks it does not know; should a version of it not, the file is
-        // rewritten from its whole bytes instead.
+    } else if (pngSkeleton || webpSkeleton) {
+        pieces = skeletonPieces(pngSkeleton, webpSkeleton, rewritten);
+        // exiv2 copies the chunks it does not know or change; should a version of it not, the
+        // file is rewritten from its whole bytes instead.
         if (!pieces)
             return rewritePhoto(sourcePath, changes, outputPath, options, SourceReading::Whole);
     }

@@ -1,8 +1,8 @@
 #include "photo/PngSkeleton.h"
 
-#include <QFile>
+#include "photo/PositionalRead.h"
 
-#include <unistd.h>
+#include <QFile>
 
 namespace pelorin {
 namespace {
@@ -17,22 +17,6 @@ quint32 big32(const char* b)
 {
     return (quint32(quint8(b[0])) << 24) | (quint32(quint8(b[1])) << 16) | (quint32(quint8(b[2])) << 8)
            | quint32(quint8(b[3]));
-}
-
-// Reads exactly length bytes at offset, without moving the file's position; empty on failure.
-QByteArray readAt(int fd, qint64 offset, qint64 length)
-{
-    QByteArray bytes(length, Qt::Uninitialized);
-    qint64 got = 0;
-    while (got < length) {
-        const ssize_t n = ::pread(fd, bytes.data() + got, size_t(length - got), off_t(offset + got));
-        if (n < 0 && errno == EINTR)
-            continue;
-        if (n <= 0)
-            return {};
-        got += n;
-    }
-    return bytes;
 }
 
 bool isImageData(const QByteArray& type) { return type == "IDAT" || type == "fdAT"; }
@@ -50,7 +34,7 @@ std::optional<PngSkeleton> readPngSkeleton(QFile& file)
         return std::nullopt;
     PngSkeleton skeleton;
     skeleton.fileSize = size;
-    skeleton.bytes = readAt(fd, 0, kSignatureSize);
+    skeleton.bytes = readExactlyAt(fd, 0, kSignatureSize);
     if (skeleton.bytes != QByteArray("\x89PNG\r\n\x1a\n", 8))
         return std::nullopt;
     // The run being walked: where it starts, and its chunks as read while it might hold no
@@ -73,7 +57,7 @@ std::optional<PngSkeleton> readPngSkeleton(QFile& file)
     };
     qint64 pos = kSignatureSize;
     while (pos + kChunkOverhead <= size) {
-        const QByteArray header = readAt(fd, pos, 8);
+        const QByteArray header = readExactlyAt(fd, pos, 8);
         if (header.size() != 8)
             return std::nullopt;
         const quint32 length = big32(header.constData());
@@ -92,7 +76,7 @@ std::optional<PngSkeleton> readPngSkeleton(QFile& file)
             } else if (!runHasImageData) {
                 if (length > kMaxKeptFrameControl)
                     return std::nullopt;
-                const QByteArray chunk = readAt(fd, pos, whole);
+                const QByteArray chunk = readExactlyAt(fd, pos, whole);
                 if (chunk.isEmpty())
                     return std::nullopt;
                 runChunks += chunk;
@@ -101,7 +85,7 @@ std::optional<PngSkeleton> readPngSkeleton(QFile& file)
             continue;
         }
         endRun(pos);
-        const QByteArray chunk = readAt(fd, pos, whole);
+        const QByteArray chunk = readExactlyAt(fd, pos, whole);
         if (chunk.isEmpty())
             return std::nullopt;
         skeleton.bytes += chunk;

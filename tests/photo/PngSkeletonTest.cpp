@@ -57,19 +57,6 @@ QByteArray rebuilt(const PngSkeleton& skeleton, const QByteArray& whole)
     return out + pieces->last();
 }
 
-// Bytes this process has read through system calls so far.
-qint64 bytesRead()
-{
-    QFile io(QStringLiteral("/proc/self/io"));
-    if (!io.open(QIODevice::ReadOnly))
-        return -1;
-    for (const QByteArray& line : io.readAll().split('\n')) {
-        if (line.startsWith("rchar:"))
-            return line.mid(6).trimmed().toLongLong();
-    }
-    return -1;
-}
-
 qint64 peakMemoryKb()
 {
     rusage usage{};
@@ -176,9 +163,9 @@ TEST(PngRewrite, ReadsAndWritesOnlyTheMetadataSideOfALargePng)
     const qint64 size = QFileInfo(source).size();
     ASSERT_GT(size, 8'000'000);
 
-    const qint64 readBefore = bytesRead();
+    const qint64 readBefore = test::bytesReadByThisProcess();
     const PhotoProperties info = readPhotoProperties(source);
-    EXPECT_LT(bytesRead() - readBefore, 1'000'000);
+    EXPECT_LT(test::bytesReadByThisProcess() - readBefore, 1'000'000);
     ASSERT_TRUE(info.ok());
     EXPECT_EQ(info.properties.value(QStringLiteral("PixelWidth")).toLongLong(), 2000);
     EXPECT_TRUE(info.properties.contains(QStringLiteral("{GPS}")));

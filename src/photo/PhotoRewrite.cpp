@@ -335,8 +335,8 @@ PhotoWriteResult rewritePhoto(const QString& sourcePath, const PhotoChanges& cha
     // media in the kernel; the others are rewritten in memory.
     const bool heif = format.container == PhotoContainer::Heif;
     const bool cr3 = format.container == PhotoContainer::Cr3;
-    // A JPEG is read up to its image data and a PNG without it, which the output copies from
-    // the file in the kernel; the others are read whole. (So is a JPEG or PNG of an odd structure.)
+    // A JPEG is read up to its image data and a PNG or WebP without it, which the output copies
+    // from the file in the kernel; the others are read whole, and so is a file of an odd structure.
     const bool metadataSide = reading == SourceReading::MetadataSide;
     const std::optional<JpegHead> jpegHead =
         metadataSide && format.container == PhotoContainer::Jpeg ? readJpegHead(file) : std::nullopt;

@@ -3,7 +3,9 @@
 //
 //   build/bench/photo_bench [COPIES] [SAMPLE_FOLDER...]
 // COPIES (default 300) files are made from the JPEGs of the sample folders (default tests/data
-// and, when present, ../shared/fixtures/photo).
+// and, when present, ../shared/fixtures/photo). When a sample folder holds the real-size
+// photo.png and photo.tif of bench/make-real-size-samples, GPS removal on 50 copies of each is
+// measured first, with the peak memory of ours and of exiftool.
 #include "BenchSupport.h"
 #include "TestSelection.h"
 #include "model/CommandContext.h"
@@ -19,12 +21,72 @@
 #include <QTemporaryDir>
 
 #include <algorithm>
+#include <utility>
+
+#include <sys/resource.h>
 #include <cstdio>
 
 using namespace pelorin;
 using namespace pelorin::bench;
 
 namespace {
+
+constexpr int kRealSizeCopies = 50;
+
+// Wall-clock seconds and peak resident memory (KB) of one run of a program, as /usr/bin/time
+// reports them.
+std::pair<double, long> timeProcessWithPeak(const QString& program, const QStringList& args)
+{
+    QElapsedTimer t;
+    t.start();
+    QProcess p;
+    p.setStandardOutputFile(QProcess::nullDevice());
+    p.start(QStringLiteral("/usr/bin/time"), QStringList{QStringLiteral("-f"), QStringLiteral("peak %M")} + QStringList{program} + args);
+    p.waitForFinished(-1);
+    const double wall = seconds(t);
+    const QList<QByteArray> lines = p.readAllStandardError().trimmed().split('\n');
+    const QByteArray last = lines.isEmpty() ? QByteArray() : lines.last();
+    return {wall, last.startsWith("peak ") ? last.mid(5).toLong() : -1L};
+}
+
+long peakMemoryKb()
+{
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    return usage.ru_maxrss;
+}
+
+// GPS removal on copies of one real-size photo: ours, exiftool in one batch, cp. The rewrite of
+// a TIFF is whole-file (exiv2 rewrites its directories and strips), of a PNG its skeleton only.
+void measureRealSize(const QString& sample)
+{
+    const CopyBatch batch({sample}, kRealSizeCopies);
+    CommandContext context;
+    context.storageFolder = batch.folder("ours");
+    QElapsedTimer t;
+    t.start();
+    const CommandResult result = removePhotoMetadata(MetadataRemoval::Gps, test::selectionOf(batch.files), context);
+    syncDisks();
+    const double ours = seconds(t);
+    const long oursPeak = peakMemoryKb();
+    const auto [exiftool, exiftoolPeak] = timeProcessWithPeak(
+        QStringLiteral("exiftool"), QStringList{QStringLiteral("-q"), QStringLiteral("-m"), QStringLiteral("-gps:all="),
+                                                QStringLiteral("-o"), batch.folder("exiftool") + QLatin1Char('/')} + batch.files);
+    t.restart();
+    syncDisks();
+    const double exiftoolSync = exiftool + seconds(t);
+    t.restart();
+    QProcess::execute(QStringLiteral("cp"), batch.files + QStringList{batch.folder("cp")});
+    syncDisks();
+    const double cpSync = seconds(t);
+    std::printf("GPS removal, %d copies of %s (%.1f MB; %lld written, %lld skipped)\n", kRealSizeCopies,
+                qPrintable(QFileInfo(sample).fileName()), batch.bytes / 1e6 / kRealSizeCopies,
+                qlonglong(result.written.size()), qlonglong(result.skipped.size()));
+    std::printf("  ours (flushed once at the end)    %8.3f s   peak memory of the bench so far %6ld MB\n", ours, oursPeak / 1024);
+    std::printf("  exiftool -gps:all= -o + sync      %8.3f s   ratio (exiftool+sync)/ours %6.2f   peak %6ld MB\n",
+                exiftoolSync, exiftoolSync / ours, exiftoolPeak / 1024);
+    std::printf("  cp + sync                         %8.3f s   ratio ours/cp+sync  %6.2f\n\n", cpSync, ours / cpSync);
+}
 
 }  // namespace
 
@@ -33,6 +95,14 @@ int main(int argc, char** argv)
     qputenv("QT_QPA_PLATFORM", "offscreen");
     QGuiApplication app(argc, argv);
     const int copies = argc > 1 ? std::atoi(argv[1]) : 300;
+    // First, while the bench's peak memory is still the real-size rewrites' own.
+    for (const QString& folder : sampleFolders(argc, argv)) {
+        for (const char* name : {"photo.png", "photo.tif"}) {
+            const QString path = QDir(folder).filePath(QString::fromLatin1(name));
+            if (QFile::exists(path))
+                measureRealSize(path);
+        }
+    }
     QStringList samples;
     for (const QString& folder : sampleFolders(argc, argv)) {
         for (const QString& name : QDir(folder).entryList({QStringLiteral("*.jpg")}, QDir::Files)) {

@@ -8,6 +8,8 @@
 #include "photo/PhotoCompleteness.h"
 #include "photo/PhotoPayload.h"
 #include "photo/PhotoProperties.h"
+#include "photo/PngSkeleton.h"
+#include "photo/WebPSkeleton.h"
 
 #include <QFile>
 
@@ -75,18 +77,58 @@ QString makerNoteProblem(const PhotoExpectation& expected, const QByteArray& out
         .arg(differing.isEmpty() ? QStringLiteral("a repeated value") : differing);
 }
 
-// Why the image data after the output's head is not what the source has, or empty.
-QString copiedImageDataProblem(const CopiedImageData& copied, QFile& output, const JpegHead& head)
+// Where a copied range lies in the output.
+struct OutputRange {
+    qint64 offset = 0;
+    qint64 length = 0;
+};
+
+// Why the ranges the output copied from its source, found in the output at `found`, are not
+// the source's, or empty.
+QString copiedImageDataProblem(const CopiedImageData& copied, QFile& output, const QList<OutputRange>& found)
 {
-    if (head.imageDataLength() != copied.length)
-        return QStringLiteral("the output's image data is %1 bytes long, the source's %2")
-            .arg(head.imageDataLength()).arg(copied.length);
+    if (found.size() != copied.ranges.size())
+        return QStringLiteral("the output's image data is in %1 pieces, the source's in %2")
+            .arg(found.size()).arg(copied.ranges.size());
     QFile source(copied.sourcePath);
     if (!source.open(QIODevice::ReadOnly))
         return QStringLiteral("the source cannot be read to compare the image data");
-    if (!copyEndsMatch(source, copied.sourceOffset, output, head.imageDataStart, copied.length))
-        return QStringLiteral("the output's image data differs from the source's");
+    for (qsizetype i = 0; i < found.size(); ++i) {
+        const CopiedRange& from = copied.ranges[i];
+        if (found[i].length != from.length)
+            return QStringLiteral("the output's image data is %1 bytes long, the source's %2")
+                .arg(found[i].length).arg(from.length);
+        if (!copyEndsMatch(source, from.sourceOffset, output, found[i].offset, from.length))
+            return QStringLiteral("the output's image data differs from the source's");
+    }
     return {};
+}
+
+// The output as its metadata code sees it (a JPEG's head, a PNG's or WebP's skeleton) and
+// where the ranges copied from the source lie in it; empty when it does not have that structure.
+std::optional<std::pair<QByteArray, QList<OutputRange>>> metadataSideOf(PhotoContainer container, QFile& file)
+{
+    QList<OutputRange> copied;
+    if (container == PhotoContainer::Png) {
+        const std::optional<PngSkeleton> skeleton = readPngSkeleton(file);
+        if (!skeleton)
+            return std::nullopt;
+        for (const PngImageDataRun& run : skeleton->runs)
+            copied.append({run.offset, run.length});
+        return std::pair{skeleton->bytes, copied};
+    }
+    if (container == PhotoContainer::WebP) {
+        const std::optional<WebPSkeleton> skeleton = readWebPSkeleton(file);
+        if (!skeleton)
+            return std::nullopt;
+        for (const WebPImageChunk& chunk : skeleton->imageChunks)
+            copied.append({chunk.offset, chunk.length});
+        return std::pair{skeleton->bytes, copied};
+    }
+    const std::optional<JpegHead> head = readJpegHead(file);
+    if (!head)
+        return std::nullopt;
+    return std::pair{head->bytes, QList<OutputRange>{{head->imageDataStart, head->imageDataLength()}}};
 }
 
 }  // namespace
@@ -104,13 +146,13 @@ QString photoReadBackProblem(const PhotoExpectation& expected, const QString& pe
     if (!file.open(QIODevice::ReadOnly) || file.size() > kMaxPhotoFileSize)
         return QStringLiteral("the output cannot be read back");
     QByteArray output;
-    if (expected.copiedImageData.length >= 0) {
-        const std::optional<JpegHead> head = readJpegHead(file);
-        if (!head)
+    if (!expected.copiedImageData.ranges.isEmpty()) {
+        const auto side = metadataSideOf(expected.format.container, file);
+        if (!side)
             return QStringLiteral("the output %1 file is incomplete").arg(expected.format.kind);
-        if (const QString copied = copiedImageDataProblem(expected.copiedImageData, file, *head); !copied.isEmpty())
+        if (const QString copied = copiedImageDataProblem(expected.copiedImageData, file, side->second); !copied.isEmpty())
             return copied;
-        output = head->bytes;
+        output = side->first;
     } else {
         output = file.readAll();
     }

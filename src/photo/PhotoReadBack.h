@@ -3,23 +3,30 @@
 #include "photo/PhotoFormats.h"
 
 #include <QByteArray>
+#include <QList>
 #include <QString>
 #include <QStringList>
 #include <QVariantMap>
 
 namespace pelorin {
 
+// A range of the source file an output holds as it lies there.
+struct CopiedRange {
+    qint64 sourceOffset = 0;
+    qint64 length = 0;
+};
+
 // Image data an output took from its source file as it lies there, never through the writer's
-// buffers: a JPEG's scan data and what follows it.
+// buffers: a JPEG's scan data and what follows it, each run of a PNG's image-data chunks, each
+// image chunk of a WebP.
 struct CopiedImageData {
     QString sourcePath;
-    qint64 sourceOffset = 0;
-    qint64 length = -1;  // -1: the output was written whole from the writer's bytes
+    QList<CopiedRange> ranges;  // in file order; none: the output was written whole from the writer's bytes
 };
 
 // What a rewritten photo must show when it is read back from disk.
 struct PhotoExpectation {
-    QByteArray source;          // the photo as it was read (a JPEG's head when its image data is copied)
+    QByteArray source;          // the photo as it was read (a JPEG's head, a PNG's or WebP's skeleton when its image data is copied)
     PhotoFormat format;
     QString extension;
     QVariantMap written;        // the metadata as the writer held it once the changes were applied
@@ -34,9 +41,9 @@ QStringList photoMakerNoteValues(const QByteArray& photo);
 
 // Why the output at pendingPath must not be kept, or empty: it must be complete, of the source's
 // container, hold the source's image data byte for byte, read back every compared key as
-// written (a removed group is gone) and the maker notes as the source has them. Copied image
-// data must have the source's length and its first and last 64 KiB; the metadata code never
-// holds it, so a fault there is one of the copy's, which those catch.
+// written (a removed group is gone) and the maker notes as the source has them. Each range of
+// copied image data must have the source's length and its first and last 64 KiB; the metadata
+// code never holds it, so a fault there is one of the copy's, which those catch.
 QString photoReadBackProblem(const PhotoExpectation& expected, const QString& pendingPath);
 
 }  // namespace pelorin

@@ -10,6 +10,8 @@
 #include "photo/PhotoCompleteness.h"
 #include "photo/PhotoLibraries.h"
 #include "photo/PhotoProperties.h"
+#include "photo/PngSkeleton.h"
+#include "photo/WebPSkeleton.h"
 
 #include <QBuffer>
 #include <QFile>
@@ -275,11 +277,19 @@ PhotoProperties readPhotoProperties(const QString& path)
         }
         return info;
     }
-    // A JPEG's metadata all lie before its image data, which is not read.
-    if (detectPhotoFormat(head, extension).container == PhotoContainer::Jpeg) {
+    // A JPEG's metadata all lie before its image data, a PNG's and a WebP's around it; the
+    // image data is not read (but a WebP's bitstream headers, which tell its canvas).
+    const PhotoContainer container = detectPhotoFormat(head, extension).container;
+    if (container == PhotoContainer::Jpeg) {
         if (const std::optional<JpegHead> jpeg = readJpegHead(file))
             return readPhotoProperties(jpeg->bytes, extension);
         file.seek(0);
+    } else if (container == PhotoContainer::Png) {
+        if (const std::optional<PngSkeleton> png = readPngSkeleton(file))
+            return readPhotoProperties(png->bytes, extension);
+    } else if (container == PhotoContainer::WebP) {
+        if (const std::optional<WebPSkeleton> webp = readWebPSkeleton(file))
+            return readPhotoProperties(webp->bytes, extension);
     }
     return readPhotoProperties(file.readAll(), extension);
 }

@@ -22,6 +22,8 @@
 #include "photo/PngTextRemoval.h"
 #include "photo/UntouchedMetadata.h"
 #include "photo/PhotoProperties.h"
+#include "photo/PngSkeleton.h"
+#include "photo/WebPSkeleton.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -225,26 +227,75 @@ QList<PlannedChange> planChanges(const QString& output, const QVariantMap& curre
     return planned;
 }
 
-// The output of a JPEG read as its head: the rewritten head, then the source's image data and
-// whatever follows it, copied from the source file in the kernel.
-bool writeJpegAroundItsImageData(QFile& source, const JpegHead& head, const QByteArray& rewrittenHead,
-                                 const QString& outputPath, const QString& protectedSource, Durability durability,
-                                 const OutputCheck& check, QString* error)
+// One piece of an output: bytes of the writer's, or a range of the source file.
+struct OutputPiece {
+    QByteArray bytes;
+    CopiedRange copied{0, -1};  // a range when its length is not negative
+};
+
+// Writes the pieces in order, the ranges copied from the source file in the kernel.
+bool writePieces(QFile& source, const QList<OutputPiece>& pieces, const QString& outputPath,
+                 const QString& protectedSource, Durability durability, const OutputCheck& check, QString* error)
 {
-    const auto before = rewrittenHeadBeforeImageData(rewrittenHead, head);
-    if (!before) {
-        *error = QStringLiteral("the rewritten JPEG's metadata did not end where its image data begins");
-        return false;
-    }
     AtomicFileWriter writer(outputPath, protectedSource, durability);
     writer.setCheck(check);
-    if (!writer.open() || !writer.write(*before)
-        || !writer.appendFrom(source.handle(), head.imageDataStart, head.imageDataLength()) || !writer.commit()) {
+    bool ok = writer.open();
+    for (const OutputPiece& piece : pieces) {
+        if (!ok)
+            break;
+        ok = piece.copied.length >= 0 ? writer.appendFrom(source.handle(), piece.copied.sourceOffset, piece.copied.length)
+                                       : writer.write(piece.bytes);
+    }
+    if (!ok || !writer.commit()) {
         *error = writer.error();
         return false;
     }
     return true;
 }
+
+// The output of a JPEG read as its head: the rewritten head, then the source's image data and
+// whatever follows it.
+std::optional<QList<OutputPiece>> jpegPieces(const JpegHead& head, const QByteArray& rewrittenHead, QString* error)
+{
+    const auto before = rewrittenHeadBeforeImageData(rewrittenHead, head);
+    if (!before) {
+        *error = QStringLiteral("the rewritten JPEG's metadata did not end where its image data begins");
+        return std::nullopt;
+    }
+    return QList<OutputPiece>{{*before, {0, -1}}, {{}, {head.imageDataStart, head.imageDataLength()}}};
+}
+
+// The output of a file read as its skeleton: the rewritten skeleton's pieces with the source's
+// ranges between them (a PNG's runs of image data in place of their stand-ins, a WebP's whole
+// image chunks in place of the shortened ones). Empty when the rewrite did not keep the
+// skeleton's stand-ins, so the ranges cannot go back where they belong.
+std::optional<QList<OutputPiece>> skeletonPieces(const std::optional<PngSkeleton>& png,
+                                                 const std::optional<WebPSkeleton>& webp, const QByteArray& rewritten)
+{
+    const auto around = png ? piecesAroundStandIns(rewritten, png->runs.size()) : piecesAroundShortenedChunks(rewritten, *webp);
+    if (!around)
+        return std::nullopt;
+    QList<CopiedRange> ranges;
+    if (png) {
+        for (const PngImageDataRun& run : png->runs)
+            ranges.append({run.offset, run.length});
+    } else {
+        for (const WebPImageChunk& chunk : webp->imageChunks)
+            ranges.append({chunk.offset, chunk.length});
+    }
+    QList<OutputPiece> pieces;
+    for (qsizetype i = 0; i < ranges.size(); ++i)
+        pieces << OutputPiece{(*around)[i], {0, -1}} << OutputPiece{{}, ranges[i]};
+    pieces.append({around->last(), {0, -1}});
+    return pieces;
+}
+
+// How much of the source a rewrite reads: its metadata side only (a JPEG's head, a PNG's or
+// WebP's skeleton) where the structure allows, or all of it.
+enum class SourceReading { MetadataSide, Whole };
+
+PhotoWriteResult rewritePhoto(const QString& sourcePath, const PhotoChanges& changes, const QString& outputPath,
+                              const PhotoWriteOptions& options, SourceReading reading);
 
 }  // namespace
 
@@ -262,6 +313,14 @@ bool PhotoChanges::removesSomething() const
 PhotoWriteResult CopyPhotoWithProperties(const QString& sourcePath, const PhotoChanges& changes,
                                          const QString& outputPath, const PhotoWriteOptions& options)
 {
+    return rewritePhoto(sourcePath, changes, outputPath, options, SourceReading::MetadataSide);
+}
+
+namespace {
+
+PhotoWriteResult rewritePhoto(const QString& sourcePath, const PhotoChanges& changes, const QString& outputPath,
+                              const PhotoWriteOptions& options, SourceReading reading)
+{
     const SourceReplacement replacement = options.replacement;
     initializePhotoLibraries();
     QFile file(sourcePath);
@@ -276,16 +335,26 @@ PhotoWriteResult CopyPhotoWithProperties(const QString& sourcePath, const PhotoC
     // media in the kernel; the others are rewritten in memory.
     const bool heif = format.container == PhotoContainer::Heif;
     const bool cr3 = format.container == PhotoContainer::Cr3;
-    // A JPEG is read up to its image data, which the output copies from the file in the kernel;
-    // the others are read whole. (A JPEG of an odd structure is read whole too.)
+    // A JPEG is read up to its image data and a PNG or WebP without it, which the output copies
+    // from the file in the kernel; the others are read whole, and so is a file of an odd structure.
+    const bool metadataSide = reading == SourceReading::MetadataSide;
     const std::optional<JpegHead> jpegHead =
-        format.container == PhotoContainer::Jpeg ? readJpegHead(file) : std::nullopt;
+        metadataSide && format.container == PhotoContainer::Jpeg ? readJpegHead(file) : std::nullopt;
+    const std::optional<PngSkeleton> pngSkeleton =
+        metadataSide && format.container == PhotoContainer::Png ? readPngSkeleton(file) : std::nullopt;
+    const std::optional<WebPSkeleton> webpSkeleton =
+        metadataSide && format.container == PhotoContainer::WebP ? readWebPSkeleton(file) : std::nullopt;
+    const bool partial = jpegHead || pngSkeleton || webpSkeleton;
     QByteArray source;
     if (jpegHead)
         source = jpegHead->bytes;
+    else if (pngSkeleton)
+        source = pngSkeleton->bytes;
+    else if (webpSkeleton)
+        source = webpSkeleton->bytes;
     else if (!heif && !cr3 && file.seek(0))
         source = file.readAll();
-    if (!jpegHead)
+    if (!partial)
         file.close();
     if (heif || cr3 ? !photoFileComplete(sourcePath) : !photoDataComplete(source, format)) {
         PhotoWriteResult skipped;
@@ -417,20 +486,34 @@ PhotoWriteResult CopyPhotoWithProperties(const QString& sourcePath, const PhotoC
     if (rewritten.isEmpty() || detectPhotoFormat(rewritten.left(64), QFileInfo(sourcePath).suffix()).container != format.container)
         return failed(QStringLiteral("the rewritten %1 file did not come out as %1").arg(format.kind));
     QString error;
-    if (jpegHead)
-        expected.copiedImageData = {sourcePath, jpegHead->imageDataStart, jpegHead->imageDataLength()};
+    std::optional<QList<OutputPiece>> pieces;
+    if (jpegHead) {
+        pieces = jpegPieces(*jpegHead, rewritten, &error);
+        if (!pieces)
+            return failed(error);
+    } else if (pngSkeleton || webpSkeleton) {
+        pieces = skeletonPieces(pngSkeleton, webpSkeleton, rewritten);
+        // exiv2 copies the chunks it does not know or change; should a version of it not, the
+        // file is rewritten from its whole bytes instead.
+        if (!pieces)
+            return rewritePhoto(sourcePath, changes, outputPath, options, SourceReading::Whole);
+    }
+    if (pieces) {
+        expected.copiedImageData.sourcePath = sourcePath;
+        for (const OutputPiece& piece : *pieces) {
+            if (piece.copied.length >= 0)
+                expected.copiedImageData.ranges.append(piece.copied);
+        }
+    }
     const OutputCheck check = [&expected](const QString& pending) { return photoReadBackProblem(expected, pending); };
-    const bool written = jpegHead ? writeJpegAroundItsImageData(file, *jpegHead, rewritten, outputPath, protectedSource,
-                                                                options.durability, check, &error)
-                                  : writeFileAtomically(outputPath, rewritten, protectedSource, &error, options.durability, check);
+    const bool written = pieces ? writePieces(file, *pieces, outputPath, protectedSource, options.durability, check, &error)
+                                : writeFileAtomically(outputPath, rewritten, protectedSource, &error, options.durability, check);
     if (!written)
         return failed(error);
     result.outcome = Outcome::Rewritten;
     result.written << outputPath;
     return result;
 }
-
-namespace {
 
 // Writes the given metadata and colour profile into a freshly encoded JPEG, then the
 // adjustments.

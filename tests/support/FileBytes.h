@@ -27,4 +27,18 @@ inline QByteArray scanData(const QByteArray& jpeg)
     return sos < 0 ? QByteArray() : jpeg.mid(sos);
 }
 
+// Bytes this process has read through system calls so far (rchar of /proc/self/io), for tests
+// of how much of a file a reader touches; -1 when it cannot be told.
+inline qint64 bytesReadByThisProcess()
+{
+    QFile io(QStringLiteral("/proc/self/io"));
+    if (!io.open(QIODevice::ReadOnly))
+        return -1;
+    for (const QByteArray& line : io.readAll().split('\n')) {
+        if (line.startsWith("rchar:"))
+            return line.mid(6).trimmed().toLongLong();
+    }
+    return -1;
+}
+
 }  // namespace pelorin::test

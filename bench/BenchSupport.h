@@ -1,6 +1,8 @@
 #pragma once
 // What the benchmarks share: timing, flushing, the sample folders of the command line and the
 // batch of copies each one works on.
+#include "model/BatchAllocator.h"
+
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
@@ -17,6 +19,10 @@
 #include <sys/resource.h>
 
 namespace pelorin::bench {
+
+// The allocator set up as the programs set it up at start, so that the engine is measured as it
+// runs there.
+inline const bool kAllocatorTunedAsInThePrograms = (pelorin::tuneAllocatorForBatches(), true);
 
 inline double seconds(QElapsedTimer& t) { return t.nsecsElapsed() / 1e9; }
 

@@ -25,6 +25,7 @@
 
 #include <sys/resource.h>
 #include <cstdio>
+#include <vector>
 
 using namespace pelorin;
 using namespace pelorin::bench;
@@ -119,40 +120,57 @@ int main(int argc, char** argv)
     const QStringList& files = batch.files;
     std::printf("%d JPEG files (%.1f MB) made from %lld samples\n\n", copies, batch.bytes / 1e6, qlonglong(samples.size()));
 
-    // GPS removal
+    // GPS removal: ours, exiftool's batch and cp, each flushed, in paired rounds.
     const PhotoSelection selection = test::selectionOf(files);
-    CommandContext context;
-    context.storageFolder = batch.folder("ours");
-    QElapsedTimer t;
-    t.start();
-    const CommandResult result = removePhotoMetadata(MetadataRemoval::Gps, selection, context);
-    syncDisks();
-    const double ours = seconds(t);
-    const double exiftool = timeProcess(QStringLiteral("exiftool"),
-                                        QStringList{QStringLiteral("-q"), QStringLiteral("-m"), QStringLiteral("-gps:all="),
-                                                    QStringLiteral("-o"), batch.folder("exiftool") + QLatin1Char('/')}
-                                            + files);
-    // exiftool leaves its outputs to the page cache; with the flush it does what ours does.
-    t.restart();
-    syncDisks();
-    const double exiftoolSync = exiftool + seconds(t);
-    t.restart();
-    QProcess::execute(QStringLiteral("cp"), files + QStringList{batch.folder("cp")});
-    const double cp = seconds(t);
-    syncDisks();
-    const double cpSync = seconds(t);
-    std::printf("GPS removal (%lld written, %lld skipped)\n", qlonglong(result.written.size()), qlonglong(result.skipped.size()));
+    CommandResult result;
+    int run = 0;
+    double exiftoolUnflushed = 0;
+    const std::vector<Contender> contenders = {
+        [&] {
+            CommandContext context;
+            context.storageFolder = batch.folder("ours") + QString::number(run++);
+            QElapsedTimer t;
+            t.start();
+            result = removePhotoMetadata(MetadataRemoval::Gps, selection, context);
+            syncDisks();
+            const double taken = seconds(t);
+            QDir(context.storageFolder).removeRecursively();
+            return taken;
+        },
+        [&] {
+            const QString folder = batch.folder("exiftool") + QString::number(run++);
+            QDir().mkpath(folder);
+            QElapsedTimer t;
+            t.start();
+            // exiftool leaves its outputs to the page cache; with the flush it does what ours does.
+            exiftoolUnflushed = timeProcess(QStringLiteral("exiftool"),
+                                            QStringList{QStringLiteral("-q"), QStringLiteral("-m"), QStringLiteral("-gps:all="),
+                                                        QStringLiteral("-o"), folder + QLatin1Char('/')}
+                                                + files);
+            syncDisks();
+            const double taken = seconds(t);
+            QDir(folder).removeRecursively();
+            return taken;
+        },
+        [&] {
+            const QString folder = batch.folder("cp") + QString::number(run++);
+            return timedWithFlush(QStringLiteral("cp"), files + QStringList{folder}, folder);
+        },
+    };
+    const std::vector<double> medians = medianSecondsOfRounds(contenders);
+    const double ours = medians[0], exiftoolSync = medians[1], cpSync = medians[2];
+    std::printf("GPS removal (%lld written, %lld skipped), medians of 5 paired rounds\n",
+                qlonglong(result.written.size()), qlonglong(result.skipped.size()));
     std::printf("  ours (flushed once at the end)    %8.3f s\n", ours);
-    std::printf("  exiftool -gps:all= -o (one batch) %8.3f s   ratio exiftool/ours %6.2f\n", exiftool, exiftool / ours);
-    std::printf("  exiftool ... + sync               %8.3f s   ratio (exiftool+sync)/ours %6.2f\n", exiftoolSync,
-                exiftoolSync / ours);
-    std::printf("  cp                                %8.3f s   ratio ours/cp       %6.2f\n", cp, ours / cp);
+    std::printf("  exiftool -gps:all= -o + sync      %8.3f s   ratio (exiftool+sync)/ours %6.2f   (last run unflushed %.3f s)\n",
+                exiftoolSync, exiftoolSync / ours, exiftoolUnflushed);
     std::printf("  cp + sync                         %8.3f s   ratio ours/cp+sync  %6.2f\n\n", cpSync, ours / cpSync);
 
     // What reading every output back costs: the same removal with and without the content
     // checks, in turns, the best of three each; the processor time too, since the wall time of
     // small batches is mostly the flush, which other work on the machine sways.
     double checked = 1e9, unchecked = 1e9, checkedCpu = 1e9, uncheckedCpu = 1e9;
+    QElapsedTimer t;
     for (int round = 0; round < 3; ++round) {
         for (const bool checks : {true, false}) {
             setOutputChecksForMeasurement(checks);
@@ -165,6 +183,8 @@ int main(int argc, char** argv)
             syncDisks();
             (checks ? checked : unchecked) = std::min(checks ? checked : unchecked, seconds(t));
             (checks ? checkedCpu : uncheckedCpu) = std::min(checks ? checkedCpu : uncheckedCpu, cpu);
+            QDir(again.storageFolder).removeRecursively();
+            syncDisks();
         }
     }
     setOutputChecksForMeasurement(true);

@@ -79,16 +79,26 @@ inline std::vector<double> medianSecondsOfRounds(const std::vector<Contender>& c
     return medians;
 }
 
+// Seconds of an engine batch that writes into folder, then flushing the disks; the folder is
+// removed after.
+inline double timedEngineBatch(const QString& folder, const std::function<void(const QString& folder)>& batch)
+{
+    QElapsedTimer t;
+    t.start();
+    batch(folder);
+    syncDisks();
+    const double taken = seconds(t);
+    QDir(folder).removeRecursively();
+    return taken;
+}
+
 // Seconds of running a program, then flushing the disks; the output folder is emptied after.
 inline double timedWithFlush(const QString& program, const QStringList& args, const QString& outputFolder)
 {
     QDir().mkpath(outputFolder);
     QElapsedTimer t;
     t.start();
-    QProcess p;
-    p.setStandardOutputFile(QProcess::nullDevice());
-    p.start(program, args);
-    p.waitForFinished(-1);
+    timeProcess(program, args);
     syncDisks();
     const double taken = seconds(t);
     QDir(outputFolder).removeRecursively();

@@ -127,15 +127,11 @@ int main(int argc, char** argv)
     double exiftoolUnflushed = 0;
     const std::vector<Contender> contenders = {
         [&] {
-            CommandContext context;
-            context.storageFolder = batch.folder("ours") + QString::number(run++);
-            QElapsedTimer t;
-            t.start();
-            result = removePhotoMetadata(MetadataRemoval::Gps, selection, context);
-            syncDisks();
-            const double taken = seconds(t);
-            QDir(context.storageFolder).removeRecursively();
-            return taken;
+            return timedEngineBatch(batch.folder("ours") + QString::number(run++), [&](const QString& folder) {
+                CommandContext context;
+                context.storageFolder = folder;
+                result = removePhotoMetadata(MetadataRemoval::Gps, selection, context);
+            });
         },
         [&] {
             const QString folder = batch.folder("exiftool") + QString::number(run++);

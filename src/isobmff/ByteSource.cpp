@@ -1,9 +1,8 @@
 #include "isobmff/ByteSource.h"
 
-#include <algorithm>
-#include <cerrno>
+#include "model/PositionalRead.h"
 
-#include <unistd.h>
+#include <algorithm>
 
 namespace pelorin {
 
@@ -59,18 +58,7 @@ bool FileByteSource::readInto(std::int64_t offset, char* out, std::int64_t lengt
 
 bool FileByteSource::readIntoDirectly(std::int64_t offset, char* out, std::int64_t length)
 {
-    if (offset < 0 || length < 0 || length > size_ - offset)
-        return false;
-    std::int64_t done = 0;
-    while (done < length) {
-        const ssize_t got = ::pread(file_.handle(), out + done, size_t(length - done), off_t(offset + done));
-        if (got < 0 && errno == EINTR)
-            continue;
-        if (got <= 0)
-            return false;
-        done += got;
-    }
-    return true;
+    return offset >= 0 && length >= 0 && length <= size_ - offset && readExactlyInto(file_.handle(), offset, out, length);
 }
 
 QByteArray FileByteSource::read(std::int64_t offset, std::int64_t length)

@@ -1,5 +1,7 @@
 #include "model/SafeOutput.h"
 
+#include "model/PositionalRead.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -31,14 +33,6 @@ std::function<void(int)>& pendingOutputHook()
 {
     static std::function<void(int)> hook;
     return hook;
-}
-
-// Up to length bytes of the file at offset; fewer only at its end.
-QByteArray readAt(QFile& file, qint64 offset, qint64 length)
-{
-    if (!file.seek(offset))
-        return {};
-    return file.read(length);
 }
 
 // The copy's size and its first and last bytes are the source's.
@@ -398,8 +392,8 @@ bool copyEndsMatch(QFile& source, qint64 sourceOffset, QFile& copy, qint64 copyO
     const qint64 first = qMin(kComparedCopyEnds, length);
     const qint64 lastAt = qMax(first, length - kComparedCopyEnds);
     const auto same = [&](qint64 at, qint64 n) {
-        const QByteArray expected = readAt(source, sourceOffset + at, n);
-        return expected.size() == n && readAt(copy, copyOffset + at, n) == expected;
+        const QByteArray expected = readExactlyAt(source.handle(), sourceOffset + at, n);
+        return expected.size() == n && readExactlyAt(copy.handle(), copyOffset + at, n) == expected;
     };
     return same(0, first) && same(lastAt, length - lastAt);
 }

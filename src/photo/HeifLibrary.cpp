@@ -1,30 +1,20 @@
 #include "photo/HeifLibrary.h"
 
-#include <dlfcn.h>
-
-#include <mutex>
+#include "model/LibraryByName.h"
 
 namespace pelorin {
 namespace {
 
-struct Opened {
-    HeifLibrary functions;
-    QString error;  // empty when every function was found
-};
-
-Opened openLibrary()
+OpenedLibrary<HeifLibrary> openLibrary()
 {
-    Opened opened;
-    // Kept open for the life of the process: decoders may run on other threads.
-    void* handle = dlopen(PELORIN_HEIF_SONAME, RTLD_NOW | RTLD_LOCAL);
-    if (!handle) {
-        opened.error = QStringLiteral("libheif cannot be loaded: %1").arg(QString::fromLocal8Bit(dlerror()));
+    OpenedLibrary<HeifLibrary> opened;
+    const QString what = QStringLiteral("libheif");
+    void* library = openLibraryByName(PELORIN_HEIF_SONAME, what, &opened.error);
+    if (!library)
         return opened;
-    }
-#define PELORIN_HEIF_RESOLVE(name)                                                                       \
-    opened.functions.name = reinterpret_cast<decltype(&::heif_##name)>(dlsym(handle, "heif_" #name));  \
-    if (!opened.functions.name && opened.error.isEmpty())                                                \
-        opened.error = QStringLiteral("libheif lacks heif_%1").arg(QLatin1String(#name));
+#define PELORIN_HEIF_RESOLVE(name)                                                                                    \
+    opened.functions.name = reinterpret_cast<decltype(&::heif_##name)>(librarySymbol(library, "heif_" #name, what, \
+                                                                                     &opened.error));
     PELORIN_HEIF_FUNCTIONS(PELORIN_HEIF_RESOLVE)
 #undef PELORIN_HEIF_RESOLVE
     if (opened.error.isEmpty())
@@ -36,15 +26,7 @@ Opened openLibrary()
 
 const HeifLibrary* heifLibrary(QString* error)
 {
-    static std::once_flag once;
-    static Opened opened;
-    std::call_once(once, [] { opened = openLibrary(); });
-    if (!opened.error.isEmpty()) {
-        if (error)
-            *error = opened.error;
-        return nullptr;
-    }
-    return &opened.functions;
+    return openedOnce<HeifLibrary, openLibrary>(error);
 }
 
 }  // namespace pelorin

@@ -2,14 +2,11 @@
 
 #include "model/SafeOutput.h"
 #include "photo/Exiv2Model.h"
-#include "photo/JpegHead.h"
 #include "photo/JpegMakerNote.h"
 #include "photo/MakerNoteValues.h"
 #include "photo/PhotoCompleteness.h"
 #include "photo/PhotoPayload.h"
 #include "photo/PhotoProperties.h"
-#include "photo/PngSkeleton.h"
-#include "photo/WebPSkeleton.h"
 
 #include <QFile>
 
@@ -77,15 +74,9 @@ QString makerNoteProblem(const PhotoExpectation& expected, const QByteArray& out
         .arg(differing.isEmpty() ? QStringLiteral("a repeated value") : differing);
 }
 
-// Where a copied range lies in the output.
-struct OutputRange {
-    qint64 offset = 0;
-    qint64 length = 0;
-};
-
 // Why the ranges the output copied from its source, found in the output at `found`, are not
 // the source's, or empty.
-QString copiedImageDataProblem(const CopiedImageData& copied, QFile& output, const QList<OutputRange>& found)
+QString copiedImageDataProblem(const CopiedImageData& copied, QFile& output, const QList<CopiedRange>& found)
 {
     if (found.size() != copied.ranges.size())
         return QStringLiteral("the output's image data is in %1 pieces, the source's in %2")
@@ -98,37 +89,10 @@ QString copiedImageDataProblem(const CopiedImageData& copied, QFile& output, con
         if (found[i].length != from.length)
             return QStringLiteral("the output's image data is %1 bytes long, the source's %2")
                 .arg(found[i].length).arg(from.length);
-        if (!copyEndsMatch(source, from.sourceOffset, output, found[i].offset, from.length))
+        if (!copyEndsMatch(source, from.sourceOffset, output, found[i].sourceOffset, from.length))
             return QStringLiteral("the output's image data differs from the source's");
     }
     return {};
-}
-
-// The output as its metadata code sees it (a JPEG's head, a PNG's or WebP's skeleton) and
-// where the ranges copied from the source lie in it; empty when it does not have that structure.
-std::optional<std::pair<QByteArray, QList<OutputRange>>> metadataSideOf(PhotoContainer container, QFile& file)
-{
-    QList<OutputRange> copied;
-    if (container == PhotoContainer::Png) {
-        const std::optional<PngSkeleton> skeleton = readPngSkeleton(file);
-        if (!skeleton)
-            return std::nullopt;
-        for (const PngImageDataRun& run : skeleton->runs)
-            copied.append({run.offset, run.length});
-        return std::pair{skeleton->bytes, copied};
-    }
-    if (container == PhotoContainer::WebP) {
-        const std::optional<WebPSkeleton> skeleton = readWebPSkeleton(file);
-        if (!skeleton)
-            return std::nullopt;
-        for (const WebPImageChunk& chunk : skeleton->imageChunks)
-            copied.append({chunk.offset, chunk.length});
-        return std::pair{skeleton->bytes, copied};
-    }
-    const std::optional<JpegHead> head = readJpegHead(file);
-    if (!head)
-        return std::nullopt;
-    return std::pair{head->bytes, QList<OutputRange>{{head->imageDataStart, head->imageDataLength()}}};
 }
 
 }  // namespace
@@ -147,12 +111,12 @@ QString photoReadBackProblem(const PhotoExpectation& expected, const QString& pe
         return QStringLiteral("the output cannot be read back");
     QByteArray output;
     if (!expected.copiedImageData.ranges.isEmpty()) {
-        const auto side = metadataSideOf(expected.format.container, file);
+        const auto side = readPhotoMetadataSide(expected.format.container, file);
         if (!side)
             return QStringLiteral("the output %1 file is incomplete").arg(expected.format.kind);
-        if (const QString copied = copiedImageDataProblem(expected.copiedImageData, file, side->second); !copied.isEmpty())
+        if (const QString copied = copiedImageDataProblem(expected.copiedImageData, file, side->leftOut); !copied.isEmpty())
             return copied;
-        output = side->first;
+        output = side->bytes;
     } else {
         output = file.readAll();
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "photo/PhotoFormats.h"
+#include "photo/PhotoMetadataSide.h"
 
 #include <QByteArray>
 #include <QList>
@@ -9,12 +10,6 @@
 #include <QVariantMap>
 
 namespace pelorin {
-
-// A range of the source file an output holds as it lies there.
-struct CopiedRange {
-    qint64 sourceOffset = 0;
-    qint64 length = 0;
-};
 
 // Image data an output took from its source file as it lies there, never through the writer's
 // buffers: a JPEG's scan data and what follows it, each run of a PNG's image-data chunks, each

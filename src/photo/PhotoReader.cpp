@@ -6,12 +6,10 @@
 #include "photo/Exiv2Model.h"
 #include "photo/HeifFile.h"
 #include "photo/JpegExifContinuation.h"
-#include "photo/JpegHead.h"
+#include "photo/PhotoMetadataSide.h"
 #include "photo/PhotoCompleteness.h"
 #include "photo/PhotoLibraries.h"
 #include "photo/PhotoProperties.h"
-#include "photo/PngSkeleton.h"
-#include "photo/WebPSkeleton.h"
 
 #include <QBuffer>
 #include <QFile>
@@ -279,18 +277,9 @@ PhotoProperties readPhotoProperties(const QString& path)
     }
     // A JPEG's metadata all lie before its image data, a PNG's and a WebP's around it; the
     // image data is not read (but a WebP's bitstream headers, which tell its canvas).
-    const PhotoContainer container = detectPhotoFormat(head, extension).container;
-    if (container == PhotoContainer::Jpeg) {
-        if (const std::optional<JpegHead> jpeg = readJpegHead(file))
-            return readPhotoProperties(jpeg->bytes, extension);
-        file.seek(0);
-    } else if (container == PhotoContainer::Png) {
-        if (const std::optional<PngSkeleton> png = readPngSkeleton(file))
-            return readPhotoProperties(png->bytes, extension);
-    } else if (container == PhotoContainer::WebP) {
-        if (const std::optional<WebPSkeleton> webp = readWebPSkeleton(file))
-            return readPhotoProperties(webp->bytes, extension);
-    }
+    if (const auto side = readPhotoMetadataSide(detectPhotoFormat(head, extension).container, file))
+        return readPhotoProperties(side->bytes, extension);
+    file.seek(0);
     return readPhotoProperties(file.readAll(), extension);
 }
 

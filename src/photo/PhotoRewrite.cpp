@@ -10,20 +10,18 @@
 #include "photo/HeifPhotoRewrite.h"
 #include "photo/JpegExifContinuation.h"
 #include "photo/JpegExifRequirements.h"
-#include "photo/JpegHead.h"
 #include "photo/JpegMakerNote.h"
 #include "photo/MakerNoteValues.h"
 #include "photo/JpegSegments.h"
 #include "photo/PhotoCompleteness.h"
 #include "photo/PhotoFormats.h"
 #include "photo/PhotoLibraries.h"
+#include "photo/PhotoMetadataSide.h"
 #include "photo/PhotoReadBack.h"
 #include "photo/PhotoshopIptcDigest.h"
 #include "photo/PngTextRemoval.h"
 #include "photo/UntouchedMetadata.h"
 #include "photo/PhotoProperties.h"
-#include "photo/PngSkeleton.h"
-#include "photo/WebPSkeleton.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -227,67 +225,22 @@ QList<PlannedChange> planChanges(const QString& output, const QVariantMap& curre
     return planned;
 }
 
-// One piece of an output: bytes of the writer's, or a range of the source file.
-struct OutputPiece {
-    QByteArray bytes;
-    CopiedRange copied{0, -1};  // a range when its length is not negative
-};
-
-// Writes the pieces in order, the ranges copied from the source file in the kernel.
-bool writePieces(QFile& source, const QList<OutputPiece>& pieces, const QString& outputPath,
-                 const QString& protectedSource, Durability durability, const OutputCheck& check, QString* error)
+// Writes the rewritten metadata side's pieces with the source's left-out ranges between them,
+// the ranges copied from the source file in the kernel.
+bool writeAroundLeftOutRanges(QFile& source, const QList<QByteArray>& pieces, const QList<CopiedRange>& ranges,
+                              const QString& outputPath, const QString& protectedSource, Durability durability,
+                              const OutputCheck& check, QString* error)
 {
     AtomicFileWriter writer(outputPath, protectedSource, durability);
     writer.setCheck(check);
-    bool ok = writer.open();
-    for (const OutputPiece& piece : pieces) {
-        if (!ok)
-            break;
-        ok = piece.copied.length >= 0 ? writer.appendFrom(source.handle(), piece.copied.sourceOffset, piece.copied.length)
-                                       : writer.write(piece.bytes);
-    }
+    bool ok = writer.open() && writer.write(pieces.first());
+    for (qsizetype i = 0; ok && i < ranges.size(); ++i)
+        ok = writer.appendFrom(source.handle(), ranges[i].sourceOffset, ranges[i].length) && writer.write(pieces[i + 1]);
     if (!ok || !writer.commit()) {
         *error = writer.error();
         return false;
     }
     return true;
-}
-
-// The output of a JPEG read as its head: the rewritten head, then the source's image data and
-// whatever follows it.
-std::optional<QList<OutputPiece>> jpegPieces(const JpegHead& head, const QByteArray& rewrittenHead, QString* error)
-{
-    const auto before = rewrittenHeadBeforeImageData(rewrittenHead, head);
-    if (!before) {
-        *error = QStringLiteral("the rewritten JPEG's metadata did not end where its image data begins");
-        return std::nullopt;
-    }
-    return QList<OutputPiece>{{*before, {0, -1}}, {{}, {head.imageDataStart, head.imageDataLength()}}};
-}
-
-// The output of a file read as its skeleton: the rewritten skeleton's pieces with the source's
-// ranges between them (a PNG's runs of image data in place of their stand-ins, a WebP's whole
-// image chunks in place of the shortened ones). Empty when the rewrite did not keep the
-// skeleton's stand-ins, so the ranges cannot go back where they belong.
-std::optional<QList<OutputPiece>> skeletonPieces(const std::optional<PngSkeleton>& png,
-                                                 const std::optional<WebPSkeleton>& webp, const QByteArray& rewritten)
-{
-    const auto around = png ? piecesAroundStandIns(rewritten, png->runs.size()) : piecesAroundShortenedChunks(rewritten, *webp);
-    if (!around)
-        return std::nullopt;
-    QList<CopiedRange> ranges;
-    if (png) {
-        for (const PngImageDataRun& run : png->runs)
-            ranges.append({run.offset, run.length});
-    } else {
-        for (const WebPImageChunk& chunk : webp->imageChunks)
-            ranges.append({chunk.offset, chunk.length});
-    }
-    QList<OutputPiece> pieces;
-    for (qsizetype i = 0; i < ranges.size(); ++i)
-        pieces << OutputPiece{(*around)[i], {0, -1}} << OutputPiece{{}, ranges[i]};
-    pieces.append({around->last(), {0, -1}});
-    return pieces;
 }
 
 // How much of the source a rewrite reads: its metadata side only (a JPEG's head, a PNG's or
@@ -337,24 +290,14 @@ PhotoWriteResult rewritePhoto(const QString& sourcePath, const PhotoChanges& cha
     const bool cr3 = format.container == PhotoContainer::Cr3;
     // A JPEG is read up to its image data and a PNG or WebP without it, which the output copies
     // from the file in the kernel; the others are read whole, and so is a file of an odd structure.
-    const bool metadataSide = reading == SourceReading::MetadataSide;
-    const std::optional<JpegHead> jpegHead =
-        metadataSide && format.container == PhotoContainer::Jpeg ? readJpegHead(file) : std::nullopt;
-    const std::optional<PngSkeleton> pngSkeleton =
-        metadataSide && format.container == PhotoContainer::Png ? readPngSkeleton(file) : std::nullopt;
-    const std::optional<WebPSkeleton> webpSkeleton =
-        metadataSide && format.container == PhotoContainer::WebP ? readWebPSkeleton(file) : std::nullopt;
-    const bool partial = jpegHead || pngSkeleton || webpSkeleton;
+    const std::optional<PhotoMetadataSide> side =
+        reading == SourceReading::MetadataSide ? readPhotoMetadataSide(format.container, file) : std::nullopt;
     QByteArray source;
-    if (jpegHead)
-        source = jpegHead->bytes;
-    else if (pngSkeleton)
-        source = pngSkeleton->bytes;
-    else if (webpSkeleton)
-        source = webpSkeleton->bytes;
+    if (side)
+        source = side->bytes;
     else if (!heif && !cr3 && file.seek(0))
         source = file.readAll();
-    if (!partial)
+    if (!side)
         file.close();
     if (heif || cr3 ? !photoFileComplete(sourcePath) : !photoDataComplete(source, format)) {
         PhotoWriteResult skipped;
@@ -486,27 +429,20 @@ PhotoWriteResult rewritePhoto(const QString& sourcePath, const PhotoChanges& cha
     if (rewritten.isEmpty() || detectPhotoFormat(rewritten.left(64), QFileInfo(sourcePath).suffix()).container != format.container)
         return failed(QStringLiteral("the rewritten %1 file did not come out as %1").arg(format.kind));
     QString error;
-    std::optional<QList<OutputPiece>> pieces;
-    if (jpegHead) {
-        pieces = jpegPieces(*jpegHead, rewritten, &error);
-        if (!pieces)
+    std::optional<QList<QByteArray>> pieces;
+    if (side) {
+        pieces = rewrittenPiecesAround(*side, rewritten, &error);
+        // exiv2 copies the PNG and WebP chunks it does not know or change; should a version of
+        // it not, the file is rewritten from its whole bytes instead.
+        if (!pieces && side->jpeg)
             return failed(error);
-    } else if (pngSkeleton || webpSkeleton) {
-        pieces = skeletonPieces(pngSkeleton, webpSkeleton, rewritten);
-        // exiv2 copies the chunks it does not know or change; should a version of it not, the
-        // file is rewritten from its whole bytes instead.
         if (!pieces)
             return rewritePhoto(sourcePath, changes, outputPath, options, SourceReading::Whole);
-    }
-    if (pieces) {
-        expected.copiedImageData.sourcePath = sourcePath;
-        for (const OutputPiece& piece : *pieces) {
-            if (piece.copied.length >= 0)
-                expected.copiedImageData.ranges.append(piece.copied);
-        }
+        expected.copiedImageData = {sourcePath, side->leftOut};
     }
     const OutputCheck check = [&expected](const QString& pending) { return photoReadBackProblem(expected, pending); };
-    const bool written = pieces ? writePieces(file, *pieces, outputPath, protectedSource, options.durability, check, &error)
+    const bool written = pieces ? writeAroundLeftOutRanges(file, *pieces, side->leftOut, outputPath, protectedSource,
+                                                           options.durability, check, &error)
                                 : writeFileAtomically(outputPath, rewritten, protectedSource, &error, options.durability, check);
     if (!written)
         return failed(error);

@@ -1,6 +1,6 @@
 #include "photo/PngSkeleton.h"
 
-#include "photo/PositionalRead.h"
+#include "model/PositionalRead.h"
 
 #include <QFile>
 

@@ -1,6 +1,6 @@
 #include "photo/WebPSkeleton.h"
 
-#include "photo/PositionalRead.h"
+#include "model/PositionalRead.h"
 
 #include <QFile>
 

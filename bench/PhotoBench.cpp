@@ -58,7 +58,7 @@ long peakMemoryKb()
 }
 
 // GPS removal on copies of one real-size photo: ours, exiftool in one batch, cp. The rewrite of
-// a TIFF is whole-file (exiv2 rewrites its directories and strips), of a PNG its skeleton only.
+// a PNG or a TIFF holds its skeleton only; the image data is copied in the kernel.
 void measureRealSize(const QString& sample)
 {
     const CopyBatch batch({sample}, kRealSizeCopies);

@@ -1,10 +1,12 @@
 #include "photo/PhotoMetadataSide.h"
 
+#include "photo/TiffSkeleton.h"
+
 #include <QFile>
 
 namespace pelorin {
 
-std::optional<PhotoMetadataSide> readPhotoMetadataSide(PhotoContainer container, QFile& file)
+std::optional<PhotoMetadataSide> readPhotoMetadataSide(PhotoContainer container, QFile& file, TiffSide tiff)
 {
     PhotoMetadataSide side;
     if (container == PhotoContainer::Jpeg) {
@@ -27,15 +29,28 @@ std::optional<PhotoMetadataSide> readPhotoMetadataSide(PhotoContainer container,
         side.bytes = side.webp->bytes;
         for (const WebPImageChunk& chunk : side.webp->imageChunks)
             side.leftOut.append({chunk.offset, chunk.length});
+    } else if (container == PhotoContainer::Tiff && tiff != TiffSide::Whole) {
+        auto skeleton = readTiffSkeleton(file, tiff == TiffSide::SkeletonWithCounts);
+        if (!skeleton)
+            return std::nullopt;
+        side.bytes = skeleton->bytes;
+        side.leftOut = skeleton->pieces;
+        side.tiff = std::make_shared<const TiffSkeleton>(std::move(*skeleton));
     } else {
         return std::nullopt;
     }
     return side;
 }
 
-std::optional<QList<QByteArray>> rewrittenPiecesAround(const PhotoMetadataSide& side, const QByteArray& rewritten,
-                                                       QString* error)
+std::optional<PiecesAroundRanges> rewrittenPiecesAround(const PhotoMetadataSide& side, const QByteArray& rewritten,
+                                                        QString* error)
 {
+    if (side.tiff) {
+        auto around = tiffPiecesAround(*side.tiff, rewritten);
+        if (!around)
+            *error = QStringLiteral("the rewrite did not keep the strips and tiles of the image");
+        return around;
+    }
     std::optional<QList<QByteArray>> pieces;
     if (side.jpeg) {
         // The image data and whatever follows it go after the rewritten head.
@@ -49,7 +64,9 @@ std::optional<QList<QByteArray>> rewrittenPiecesAround(const PhotoMetadataSide& 
         if (!pieces)
             *error = QStringLiteral("the rewrite did not keep the places of the image data");
     }
-    return pieces;
+    if (!pieces)
+        return std::nullopt;
+    return PiecesAroundRanges{*pieces, side.leftOut};
 }
 
 }  // namespace pelorin

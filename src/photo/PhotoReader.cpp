@@ -275,9 +275,10 @@ PhotoProperties readPhotoProperties(const QString& path)
         }
         return info;
     }
-    // A JPEG's metadata all lie before its image data, a PNG's and a WebP's around it; the
-    // image data is not read (but a WebP's bitstream headers, which tell its canvas).
-    if (const auto side = readPhotoMetadataSide(detectPhotoFormat(head, extension).container, file))
+    // A JPEG's metadata all lie before its image data, a PNG's, a WebP's and a TIFF's around
+    // it; the image data is not read (but a WebP's bitstream headers, which tell its canvas).
+    if (const auto side = readPhotoMetadataSide(detectPhotoFormat(head, extension).container, file,
+                                                TiffSide::SkeletonWithCounts))
         return readPhotoProperties(side->bytes, extension);
     file.seek(0);
     return readPhotoProperties(file.readAll(), extension);

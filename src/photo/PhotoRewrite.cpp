@@ -1,5 +1,6 @@
 #include "photo/PhotoRewrite.h"
 
+#include "model/MemoryBudget.h"
 #include "model/SafeOutput.h"
 #include "photo/ApplyPhotoChanges.h"
 #include "photo/CarriedExif.h"
@@ -45,17 +46,32 @@ QString exiv2Message(const std::exception& e) { return QString::fromLocal8Bit(e.
 const QString kSplitExifTooLarge = QStringLiteral("its EXIF is split over several segments and too large to be written as one");
 
 
-QByteArray ioBytes(Exiv2::BasicIo& io)
+// The bytes exiv2 wrote into its memory I/O, without copying them: valid while the image lives.
+QByteArray ioView(Exiv2::BasicIo& io)
 {
-    io.open();
     const long size = long(io.size());
-    QByteArray bytes(size, Qt::Uninitialized);
-    io.seek(0, Exiv2::BasicIo::beg);
-    const long got = io.read(reinterpret_cast<Exiv2::byte*>(bytes.data()), size);
-    io.close();
-    if (got != size)
+    const Exiv2::byte* data = io.mmap();
+    if (size <= 0 || !data)
         return {};
-    return bytes;
+    return QByteArray::fromRawData(reinterpret_cast<const char*>(data), size);
+}
+
+// Writes a rewritten file, then lets go of the bytes and of exiv2's image that holds them before
+// the output is read back, so that a large file is not in memory three times at once.
+bool writeThenReadBack(const QString& outputPath, QByteArray& bytes, Exiv2::Image::AutoPtr& image,
+                       const QString& protectedSource, Durability durability, const OutputCheck& check,
+                       QString* error)
+{
+    AtomicFileWriter writer(outputPath, protectedSource, durability);
+    writer.setCheck(check);
+    const bool ok = writer.open() && writer.write(bytes);
+    bytes.clear();
+    image.reset();
+    if (!ok || !writer.commit()) {
+        *error = writer.error();
+        return false;
+    }
+    return true;
 }
 
 // The changed values of the request only, against what the photo holds now: a sidecar records
@@ -288,15 +304,20 @@ PhotoWriteResult rewritePhoto(const QString& sourcePath, const PhotoChanges& cha
     // media in the kernel; the others are rewritten in memory.
     const bool heif = format.container == PhotoContainer::Heif;
     const bool cr3 = format.container == PhotoContainer::Cr3;
-    // A JPEG is read up to its image data and a PNG or WebP without it, which the output copies
-    // from the file in the kernel; the others are read whole, and so is a file of an odd structure.
+    // A JPEG is read up to its image data, a PNG, WebP or TIFF without it, which the output
+    // copies from the file in the kernel; the others are read whole, and so is a file of an odd
+    // structure.
     const std::optional<PhotoMetadataSide> side =
-        reading == SourceReading::MetadataSide ? readPhotoMetadataSide(format.container, file) : std::nullopt;
+        reading == SourceReading::MetadataSide ? readPhotoMetadataSide(format.container, file, TiffSide::Skeleton)
+                                               : std::nullopt;
     QByteArray source;
-    if (side)
+    std::optional<MemoryBudget::Share> memoryShare;  // while the whole file is held
+    if (side) {
         source = side->bytes;
-    else if (!heif && !cr3 && file.seek(0))
+    } else if (!heif && !cr3 && file.seek(0)) {
+        memoryShare.emplace(wholePhotoRewriteBudget(), file.size());
         source = file.readAll();
+    }
     if (!side)
         file.close();
     if (heif || cr3 ? !photoFileComplete(sourcePath) : !photoDataComplete(source, format)) {
@@ -350,6 +371,9 @@ PhotoWriteResult rewritePhoto(const QString& sourcePath, const PhotoChanges& cha
                     : rewriteCr3Photo(sourcePath, format, changes, outputPath, options);
     }
     QByteArray rewritten;
+    // exiv2's image, kept until the output is written: a whole-file rewrite is written from
+    // exiv2's own buffer rather than from a copy of it.
+    Exiv2::Image::AutoPtr image;
     bool iptcUntouched = false;
     bool iptcRemoved = false;
     std::optional<QStringList> sourceMakerNotes;  // the source's maker-note values, read once
@@ -358,8 +382,8 @@ PhotoWriteResult rewritePhoto(const QString& sourcePath, const PhotoChanges& cha
         rewritten = source;
     } else {
         try {
-            auto image = Exiv2::ImageFactory::open(reinterpret_cast<const Exiv2::byte*>(source.constData()),
-                                                   long(source.size()));
+            image = Exiv2::ImageFactory::open(reinterpret_cast<const Exiv2::byte*>(source.constData()),
+                                              long(source.size()));
             image->readMetadata();
             if (changes.removeAllMetadata)
                 expected.compared = exiv2_model::modelOf(*image).keys();
@@ -398,7 +422,7 @@ PhotoWriteResult rewritePhoto(const QString& sourcePath, const PhotoChanges& cha
             iptcUntouched = !iptcBefore.empty() && sameIptc(iptcBefore, image->iptcData());
             iptcRemoved = !iptcBefore.empty() && image->iptcData().empty();
             image->writeMetadata();
-            rewritten = ioBytes(image->io());
+            rewritten = ioView(image->io());
         } catch (const std::exception& e) {
             return failed(QStringLiteral("cannot rewrite the %1 metadata: %2").arg(format.kind, exiv2Message(e)));
         }
@@ -429,7 +453,7 @@ PhotoWriteResult rewritePhoto(const QString& sourcePath, const PhotoChanges& cha
     if (rewritten.isEmpty() || detectPhotoFormat(rewritten.left(64), QFileInfo(sourcePath).suffix()).container != format.container)
         return failed(QStringLiteral("the rewritten %1 file did not come out as %1").arg(format.kind));
     QString error;
-    std::optional<QList<QByteArray>> pieces;
+    std::optional<PiecesAroundRanges> pieces;
     if (side) {
         pieces = rewrittenPiecesAround(*side, rewritten, &error);
         // exiv2 copies the PNG and WebP chunks it does not know or change; should a version of
@@ -441,9 +465,10 @@ PhotoWriteResult rewritePhoto(const QString& sourcePath, const PhotoChanges& cha
         expected.copiedImageData = {sourcePath, side->leftOut};
     }
     const OutputCheck check = [&expected](const QString& pending) { return photoReadBackProblem(expected, pending); };
-    const bool written = pieces ? writeAroundLeftOutRanges(file, *pieces, side->leftOut, outputPath, protectedSource,
+    const bool written = pieces ? writeAroundLeftOutRanges(file, pieces->pieces, pieces->ranges, outputPath, protectedSource,
                                                            options.durability, check, &error)
-                                : writeFileAtomically(outputPath, rewritten, protectedSource, &error, options.durability, check);
+                                : writeThenReadBack(outputPath, rewritten, image, protectedSource, options.durability,
+                                                    check, &error);
     if (!written)
         return failed(error);
     result.outcome = Outcome::Rewritten;
@@ -495,7 +520,8 @@ std::optional<QByteArray> writeCarried(const QByteArray& newJpeg, const CarriedM
         keepSourceXmpForms(*to, xmp, carried.sourceJpeg);
     }
     to->writeMetadata();
-    QByteArray out = ioBytes(to->io());
+    QByteArray out = ioView(to->io());
+    out.detach();  // a copy of its own: the image goes with this function
     if (!out.isEmpty() && !carried.sourceJpeg.isEmpty() && !iptc.empty() && sameIptc(iptc, to->iptcData()))
         out = jpegWithoutPhotoshopThumbnails(jpegWithPhotoshopSegmentsOf(carried.sourceJpeg, out));
     if (out.isEmpty()) {

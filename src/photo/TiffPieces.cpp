@@ -13,7 +13,7 @@ quint32 big32(const QByteArray& b, qsizetype at)
 
 class TiffWalk {
 public:
-    TiffWalk(const QByteArray& bytes, const TiffPieceVisitor& visit) : b_(bytes), little_(bytes.startsWith("II")), visit_(visit) {}
+    TiffWalk(const QByteArray& bytes, const TiffPieceSlotVisitor& visit) : b_(bytes), little_(bytes.startsWith("II")), visit_(visit) {}
 
     bool complete()
     {
@@ -92,7 +92,8 @@ private:
             if (!fits(value(offsets, i), value(counts, i)))
                 return false;
             if (visit_)
-                visit_(directory_, value(offsets, i), value(counts, i));
+                visit_({directory_, value(offsets, i), value(counts, i), offsets.valueAt + valueSize(offsets) * qsizetype(i),
+                        valueSize(offsets), counts.valueAt + valueSize(counts) * qsizetype(i), valueSize(counts)});
         }
         return true;
     }
@@ -140,7 +141,7 @@ private:
 
     const QByteArray& b_;
     const bool little_;
-    const TiffPieceVisitor& visit_;
+    const TiffPieceSlotVisitor& visit_;
     QSet<quint32> visited_;
     quint32 directory_ = 0;
 };
@@ -148,6 +149,13 @@ private:
 }  // namespace
 
 bool walkTiffPieces(const QByteArray& bytes, const TiffPieceVisitor& visit)
+{
+    if (!visit)
+        return TiffWalk(bytes, {}).complete();
+    return TiffWalk(bytes, [&visit](const TiffPieceSlots& s) { visit(s.directory, s.offset, s.length); }).complete();
+}
+
+bool walkTiffPieceSlots(const QByteArray& bytes, const TiffPieceSlotVisitor& visit)
 {
     return TiffWalk(bytes, visit).complete();
 }

@@ -71,7 +71,7 @@ QString makerNoteProblem(const PhotoExpectation& expected, const QByteArray& out
         return {};
     const QString differing = firstDifference(expected.makerNotes, found).section(QLatin1Char(' '), 0, 0);
     return QStringLiteral("the maker notes do not read back as the source has them (%1)")
-        .arg(differing.isEmpty() ? QStringLiteral("a repeated value") : differing);
+        .arg(differing.isEmpty() ? QStringLiteral("values read a different number of times") : differing);
 }
 
 // Why the ranges the output copied from its source, found in the output at `found`, are not

@@ -3,6 +3,7 @@
 #include "app/EditorFieldGroups.h"
 #include "app/MediaPlayerBar.h"
 #include "ui/ArtworkWell.h"
+#include "model/ItemPictureImage.h"
 
 #include <QHBoxLayout>
 #include <QLineEdit>
@@ -173,7 +174,7 @@ void AudioEditorView::showItem(const IKImageItem& item)
     tracker_->reset();
 
     droppedArtworkPath_.clear();
-    well_->setPicture(item.fileImage);  // a null picture shows the placeholder
+    well_->setPicture(pictureImage(item.fileImage));  // a null picture shows the placeholder
     player_->load(item.filePath, false);
     scroll_->verticalScrollBar()->setValue(0);
 }

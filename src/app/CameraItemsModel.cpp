@@ -2,6 +2,7 @@
 
 #include "model/FileKinds.h"
 #include "ui/ThumbnailCells.h"
+#include "model/ItemPictureImage.h"
 
 #include <QPixmap>
 
@@ -35,7 +36,7 @@ QVariant CameraItemsModel::data(const QModelIndex& index, int role) const
             return item.fileType == QLatin1String("Movie") ? moviePlaceholder_ : placeholder_;
         auto found = icons_.constFind(index.row());
         if (found == icons_.constEnd())
-            found = icons_.insert(index.row(), QIcon(QPixmap::fromImage(squareThumbnail(item.fileImage))));
+            found = icons_.insert(index.row(), QIcon(QPixmap::fromImage(squareThumbnail(pictureImage(item.fileImage)))));
         return *found;
     }
     default:
@@ -55,7 +56,7 @@ void CameraItemsModel::setThumbnail(const CameraFileRef& file, const QImage& thu
 {
     for (int row = 0; row < items_.size(); ++row) {
         if (items_[row].cameraItem == file) {
-            items_[row].fileImage = thumbnail;
+            items_[row].fileImage = itemPicture(thumbnail);
             icons_.remove(row);
             emit dataChanged(index(row), index(row), {Qt::DecorationRole});
             return;

@@ -16,6 +16,7 @@
 #include "video/MovieEditorModel.h"
 #include "video/MoviePoster.h"
 #include "video/MovieSave.h"
+#include "model/ItemPictureImage.h"
 
 #include <QFile>
 #include <QImageReader>
@@ -151,7 +152,7 @@ void MediaEditActions::NSDragOperationImageViewNoteHandle(const QString& path)
     // The artwork goes to every selected item; it is written when the user saves.
     for (int row : app_.selectedMediaRows()) {
         IKImageItem record = app_.localPhotoItemArray()->item(row);
-        record.fileImage = picture;
+        record.fileImage = itemPicture(picture);
         record.fileImagePath = path;
         app_.localPhotoItemArray()->replace(row, record);
     }

@@ -3,6 +3,7 @@
 #include "app/EditorFieldGroups.h"
 #include "app/MediaPlayerBar.h"
 #include "ui/ArtworkWell.h"
+#include "model/ItemPictureImage.h"
 
 #include <QHBoxLayout>
 #include <QLineEdit>
@@ -187,7 +188,7 @@ void VideoEditorView::showItem(const IKImageItem& item)
     }
     tracker_->reset();
     droppedArtworkPath_.clear();
-    well_->setPicture(item.fileImage);  // a null picture shows the placeholder
+    well_->setPicture(pictureImage(item.fileImage));  // a null picture shows the placeholder
     oldFields_ = shownFields();
 
     mapArea_->setVisible(!item.latitudeFormat.isEmpty());

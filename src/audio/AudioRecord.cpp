@@ -4,6 +4,7 @@
 #include "model/DisplayTexts.h"
 #include "model/FileDates.h"
 #include "model/LocalTime.h"
+#include "model/ItemPictureImage.h"
 
 #include <QFileInfo>
 #include <QLocale>
@@ -227,7 +228,7 @@ void applyAudioItems(const MediaMetadataItems& items, AudioReaderRoute route, IK
         if (target == Target::Picture) {
             // Undecodable bytes leave an empty image, as a broken picture should look.
             if (picture == RecordPicture::Decoded)
-                record.fileImage = QImage::fromData(item.value.toByteArray());
+                record.fileImage = itemPicture(QImage::fromData(item.value.toByteArray()));
         } else if (target == Target::Location) {
             applyLocationText(item.value.toString(), record);
         } else if (target == Target::Date) {

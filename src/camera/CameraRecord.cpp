@@ -2,6 +2,7 @@
 
 #include "model/DisplayTexts.h"
 #include "model/FileKinds.h"
+#include "model/ItemPictureImage.h"
 
 namespace pelorin {
 
@@ -13,7 +14,7 @@ IKImageItem cameraRecord(const CameraFileInfo& file, const QImage& thumbnail)
     item.fileType = !isImageExtension(extension) && isVideoExtension(extension) ? QStringLiteral("Movie")
                                                                                 : QStringLiteral("Image");
     item.cameraItem = file.ref;
-    item.fileImage = thumbnail;
+    item.fileImage = itemPicture(thumbnail);
     if (file.size >= 0)
         item.fileSize = sizeText(static_cast<std::uint64_t>(file.size));
     item.fileModifyDate = file.modified;

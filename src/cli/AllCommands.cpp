@@ -12,6 +12,7 @@ std::unique_ptr<CliApp> makeCliApp()
 {
     auto app = std::make_unique<CliApp>();
     addPhotoCommands(*app);
+    addPhotoPaintingCommands(*app);
     app->add(std::make_unique<ArtworkCommand>());
     app->add(std::make_unique<CameraCommand>());
     app->add(std::make_unique<MediaMetadataCommand>());

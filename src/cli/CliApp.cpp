@@ -5,6 +5,9 @@
 
 #include <QDir>
 
+#include <algorithm>
+#include <vector>
+
 namespace pelorin::cli {
 
 CliApp::CliApp() = default;
@@ -48,7 +51,12 @@ QString CliApp::help() const
         "      --version     show the version\n"
         "\n"
         "Commands:\n");
+    // In name order, whichever table registered them.
+    std::vector<const CliCommand*> listed;
     for (const auto& command : commands_)
+        listed.push_back(command.get());
+    std::sort(listed.begin(), listed.end(), [](const CliCommand* a, const CliCommand* b) { return a->name() < b->name(); });
+    for (const CliCommand* command : listed)
         text += QStringLiteral("  %1%2\n").arg(command->name(), -15).arg(command->summary());
     text += QStringLiteral(
         "\n"

@@ -30,8 +30,11 @@ private:
 
 // The application with every command registered.
 std::unique_ptr<CliApp> makeCliApp();
-// The application with the photo commands only (those of kPhotoFamilyCommands).
+// The application with the photo metadata commands only (those of kPhotoFamilyCommands).
 std::unique_ptr<CliApp> makePhotoCliApp();
 void addPhotoCommands(CliApp& app);
+// The photo commands that decode, scale, paint or draw text (and prefs, which checks fonts and
+// colours), and so need QtGui: they live in the full program.
+void addPhotoPaintingCommands(CliApp& app);
 
 }  // namespace pelorin::cli

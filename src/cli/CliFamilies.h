@@ -1,23 +1,21 @@
 #pragma once
 // Which program of the family runs a command. pelorin-cli itself is a small launcher: the
-// photo commands run in pelorin-cli-photo, which loads the photo libraries only (exiv2 and Qt;
-// libheif when a HEIF file comes); every other command, and help, in pelorin-cli-all, which loads
-// the song and camera libraries too (FFmpeg when a movie needs it). Plain C++: the launcher loads
-// nothing but the C++ runtime.
+// photo metadata commands run in pelorin-cli-photo, which loads exiv2 and QtCore only (libheif
+// when a HEIF file comes); every other command, and help, in pelorin-cli-all, which loads QtGui
+// and the song and camera libraries too (FFmpeg when a movie needs it). The photo commands that
+// decode and paint pictures (prefs, recompress, stamp, thumbnail) run there: their own work
+// outweighs the start-up of the extra libraries. Plain C++: the launcher loads nothing but the
+// C++ runtime.
 #include <algorithm>
 #include <array>
 #include <string_view>
 
 namespace pelorin::cli {
 
-inline constexpr std::array<std::string_view, 15> kPhotoFamilyCommands{
-    "apply",  "copy-date", "exif-segments", "export-plist", "gps",   "import-plist", "info",  "kinds",
-    "prefs",  "recompress", "set-date",     "shift-dates",  "stamp", "strip",        "thumbnail",
+inline constexpr std::array<std::string_view, 11> kPhotoFamilyCommands{
+    "apply", "copy-date", "exif-segments", "export-plist", "gps",   "import-plist",
+    "info",  "kinds",     "set-date",      "shift-dates",  "strip",
 };
-
-// The photo commands that paint, scale or draw text, and so run with a GUI application object
-// (see runCliMain).
-inline constexpr std::array<std::string_view, 4> kPhotoCommandsPainting{"prefs", "recompress", "stamp", "thumbnail"};
 
 inline constexpr const char* kPhotoFamilyProgram = "pelorin-cli-photo";
 inline constexpr const char* kAllCommandsProgram = "pelorin-cli-all";

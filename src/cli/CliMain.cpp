@@ -3,7 +3,7 @@
 #include "model/BatchAllocator.h"
 
 #include <QDir>
-#include <QGuiApplication>
+#include <QCoreApplication>
 #include <QLoggingCategory>
 
 #include <csignal>
@@ -14,7 +14,7 @@
 
 namespace pelorin::cli {
 
-int runCliMain(int argc, char** argv, std::unique_ptr<CliApp> (*makeApp)(), bool guiApplication)
+int runCliMain(int argc, char** argv, std::unique_ptr<CliApp> (*makeApp)(), ApplicationMaker makeApplication)
 {
     tuneAllocatorForBatches();
     // The tool opens no window; the offscreen platform gives it fonts and painting anywhere,
@@ -31,8 +31,7 @@ int runCliMain(int argc, char** argv, std::unique_ptr<CliApp> (*makeApp)(), bool
     std::signal(SIGXFSZ, SIG_IGN);
     // Decoders' complaints about damaged files would bury the tool's own, clearer reasons.
     QLoggingCategory::setFilterRules(QStringLiteral("qt.gui.imageio*=false"));
-    const std::unique_ptr<QCoreApplication> app = guiApplication ? std::make_unique<QGuiApplication>(argc, argv)
-                                                                 : std::make_unique<QCoreApplication>(argc, argv);
+    const std::unique_ptr<QCoreApplication> app = makeApplication(argc, argv);
     QCoreApplication::setOrganizationName(QStringLiteral("Quorvane"));
     QCoreApplication::setApplicationName(QStringLiteral("Pelorin"));
     QStringList args = QCoreApplication::arguments();

@@ -8,13 +8,9 @@
 #include "cli/ImportPlistCommand.h"
 #include "cli/InfoCommand.h"
 #include "cli/KindsCommand.h"
-#include "cli/PrefsCommand.h"
-#include "cli/RecompressPhotosCommand.h"
 #include "cli/SetDateCommand.h"
 #include "cli/ShiftDatesCommand.h"
-#include "cli/StampDatesCommand.h"
 #include "cli/StripCommand.h"
-#include "cli/ThumbnailCommand.h"
 
 namespace pelorin::cli {
 
@@ -28,13 +24,9 @@ void addPhotoCommands(CliApp& app)
     app.add(std::make_unique<ImportPlistCommand>());
     app.add(std::make_unique<InfoCommand>());
     app.add(std::make_unique<KindsCommand>());
-    app.add(std::make_unique<PrefsCommand>());
-    app.add(std::make_unique<RecompressPhotosCommand>());
     app.add(std::make_unique<SetDateCommand>());
-    app.add(std::make_unique<StampDatesCommand>());
     app.add(std::make_unique<ShiftDatesCommand>());
     app.add(std::make_unique<StripCommand>());
-    app.add(std::make_unique<ThumbnailCommand>());
 }
 
 std::unique_ptr<CliApp> makePhotoCliApp()

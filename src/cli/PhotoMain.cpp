@@ -1,9 +1,11 @@
-// pelorin-cli-photo: the photo commands, started by pelorin-cli.
-#include "cli/CliFamilies.h"
+// pelorin-cli-photo: the photo metadata commands, started by pelorin-cli. QtCore only.
 #include "cli/CliMain.h"
+
+#include <QCoreApplication>
 
 int main(int argc, char** argv)
 {
-    using namespace pelorin::cli;
-    return runCliMain(argc, argv, makePhotoCliApp, isOneOf(commandNameOf(argc, argv), kPhotoCommandsPainting));
+    return pelorin::cli::runCliMain(argc, argv, pelorin::cli::makePhotoCliApp, [](int& count, char** arguments) {
+        return std::make_unique<QCoreApplication>(count, arguments);
+    });
 }

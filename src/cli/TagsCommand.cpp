@@ -4,6 +4,7 @@
 #include "audio/AudioRecord.h"
 #include "cli/CliOutput.h"
 #include "cli/CliValues.h"
+#include "model/ItemPictureImage.h"
 
 #include <QBuffer>
 #include <QFile>
@@ -164,8 +165,8 @@ int TagsCommand::show(CliInvocation& invocation, const QStringList& files)
         for (auto it = reading.indexAttributes.begin(); it != reading.indexAttributes.end(); ++it)
             printLine(invocation.out, QStringLiteral("  %1: %2").arg(it.key(), it.value().toString()));
         if (!record.fileImage.isNull())
-            printLine(invocation.out, QStringLiteral("  artwork: %1x%2").arg(record.fileImage.width())
-                                          .arg(record.fileImage.height()));
+            printLine(invocation.out, QStringLiteral("  artwork: %1x%2").arg(record.fileImage.image()->width())
+                                          .arg(record.fileImage.image()->height()));
         for (const MediaMetadataItem& item : reading.items)
             printLine(invocation.out, QStringLiteral("  [%1] %2").arg(item.identifier, itemText(item)));
     }

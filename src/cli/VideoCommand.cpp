@@ -2,6 +2,7 @@
 
 #include "cli/CliOutput.h"
 #include "cli/CliValues.h"
+#include "model/ItemPictureImage.h"
 #include "video/MovieDateCommands.h"
 #include "video/MovieReader.h"
 #include "video/MovieRemoval.h"
@@ -55,7 +56,7 @@ QList<std::pair<QString, QString>> recordFields(const IKImageItem& item)
         fields.append({"altitude", item.AtitudeFormat + QString::number(item.fileAtitude)});
     }
     if (!item.fileImage.isNull())
-        fields.append({"fileImage", QStringLiteral("%1x%2").arg(item.fileImage.width()).arg(item.fileImage.height())});
+        fields.append({"fileImage", QStringLiteral("%1x%2").arg(item.fileImage.image()->width()).arg(item.fileImage.image()->height())});
     fields.removeIf([](const auto& field) { return field.second.isEmpty(); });
     return fields;
 }

@@ -1,10 +1,10 @@
 #pragma once
 
 #include "model/CameraFileRef.h"
+#include "model/ItemPicture.h"
 #include "model/MediaMetadataItem.h"
 
 #include <QDateTime>
-#include <QImage>
 #include <QString>
 #include <QVariant>
 
@@ -21,7 +21,7 @@ enum class BrowserRepresentation { ImagePath, MoviePath, QuickLookPath };
 // property lists and the other parts of the program refer to them. Every text is already formatted
 // for display; importers fill the raw value and its text together.
 struct IKImageItem {
-    QImage fileImage;            // thumbnail, artwork or first frame
+    ItemPicture fileImage;       // thumbnail, artwork or first frame
     QString fileImagePath;       // image dropped on the artwork well
     QString filePath;            // full path on disk
     QString fileType = QStringLiteral("Image");  // "Image", "Movie", "Audio" or the index's kind text

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QByteArray>
-#include <QImage>
 #include <QString>
 
 #include <optional>
@@ -28,11 +27,5 @@ bool looksLikeHeif(const QByteArray& head);
 // The primary image's facts and metadata blocks; nullopt with the reason when the file cannot be
 // read.
 std::optional<HeifMetadata> readHeifMetadata(const QString& path, QString* error = nullptr);
-
-// The primary image as 8-bit RGB (RGBA when it has alpha), upright, and scaled down so that its
-// longer side is at most maxSide when maxSide > 0. When the file carries a thumbnail of the
-// primary image at least maxSide big, that is decoded instead, which is far cheaper. A null
-// image with the reason on failure.
-QImage decodeHeifImage(const QString& path, int maxSide, QString* error = nullptr);
 
 }  // namespace pelorin

@@ -6,6 +6,7 @@
 #include "model/ImageReadBack.h"
 #include "model/SafeOutput.h"
 #include "photo/HeifFile.h"
+#include "photo/HeifImage.h"
 #include "photo/PhotoCaptureDate.h"
 #include "photo/PhotoCompleteness.h"
 #include "photo/PhotoColourProfile.h"

@@ -1,6 +1,6 @@
 // Reads a photo's properties: metadata through exiv2 (libheif for HEIF, whose Exif exiv2 0.27
-// does not find), image facts through Qt's image readers, container facts through our own
-// small readers.
+// does not find), image facts from the picture's header or its TIFF tags, container facts
+// through our own small readers. Nothing here decodes pixels.
 #include "photo/ContainerProperties.h"
 #include "photo/Cr3Exif.h"
 #include "photo/Exiv2Model.h"
@@ -10,29 +10,13 @@
 #include "photo/PhotoCompleteness.h"
 #include "photo/PhotoLibraries.h"
 #include "photo/PhotoProperties.h"
+#include "photo/PictureHeaderFacts.h"
 
-#include <QBuffer>
 #include <QFile>
 #include <QFileInfo>
-#include <QImageReader>
 
 namespace pelorin {
 namespace {
-
-// The Qt image plugin for a container; none for the TIFF-based and RAW kinds, whose facts come
-// from their own TIFF tags instead of a decoder that complains about every maker tag.
-QByteArray qtFormatFor(PhotoContainer container)
-{
-    switch (container) {
-    case PhotoContainer::Jpeg: return "jpeg";
-    case PhotoContainer::Png: return "png";
-    case PhotoContainer::Gif: return "gif";
-    case PhotoContainer::WebP: return "webp";
-    case PhotoContainer::Bmp: return "bmp";
-    case PhotoContainer::BigTiff: return "tiff";
-    default: return {};
-    }
-}
 
 // Depth, colour model and alpha of a TIFF from its own tags.
 void addTiffFacts(PhotoProperties* info)
@@ -62,44 +46,23 @@ void addTiffFacts(PhotoProperties* info)
 
 void addImageFacts(const QByteArray& bytes, PhotoProperties* info)
 {
-    const QByteArray qtFormat = qtFormatFor(info->format.container);
-    if (qtFormat.isEmpty()) {
+    const std::optional<PictureHeaderFacts> facts = readPictureHeaderFacts(info->format.container, bytes);
+    if (!facts) {
         addTiffFacts(info);
         return;
     }
-    QBuffer buffer;
-    buffer.setData(bytes);
-    buffer.open(QIODevice::ReadOnly);
-    QImageReader reader(&buffer, qtFormat);
-    reader.setDecideFormatFromContent(false);
-    reader.setAutoTransform(false);
     QVariantMap& p = info->properties;
-    if (!p.contains(QStringLiteral("PixelWidth"))) {
-        const QSize size = reader.size();
-        if (size.isValid()) {
-            p.insert(QStringLiteral("PixelWidth"), qlonglong(size.width()));
-            p.insert(QStringLiteral("PixelHeight"), qlonglong(size.height()));
-        }
+    if (!p.contains(QStringLiteral("PixelWidth")) && facts->size.isValid()) {
+        p.insert(QStringLiteral("PixelWidth"), qlonglong(facts->size.width()));
+        p.insert(QStringLiteral("PixelHeight"), qlonglong(facts->size.height()));
     }
-    // A damaged header can leave the decoder's answer unset (any bits): it is checked as a
-    // number, and only a real format is used.
-    const int formatNumber = reader.canRead() ? int(reader.imageFormat()) : int(QImage::Format_Invalid);
-    if (formatNumber > QImage::Format_Invalid && formatNumber < QImage::NImageFormats) {
-        const auto format = QImage::Format(formatNumber);
-        const QPixelFormat pixel = QImage::toPixelFormat(format);
-        p.insert(QStringLiteral("HasAlpha"), pixel.alphaUsage() == QPixelFormat::UsesAlpha);
-        const bool gray = format == QImage::Format_Grayscale8 || format == QImage::Format_Grayscale16
-                          || format == QImage::Format_Mono || format == QImage::Format_MonoLSB;
-        const bool cmyk = pixel.colorModel() == QPixelFormat::CMYK;
-        p.insert(QStringLiteral("ColorModel"), gray ? QStringLiteral("Gray") : cmyk ? QStringLiteral("CMYK") : QStringLiteral("RGB"));
-        const int channels = gray ? 1 : (pixel.alphaUsage() == QPixelFormat::UsesAlpha ? 4 : 3);
-        const int bitsPerChannel = format == QImage::Format_Mono || format == QImage::Format_MonoLSB
-                                       ? 1
-                                       : qMax(1, pixel.bitsPerPixel() / (format == QImage::Format_RGB32 ? 4 : channels));
-        p.insert(QStringLiteral("Depth"), qlonglong(qMin(bitsPerChannel, 16)));
+    if (facts->layoutKnown()) {
+        p.insert(QStringLiteral("HasAlpha"), facts->hasAlpha);
+        p.insert(QStringLiteral("ColorModel"), facts->colorModel);
+        p.insert(QStringLiteral("Depth"), qlonglong(facts->depth));
     }
     if (info->imageCount == 0)
-        info->imageCount = qMax(1, reader.imageCount());
+        info->imageCount = qMax(1, facts->imageCount);
 }
 
 // DPI from the TIFF resolution (inch or centimetre) or, failing that, the JFIF density.

@@ -1,6 +1,7 @@
 #include "photo/PhotoThumbnails.h"
 
 #include "photo/HeifFile.h"
+#include "photo/HeifImage.h"
 #include "photo/PhotoFormats.h"
 #include "photo/PhotoLibraries.h"
 

@@ -1,5 +1,7 @@
 #include "video/MovieFields.h"
 
+#include "model/ItemPictureImage.h"
+
 #include <QImage>
 #include <QLocale>
 
@@ -57,9 +59,8 @@ void applyArtwork(IKImageItem& item, const QVariant& value)
         bytes = value.toByteArray();
     if (bytes.isEmpty())
         return;
-    const QImage image = QImage::fromData(bytes);
-    if (!image.isNull())
-        item.fileImage = image;
+    if (ItemPicture picture = itemPicture(QImage::fromData(bytes)); !picture.isNull())
+        item.fileImage = std::move(picture);
 }
 
 QDateTime parseEither(const QString& text)

@@ -2,6 +2,7 @@
 #include "camera/CameraDevices.h"
 #include "camera/CameraPaths.h"
 #include "TestPaths.h"
+#include "model/ItemPictureImage.h"
 
 #include <QDir>
 #include <QFile>
@@ -127,7 +128,7 @@ TEST_F(CameraCommandsTest, RecordDescribesTheCameraFile)
     EXPECT_EQ(photo.fileType, QStringLiteral("Image"));
     EXPECT_EQ(photo.cameraItem, files[0].ref);
     EXPECT_TRUE(photo.filePath.isEmpty());
-    EXPECT_EQ(photo.fileImage, picture);
+    EXPECT_EQ(pictureImage(photo.fileImage), picture);
     EXPECT_EQ(photo.fileSize, QStringLiteral("2.13 KB"));
     EXPECT_EQ(photo.fileModifyDate.toUTC(), cameraDate);
     const IKImageItem movie = cameraRecord(files[1], {});

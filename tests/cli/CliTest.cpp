@@ -1,4 +1,5 @@
 #include "CliRunner.h"
+#include "ExifTool.h"
 #include "ScopedTimeZone.h"
 #include "QtPrinters.h"
 #include "cli/CliApp.h"
@@ -83,7 +84,39 @@ TEST(CliFamilies, ThePhotoProgramHoldsExactlyTheCommandsTheLauncherSendsIt)
     const QStringList all = pelorin::cli::makeCliApp()->commandNames();
     for (const QString& name : photo)
         EXPECT_TRUE(all.contains(name)) << name.toStdString();
-    EXPECT_EQ(all.size(), photo.size() + 5);  // artwork, camera, media-metadata, tags, video
+    // prefs, recompress, stamp, thumbnail; artwork, camera, media-metadata, tags, video
+    EXPECT_EQ(all.size(), photo.size() + 9);
+}
+
+// Each command reaches a program that holds it: the launcher sends a painting command to the
+// full program (the photo program has no GUI library to paint with) and help lists them all.
+TEST_F(CliTest, TheLauncherStartsEveryCommandInAProgramThatHoldsIt)
+{
+    const QStringList names = pelorin::cli::makeCliApp()->commandNames();
+    const CliRun help = cli({QStringLiteral("--help")});
+    for (const QString& name : names) {
+        EXPECT_TRUE(help.out.contains(QStringLiteral("\n  ") + name + QLatin1Char(' '))) << name.toStdString();
+        const CliRun run = cli({name, QStringLiteral("--help")});
+        EXPECT_EQ(run.exitCode, 0) << name.toStdString() << run.err.toStdString();
+        EXPECT_TRUE(run.out.contains(QStringLiteral("pelorin-cli ") + name)) << name.toStdString();
+    }
+
+    // The painting commands do their work through the launcher; exiftool reads what they wrote.
+    const QString photo = QStringLiteral(PELORIN_TEST_DATA_DIR "/et-GPS.jpg");
+    QTemporaryDir out;
+    const QString thumbnail = out.filePath(QStringLiteral("thumb.png"));
+    CliRun run = cli({QStringLiteral("thumbnail"), QStringLiteral("--size"), QStringLiteral("60"), QStringLiteral("--out"), thumbnail, photo});
+    ASSERT_EQ(run.exitCode, 0) << run.err.toStdString();
+    QJsonObject tags = pelorin::test::exiftool(thumbnail);
+    EXPECT_EQ(tags.value(QStringLiteral("File:FileType")).toString(), QStringLiteral("PNG"));
+    EXPECT_EQ(std::max(tags.value(QStringLiteral("PNG:ImageWidth")).toInt(), tags.value(QStringLiteral("PNG:ImageHeight")).toInt()), 60);
+    for (const QString& command : {QStringLiteral("stamp"), QStringLiteral("recompress")}) {
+        run = cli({command, QStringLiteral("--json"), QStringLiteral("-o"), out.path(), photo});
+        ASSERT_EQ(run.exitCode, 0) << command.toStdString() << run.err.toStdString();
+    }
+    tags = pelorin::test::exiftool(out.filePath(QStringLiteral("et-GPS_date.jpg")));
+    EXPECT_EQ(tags.value(QStringLiteral("File:FileType")).toString(), QStringLiteral("JPEG"));
+    EXPECT_TRUE(tags.contains(QStringLiteral("ExifIFD:DateTimeOriginal")));
 }
 
 TEST_F(CliTest, UsageErrorsExitWithTwo)

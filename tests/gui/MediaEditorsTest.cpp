@@ -2,6 +2,7 @@
 #include "app/MediaPlayerBar.h"
 #include "app/VideoEditorView.h"
 #include "audio/AudioRecord.h"
+#include "model/ItemPictureImage.h"
 #include "ui/ArtworkWell.h"
 #include "ui/WindowLook.h"
 #include "video/MovieReader.h"
@@ -577,7 +578,7 @@ void MediaEditorsTest::droppedArtworkLastsUntilTheNextItem()
 
     // A record with artwork shows it.
     IKImageItem withArt = distinctAudioRecord();
-    withArt.fileImage = swatch(Qt::green);
+    withArt.fileImage = itemPicture(swatch(Qt::green));
     audio.showItem(withArt);
     QVERIFY(audio.artworkWell()->hasPicture());
 

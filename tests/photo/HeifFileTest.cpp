@@ -1,4 +1,5 @@
 #include "photo/HeifFile.h"
+#include "photo/HeifImage.h"
 #include "photo/PhotoProperties.h"
 
 #include "TestPaths.h"

@@ -1,6 +1,7 @@
 // HEIC, HEIF and AVIF photos rewritten in the file itself: phone and camera files, and files made
 // by heif-enc and tagged by exiftool, checked with exiftool and libheif.
 #include "photo/HeifFile.h"
+#include "photo/HeifImage.h"
 #include "photo/PhotoProperties.h"
 #include "photo/PhotoRewrite.h"
 

@@ -2,6 +2,7 @@
 #include "video/MovieItems.h"
 
 #include "EncodedPicture.h"
+#include "model/ItemPictureImage.h"
 
 
 #include <gtest/gtest.h>
@@ -113,5 +114,5 @@ TEST(MovieItemsToRecord, IdentifierTableWithLaterItemsWinning)
     EXPECT_EQ(record.latitudeFormat, "-");
     EXPECT_DOUBLE_EQ(record.filelongtitude, 20.0);
     EXPECT_EQ(record.shootDateStr, "2016-05-01 12:30:45");
-    EXPECT_EQ(record.fileImage.size(), QSize(4, 3));
+    EXPECT_EQ(pictureImage(record.fileImage).size(), QSize(4, 3));
 }

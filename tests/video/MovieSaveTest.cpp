@@ -5,6 +5,7 @@
 #include "TestPaths.h"
 #include "model/FileDates.h"
 #include "video/MovieReader.h"
+#include "model/ItemPictureImage.h"
 
 #include <QFile>
 #include <QImage>
@@ -90,7 +91,7 @@ TEST(MovieSave, LocationDateArtworkAndCreatedDateGoEverywhere)
     EXPECT_EQ(readFileDates(output).modified, QDateTime(QDate(2017, 1, 2), QTime(3, 4, 5), Qt::LocalTime));
     const MovieReading reading = readMovieFile(output);
     EXPECT_EQ(reading.item.latitudeFormat + reading.item.longtitudeFormat, "--");
-    EXPECT_EQ(reading.item.fileImage.size(), QSize(16, 9));
+    EXPECT_EQ(pictureImage(reading.item.fileImage).size(), QSize(16, 9));
     QStringList identifiers;
     for (const MediaMetadataItem& item : reading.item.fileMetaArray)
         identifiers.append(item.identifier);

@@ -9,6 +9,7 @@
 #include "video/MovieReader.h"
 #include "video/MovieRemoval.h"
 #include "video/MovieSave.h"
+#include "model/ItemPictureImage.h"
 
 #include <QDir>
 #include <QFile>
@@ -122,7 +123,7 @@ TEST(MoviesFromTools, NewFieldsOfAKeysMovieJoinItsKeyTable)
     const IKImageItem item = readMovieFile(output).item;
     EXPECT_EQ(item.fileTitle, "T");
     EXPECT_EQ(item.fileAblumName, "Album");
-    EXPECT_EQ(item.fileImage.size(), QSize(8, 8));
+    EXPECT_EQ(pictureImage(item.fileImage).size(), QSize(8, 8));
 }
 
 TEST(MoviesFromTools, KeysInTheMovieBoxAsExiftoolWritesThemStayThere)

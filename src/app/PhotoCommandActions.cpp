@@ -137,13 +137,8 @@ void PhotoCommandActions::stampDates()
 {
     if (!haveSelection())
         return;
-    const PreferenceValues stored = app_.preferences().peek();
-    DateStampStyle style;
-    style.fontFamily = app_.currentFontname;
-    style.fontSize = app_.currentFontSize > 0 ? app_.currentFontSize : Preferences::kDefaultFontSize;
-    style.color = app_.currentFontColor;
-    style.corner = stampCornerTitles().value(stored.cornerIndex);
-    style.dateFormat = stampDateFormatTitles().value(stored.dateFormatIndex);
+    DateStampStyle style = stampStyleFromPreferences(app_.preferences().peek());
+    style.color = app_.currentFontColor;  // chosen in the preferences sheet, not stored
     const PhotoSelection selection = app_.currentPhotoSelection();
     app_.runPhotoCommand(QStringLiteral("Stamp Dates"), selection, [style, selection](const CommandContext& context) {
         return stampPhotoDates(selection, style, context);

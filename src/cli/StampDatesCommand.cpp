@@ -44,12 +44,7 @@ QString StampDatesCommand::help() const
 
 int StampDatesCommand::run(CliInvocation& invocation)
 {
-    const PreferenceValues prefs = Preferences().peek();
-    DateStampStyle style;
-    style.fontFamily = prefs.fontName;
-    style.fontSize = prefs.fontSize > 0 ? prefs.fontSize : Preferences::kDefaultFontSize;
-    style.corner = stampCornerTitles().value(prefs.cornerIndex);
-    style.dateFormat = stampDateFormatTitles().value(prefs.dateFormatIndex);
+    DateStampStyle style = stampStyleFromPreferences(Preferences().peek());
     PhotoSelection selection;
     const QStringList& args = invocation.args;
     for (qsizetype i = 0; i < args.size(); ++i) {

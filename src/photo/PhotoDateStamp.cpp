@@ -4,6 +4,7 @@
 #include "model/PhotoBatch.h"
 #include "model/FileDates.h"
 #include "model/LocalTime.h"
+#include "model/Preferences.h"
 #include "model/SafeOutput.h"
 #include "photo/JpegRecompression.h"
 #include "photo/PhotoCaptureDate.h"
@@ -96,6 +97,16 @@ CommandResult stampPhotoDates(const PhotoSelection& selection, const DateStampSt
         context.report(int(i) + 1, int(selection.items.size()));
     }
     return result;
+}
+
+DateStampStyle stampStyleFromPreferences(const PreferenceValues& preferences)
+{
+    DateStampStyle style;
+    style.fontFamily = preferences.fontName;
+    style.fontSize = preferences.fontSize > 0 ? preferences.fontSize : Preferences::kDefaultFontSize;
+    style.corner = stampCornerTitles().value(preferences.cornerIndex);
+    style.dateFormat = stampDateFormatTitles().value(preferences.dateFormatIndex);
+    return style;
 }
 
 }  // namespace pelorin

@@ -20,6 +20,12 @@ struct DateStampStyle {
     QString dateFormat = QStringLiteral("MM/DD/YYYY HH:MM");  // a title of the format pop-up
 };
 
+struct PreferenceValues;
+
+// The style the preferences hold (font, size, corner, date format), in white: what both the
+// window and the command line stamp with unless told otherwise.
+DateStampStyle stampStyleFromPreferences(const PreferenceValues& preferences);
+
 // The date in one of the three formats ("MM/DD/YYYY HH:MM", "DD/MM/YYYY HH:MM",
 // "YYYY/MM/DD HH:MM"); an unknown format gives the first.
 QString dateStampText(const WallClock& date, const QString& dateFormat);

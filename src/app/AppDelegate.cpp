@@ -19,12 +19,12 @@
 #include "app/PreferencesDialog.h"
 #include "app/TaskStatusBar.h"
 #include "app/ThumbnailLoader.h"
-#include "model/FileDates.h"
 #include "model/FileKinds.h"
 #include "model/PhotoBatch.h"
 #include "model/Preferences.h"
 #include "model/SafeOutput.h"
 #include "photo/PhotoLibraries.h"
+#include "photo/PhotoInspection.h"
 #include "photo/PhotoProperties.h"
 #include "photo/PropertyTree.h"
 #include "ui/FileDropViews.h"
@@ -467,7 +467,8 @@ void AppDelegate::showPhotoDetails(const QString& path, const QString& fileName,
         return;
     }
     currentChooseFilePath = path;
-    const PhotoProperties photo = readPhotoProperties(path);
+    const PhotoInspection inspection = inspectPhoto(path, fileName);
+    const PhotoProperties& photo = inspection.photo;
     if (!photo.ok()) {
         window_->inspector->showMessage(fileName, photo.error);
         window_->photoEditorView->setPreview(QImage());
@@ -475,9 +476,7 @@ void AppDelegate::showPhotoDetails(const QString& path, const QString& fileName,
     }
     currentExifDictionary = photo.properties;
     currentFileName = fileName;
-    const FileDateReading dates = readFileDates(path);
-    const PhotoFileFacts facts{fileName, dates.created, dates.modified, QFileInfo(path).size()};
-    const PhotoEditorFill fill = fillPhotoEditorFields(photo.properties, facts);
+    const PhotoEditorFill& fill = inspection.fill;
     oldTexts = fill.old;
     bMapPreview = fill.hasGps;
     currentCoords = QPointF(fill.latitude, fill.longitude);

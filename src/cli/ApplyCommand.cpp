@@ -4,11 +4,9 @@
 #include "cli/CliValues.h"
 #include "model/PhotoBatch.h"
 #include "dates/EditorApply.h"
-#include "model/FileDates.h"
 #include "model/SafeOutput.h"
-#include "photo/PhotoProperties.h"
+#include "photo/PhotoInspection.h"
 
-#include <QFileInfo>
 
 #include <optional>
 
@@ -145,14 +143,12 @@ int ApplyCommand::run(CliInvocation& invocation)
         const IKImageItem item = itemFromArgument(file);
         one.items << item;
         const QString input = photoInputPath(item, source, context.storageFolder);
-        const PhotoProperties photo = readPhotoProperties(input);
-        if (!photo.ok()) {
-            result.skip(input, photo.error);
+        const PhotoInspection inspection = inspectPhoto(input, item.fileName);
+        if (!inspection.photo.ok()) {
+            result.skip(input, inspection.photo.error);
             continue;
         }
-        const FileDateReading dates = readFileDates(input);
-        const PhotoEditorFill fill = fillPhotoEditorFields(
-            photo.properties, {item.fileName, dates.created, dates.modified, QFileInfo(input).size()});
+        const PhotoEditorFill& fill = inspection.fill;
         PhotoEditorTexts fields = fill.old;
         for (const auto& [field, value] : given)
             fields.*field = value;

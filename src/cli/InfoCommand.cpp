@@ -1,13 +1,11 @@
 #include "cli/InfoCommand.h"
 
 #include "cli/CliOutput.h"
-#include "model/FileDates.h"
 #include "model/PropertyList.h"
 #include "photo/PhotoEditorFields.h"
-#include "photo/PhotoProperties.h"
+#include "photo/PhotoInspection.h"
 #include "photo/PropertyTree.h"
 
-#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonObject>
 
@@ -41,12 +39,6 @@ constexpr FieldRow kFieldRows[] = {
     {"File size", &PhotoEditorTexts::fileSize},
     {"Created", &PhotoEditorTexts::creationDate},
 };
-
-PhotoFileFacts factsOf(const QString& path)
-{
-    const FileDateReading dates = readFileDates(path);
-    return {QFileInfo(path).fileName(), dates.created, dates.modified, QFileInfo(path).size()};
-}
 
 void printTree(std::FILE* out, const QList<PropertyTreeNode>& nodes, int depth)
 {
@@ -135,7 +127,8 @@ int InfoCommand::run(CliInvocation& invocation)
         jsonRows.emplace(invocation.out);
     QVariantList plistRows;
     for (const QString& file : files) {
-        const PhotoProperties photo = readPhotoProperties(file);
+        const PhotoInspection inspection = inspectPhoto(file);
+        const PhotoProperties& photo = inspection.photo;
         if (!photo.ok()) {
             status = ExitItemFailed;
             printLine(invocation.err, QStringLiteral("%1: %2").arg(file, photo.error));
@@ -143,7 +136,7 @@ int InfoCommand::run(CliInvocation& invocation)
                 jsonRows->append(QJsonObject{{QStringLiteral("file"), file}, {QStringLiteral("error"), photo.error}});
             continue;
         }
-        const PhotoEditorFill fill = fillPhotoEditorFields(photo.properties, factsOf(file));
+        const PhotoEditorFill& fill = inspection.fill;
         if (invocation.json) {
             jsonRows->append(QJsonObject{{QStringLiteral("file"), file},
                                          {QStringLiteral("type"), photo.format.typeName},

@@ -52,9 +52,7 @@ AppDelegate::AppDelegate(std::unique_ptr<Preferences> preferences)
 {
     shared_ = this;
     openUrl = [](const QUrl& url) { QDesktopServices::openUrl(url); };
-    basicInfoChange = cameraInfoChange = gpsInfoChange = false;
     currentExifDictionary.clear();
-    currentChooseFilePath.clear();
     blocalMode = true;
     oldTexts = PhotoEditorTexts();
     initializePhotoLibraries();
@@ -150,14 +148,6 @@ void AppDelegate::wireWindow()
         const QModelIndex source = browserModel_->mapToSource(index);
         if (source.isValid() && isImageExtension(pathExtension(items_->item(source.row()).filePath)))
             StartEditViewAction();
-    });
-    connect(w->photoEditorView, &PhotoEditorPanel::editingStarted, this, [this](const QString& group) {
-        if (group == QLatin1String("basic"))
-            basicInfoChange = true;
-        else if (group == QLatin1String("camera"))
-            cameraInfoChange = true;
-        else if (group == QLatin1String("gps"))
-            gpsInfoChange = true;
     });
     connect(preferencesSheet_, &PreferencesDialog::saveRequested, this, &AppDelegate::ResetPreferenceSetting);
     connect(preferencesSheet_, &QDialog::rejected, this, &AppDelegate::CancelPreferenceSetting);
@@ -375,8 +365,6 @@ void AppDelegate::ChangeToImportiOSDevicePhoto()
 
 void AppDelegate::StartEditViewAction()
 {
-    basicInfoChange = false;
-    gpsInfoChange = false;
     window_->slideInEditor();
 }
 
@@ -466,7 +454,6 @@ void AppDelegate::showPhotoDetails(const QString& path, const QString& fileName,
         window_->inspector->showMessage(fileName, QStringLiteral("Movies are shown in the media table."));
         return;
     }
-    currentChooseFilePath = path;
     const PhotoInspection inspection = inspectPhoto(path, fileName);
     const PhotoProperties& photo = inspection.photo;
     if (!photo.ok()) {
@@ -495,7 +482,6 @@ void AppDelegate::showNoPhotoDetails(const QString& title, const QString& messag
     window_->rightStack->setCurrentWidget(window_->inspector);
     window_->inspector->hideLocation();
     window_->inspector->showMessage(title, message);
-    currentChooseFilePath.clear();
     currentFileName.clear();
     currentExifDictionary.clear();
     bMapPreview = false;

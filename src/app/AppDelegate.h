@@ -72,16 +72,12 @@ public:
     // Editor state shared by the commands.
     bool blocalMode = true;
     QVariantMap currentExifDictionary;
-    QString currentChooseFilePath;
     QString currentFileName;
     QString storagelocation;
     QString currentFontname;
     int currentFontSize = 14;
     QColor currentFontColor = Qt::white;
     PhotoEditorTexts oldTexts;  // each editor field's text right after it was filled
-    bool basicInfoChange = false;
-    bool cameraInfoChange = false;
-    bool gpsInfoChange = false;
     bool bMapPreview = false;   // the photo in the inspector has a location
     QPointF currentCoords;      // its latitude and longitude, signed
 

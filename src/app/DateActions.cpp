@@ -146,7 +146,6 @@ void DateActions::ChoosePhotosAction()
                                                 photoAndMovieFilter());
     if (path.isEmpty())
         return;
-    app_.currentChooseFilePath = path;
     batchDialog_->setReferencePhoto(path, makePhotoThumbnail(path, kDialogPictureSide), readPhotoDateTexts(path));
 }
 

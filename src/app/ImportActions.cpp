@@ -120,7 +120,6 @@ void ImportActions::ClearLeftPhotos()
     app_.window()->photoEditorView->clear();
     app_.window()->inspector->clear();
     app_.currentExifDictionary.clear();
-    app_.currentChooseFilePath.clear();
     app_.currentFileName.clear();
 }
 

@@ -69,17 +69,6 @@ MediaEditActions::MediaEditActions(AppDelegate& app)
     connect(w->SaveMediaChangesBtn, &QToolButton::clicked, this, &MediaEditActions::SaveMeidaFileChangesAction);
     connect(audioView_, &AudioEditorView::artworkDropped, this, &MediaEditActions::NSDragOperationImageViewNoteHandle);
     connect(videoView_, &VideoEditorView::artworkDropped, this, &MediaEditActions::NSDragOperationImageViewNoteHandle);
-    connect(audioView_, &AudioEditorView::editingStarted, this, [this](const QString& group) {
-        (group == QLatin1String("basic") ? app_.basicInfoChange : app_.cameraInfoChange) = true;
-    });
-    connect(videoView_, &VideoEditorView::editingStarted, this, [this](const QString& group) {
-        if (group == QLatin1String("basic"))
-            app_.basicInfoChange = true;
-        else if (group == QLatin1String("camera"))
-            app_.cameraInfoChange = true;
-        else
-            app_.gpsInfoChange = true;
-    });
     // A typed location moves the map there at once.
     connect(videoView_, &VideoEditorView::locationTyped, this, [this](double latitude, double longitude) {
         videoMap_->showCoordinate(latitude, longitude);

@@ -21,14 +21,8 @@ using pelorin::test::exiftool;
 using pelorin::test::exiftoolWrite;
 using pelorin::test::imageMagick;
 
-class CliPhotoFilesTest : public ::testing::Test {
+class CliPhotoFilesTest : public pelorin::test::CliTestBase {
 protected:
-    CliRun cli(const QStringList& args)
-    {
-        const CliRun run = pelorin::test::runCli(args, home, 60000);
-        EXPECT_TRUE(run.finished);
-        return run;
-    }
     QString path(const QString& name) const { return home.filePath(name); }
     QString made(const QString& name, const QStringList& extra = {}, const QString& size = QStringLiteral("64x48"))
     {
@@ -49,7 +43,6 @@ protected:
         out.write(bytes);
         return out.fileName();
     }
-    QTemporaryDir home;
 };
 
 TEST_F(CliPhotoFilesTest, GpsValuesNeverGivenAreNotMadeUp)

@@ -21,15 +21,8 @@ using pelorin::test::CliRun;
 
 QString dataFile(const char* name) { return QStringLiteral(PELORIN_TEST_DATA_DIR "/") + QString::fromLatin1(name); }
 
-class CliReportsTest : public ::testing::Test {
+class CliReportsTest : public pelorin::test::CliTestBase {
 protected:
-    CliRun cli(const QStringList& args)
-    {
-        const CliRun run = pelorin::test::runCli(args, home, 60000);
-        EXPECT_TRUE(run.finished);
-        return run;
-    }
-    QTemporaryDir home;
     QTemporaryDir out;
 };
 

@@ -21,16 +21,7 @@ namespace {
 using pelorin::test::CliRun;
 
 // Runs pelorin-cli with a home of its own, so the user's preferences are never touched.
-class CliTest : public ::testing::Test {
-protected:
-    CliRun cli(const QStringList& args)
-    {
-        const CliRun run = pelorin::test::runCli(args, home, 30000);
-        EXPECT_TRUE(run.finished);
-        return run;
-    }
-    QTemporaryDir home;
-};
+class CliTest : public pelorin::test::CliTestBase {};
 
 TEST_F(CliTest, KindsNamesEachExtensionsKindAndPositions)
 {

@@ -6,6 +6,8 @@
 #include <QStringList>
 #include <QTemporaryDir>
 
+#include <gtest/gtest.h>
+
 namespace pelorin::test {
 
 struct CliRun {
@@ -30,5 +32,17 @@ inline CliRun runCli(const QStringList& args, const QTemporaryDir& home, int tim
     run.err = QString::fromLocal8Bit(process.readAllStandardError());
     return run;
 }
+
+// A test that runs pelorin-cli with a home of its own; each run must finish.
+class CliTestBase : public ::testing::Test {
+protected:
+    CliRun cli(const QStringList& args, int timeoutMs = 60000)
+    {
+        const CliRun run = runCli(args, home, timeoutMs);
+        EXPECT_TRUE(run.finished);
+        return run;
+    }
+    QTemporaryDir home;
+};
 
 }  // namespace pelorin::test

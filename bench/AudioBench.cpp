@@ -7,7 +7,7 @@
 // of tests/data; bench/make-real-size-samples makes a real-size MP3 with a cover to pass here.
 // kid3-cli comes with `scripts/install-deps --bench`.
 #include "BenchSupport.h"
-#include "audio/AudioEdits.h"
+#include "audio/AudioTagChanges.h"
 #include "model/CommandContext.h"
 #include "model/SafeOutput.h"
 
@@ -34,17 +34,11 @@ double oursSeconds(const QStringList& files, const QString& folder, int* failed)
 {
     CommandContext context;
     context.storageFolder = folder;
-    QList<AudioEdit> edits;
-    for (const QString& file : files) {
-        AudioEdit edit;
-        edit.sourcePath = file;
-        edit.current = {{AudioField::Title, QStringLiteral("Benchmark title")}};
-        edit.basicInfoChange = true;
-        edits.append(edit);
-    }
+    AudioTagChanges changes;
+    changes.fields.insert(AudioField::Title, QStringLiteral("Benchmark title"));
     QElapsedTimer t;
     t.start();
-    *failed += int(saveAudioEdits(edits, context).skipped.size());
+    *failed += int(saveAudioTags(files, changes, context).skipped.size());
     return seconds(t);
 }
 

@@ -42,34 +42,6 @@ const InfoSlot kInfo[] = {
     {"audioSampleRateLabel", "Sample Rate:", [](const IKImageItem& i) { return i.fileSampleRate; }},
 };
 
-// The one-line tag fields and the record field each shows. Lyrics, the only multi-line field,
-// is added on its own.
-struct FieldSlot {
-    const char* objectName;
-    const char* caption;
-    AudioField field;
-    QString IKImageItem::*member;
-};
-
-const FieldSlot kTrackFields[] = {
-    {"titlelab", "Title", AudioField::Title, &IKImageItem::fileTitle},
-    {"subtitlelab", "Subtitle", AudioField::Subtitle, &IKImageItem::fileSubTitle},
-    {"abulmlab", "Album", AudioField::Album, &IKImageItem::fileAblumName},
-    {"artistlab", "Artist", AudioField::Artist, &IKImageItem::fileArist},
-    // The record keeps the track number in its album-artist field.
-    {"ablumAristlab", "Track Number", AudioField::TrackNumber, &IKImageItem::fileAlbumArist},
-    {"composerlab", "Composer", AudioField::Composer, &IKImageItem::fileComposer},
-};
-
-const FieldSlot kReleaseFields[] = {
-    {"recordDatelab", "Recording Date", AudioField::RecordDate, &IKImageItem::shootDateStr},
-    {"releaseYearlab", "Year", AudioField::Year, &IKImageItem::fileReleasedYear},
-    {"copyrightlab", "Copyright", AudioField::Copyright, &IKImageItem::fileCopyright},
-    {"publishlab", "Publisher", AudioField::Publisher, &IKImageItem::filePublisher},
-    {"bandlab", "Band", AudioField::Band, &IKImageItem::fileBand},
-    {"commentslab", "Comments", AudioField::Comments, &IKImageItem::fileComments},
-};
-
 const QString kCreatedCaption = QStringLiteral("Created Date:");
 
 }  // namespace
@@ -117,23 +89,23 @@ AudioEditorView::AudioEditorView(QWidget* parent) : QFrame(parent)
 
     QList<QLabel*> captions;
     auto* track = new FieldSection(QStringLiteral("Track"), contentWidget);
-    for (const FieldSlot& slot : kTrackFields) {
-        QLineEdit* field = track->addLineEdit(slot.objectName, QString::fromLatin1(slot.caption));
-        lineFields_.insert(slot.field, field);
-        tracker_->watch(field, kBasic);
-    }
-    captions << track->captions();
-    content->addWidget(track);
-
     auto* release = new FieldSection(QStringLiteral("Release"), contentWidget);
-    for (const FieldSlot& slot : kReleaseFields) {
-        QLineEdit* field = release->addLineEdit(slot.objectName, QString::fromLatin1(slot.caption));
-        lineFields_.insert(slot.field, field);
-        tracker_->watch(field, kCamera);
+    for (const AudioFieldSpec& spec : audioFieldSpecs()) {
+        const bool inTrack = spec.section == AudioSection::Track;
+        FieldSection* section = inTrack ? track : release;
+        const QString group = inTrack ? kBasic : kCamera;
+        // Lyrics, the only multi-line field, comes last and takes a text box.
+        if (spec.field == AudioField::Lyrics) {
+            lyrics_ = section->addTextEdit(spec.editorName, QString::fromLatin1(spec.label));
+            tracker_->watch(lyrics_, group);
+            continue;
+        }
+        QLineEdit* field = section->addLineEdit(spec.editorName, QString::fromLatin1(spec.label));
+        lineFields_.insert(spec.field, field);
+        tracker_->watch(field, group);
     }
-    lyrics_ = release->addTextEdit("lyricslab", QStringLiteral("Lyrics"));
-    tracker_->watch(lyrics_, kCamera);
-    captions << release->captions();
+    captions << track->captions() << release->captions();
+    content->addWidget(track);
     content->addWidget(release);
 
     // The created date is no tag: it becomes the saved copy's file date, so it has its own group
@@ -161,16 +133,13 @@ void AudioEditorView::showItem(const IKImageItem& item)
             infoLines_[i]->setLine(QString::fromLatin1(kInfo[i].caption), kInfo[i].value(item));
         createdDateLine_->setLine(kCreatedCaption, item.fileCreateDateStr);
 
-        for (const FieldSlot& slot : kTrackFields)
-            setFieldText(slot.field, item.*slot.member);
-        for (const FieldSlot& slot : kReleaseFields)
-            setFieldText(slot.field, item.*slot.member);
-        setFieldText(AudioField::Lyrics, item.fileLyricist);
+        for (const AudioFieldSpec& spec : audioFieldSpecs())
+            setFieldText(spec.field, item.*spec.member);
         createdDateField_->setText(item.fileCreateDateStr);
     }
     // Read back, so an edit is judged against exactly what the user saw.
     openingTexts_ = currentTexts();
-    openingCreatedDate_ = createdDate();
+    openingCreatedDate_ = createdDateField_->text();
     tracker_->reset();
 
     droppedArtworkPath_.clear();
@@ -182,14 +151,23 @@ void AudioEditorView::showItem(const IKImageItem& item)
 QMap<AudioField, QString> AudioEditorView::currentTexts() const
 {
     QMap<AudioField, QString> texts;
-    for (AudioField field : allAudioFields())
-        texts.insert(field, fieldText(field));
+    for (const AudioFieldSpec& spec : audioFieldSpecs())
+        texts.insert(spec.field, fieldText(spec.field));
     return texts;
 }
 
-bool AudioEditorView::basicInfoChanged() const { return tracker_->edited(kBasic); }
-bool AudioEditorView::cameraInfoChanged() const { return tracker_->edited(kCamera); }
-QString AudioEditorView::createdDate() const { return createdDateField_->text(); }
+AudioTagChanges AudioEditorView::changes() const
+{
+    AudioTagChanges changes;
+    const QMap<AudioField, QString> current = currentTexts();
+    for (auto it = current.begin(); it != current.end(); ++it)
+        if (it.value() != openingTexts_.value(it.key()))
+            changes.fields.insert(it.key(), it.value());
+    if (createdDateField_->text() != openingCreatedDate_)
+        changes.createdDate = createdDateField_->text();
+    changes.artworkPath = droppedArtworkPath_;
+    return changes;
+}
 
 void AudioEditorView::setDroppedArtwork(const QString& path, const QImage& picture)
 {

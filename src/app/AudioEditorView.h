@@ -1,6 +1,6 @@
 #pragma once
 
-#include "audio/AudioEdits.h"
+#include "audio/AudioTagChanges.h"
 #include "model/IKImageItem.h"
 
 #include <QFrame>
@@ -30,12 +30,9 @@ public:
     void showItem(const IKImageItem& item);
     QString itemPath() const { return itemPath_; }
 
-    QMap<AudioField, QString> openingTexts() const { return openingTexts_; }
-    QMap<AudioField, QString> currentTexts() const;
-    bool basicInfoChanged() const;   // a "Track" field was edited since showItem
-    bool cameraInfoChanged() const;  // a "Release" field was edited since showItem
-    QString openingCreatedDate() const { return openingCreatedDate_; }
-    QString createdDate() const;
+    // What the user changed since showItem: each field whose text differs from the one shown
+    // then, the created date when it was edited, and the dropped artwork.
+    AudioTagChanges changes() const;
 
     // Empty unless a picture was dropped and loaded since showItem.
     QString droppedArtworkPath() const { return droppedArtworkPath_; }
@@ -49,6 +46,7 @@ signals:
     void artworkDropped(const QString& path);
 
 private:
+    QMap<AudioField, QString> currentTexts() const;
     QString fieldText(AudioField field) const;
     void setFieldText(AudioField field, const QString& text);
 

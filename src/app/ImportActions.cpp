@@ -8,7 +8,7 @@
 #include "app/PhotoBrowserModel.h"
 #include "app/PhotoEditorPanel.h"
 #include "app/TaskStatusBar.h"
-#include "audio/AudioEdits.h"
+#include "audio/AudioTagChanges.h"
 #include "audio/AudioExports.h"
 #include "model/FileKinds.h"
 #include "model/SafeOutput.h"

@@ -7,7 +7,7 @@
 #include "app/MapSettings.h"
 #include "app/MediaPlayerBar.h"
 #include "app/VideoEditorView.h"
-#include "audio/AudioEdits.h"
+#include "audio/AudioTagChanges.h"
 #include "model/FileKinds.h"
 #include "ui/ArtworkWell.h"
 #include "ui/FileDropViews.h"
@@ -18,7 +18,6 @@
 #include "video/MovieSave.h"
 #include "model/ItemPictureImage.h"
 
-#include <QFile>
 #include <QImageReader>
 #include <QStackedWidget>
 #include <QVBoxLayout>
@@ -179,17 +178,7 @@ void MediaEditActions::SaveMeidaFileChangesAction()
             others.append(path);
     }
     // The open editor's changes, taken now: the user may go on typing while the save runs.
-    AudioEdit audioTemplate;
-    QString audioArtworkPath;
-    if (audioOpen) {
-        audioTemplate.opening = audioView_->openingTexts();
-        audioTemplate.current = audioView_->currentTexts();
-        audioTemplate.basicInfoChange = audioView_->basicInfoChanged();
-        audioTemplate.cameraInfoChange = audioView_->cameraInfoChanged();
-        audioTemplate.openingCreatedDate = audioView_->openingCreatedDate();
-        audioTemplate.createdDate = audioView_->createdDate();
-        audioArtworkPath = audioView_->droppedArtworkPath();
-    }
+    const AudioTagChanges audioChanges = audioOpen ? audioView_->changes() : AudioTagChanges();
     MovieFieldEdits movieEdits;
     if (videoOpen) {
         movieEdits = movieEditsFromEditor(videoView_->shownFields(), videoView_->oldFields(), videoView_->editFlags());
@@ -199,31 +188,17 @@ void MediaEditActions::SaveMeidaFileChangesAction()
     const QString editorKind = audioOpen ? QStringLiteral("audio") : QStringLiteral("movie");
     app_.runCommand(
         QStringLiteral("Save Media Changes"),
-        [audioFiles, movieFiles, others, audioTemplate, audioArtworkPath, movieEdits,
-         editorKind](const CommandContext& context) {
+        [audioFiles, movieFiles, others, audioChanges, movieEdits, editorKind](const CommandContext& context) {
             CommandResult result;
             for (const QString& path : others)
                 result.skip(path, QStringLiteral("the open editor edits %1 files; open this one in its own editor")
                                       .arg(editorKind));
-            QByteArray artwork;
-            if (!audioArtworkPath.isEmpty()) {
-                QFile file(audioArtworkPath);
-                if (file.open(QIODevice::ReadOnly))
-                    artwork = file.readAll();
-            }
-            QList<AudioEdit> edits;
-            for (const QString& path : audioFiles) {
-                AudioEdit edit = audioTemplate;
-                edit.sourcePath = path;
-                edit.artwork = artwork;
-                edits.append(edit);
-            }
             // The songs' progress counts against all the items saved.
             CommandContext songs = context;
             const int total = int(audioFiles.size() + movieFiles.size());
             songs.progress = [&context, total](int done, int) { context.report(done, total); };
-            if (!edits.isEmpty())
-                result.merge(saveAudioEdits(edits, songs));
+            if (!audioFiles.isEmpty())
+                result.merge(saveAudioTags(audioFiles, audioChanges, songs));
             if (!movieFiles.isEmpty() && !context.isCancelled())
                 result.merge(saveMovieFields(movieFiles, movieEdits, context));
             return result;

@@ -1,5 +1,6 @@
 #include "audio/AudioExports.h"
 
+#include "audio/AudioFields.h"
 #include "audio/AudioRecord.h"
 #include "model/PropertyList.h"
 #include "model/ImageReadBack.h"
@@ -73,19 +74,15 @@ CommandResult exportAudioArtwork(const QStringList& paths, const CommandContext&
 
 QVariantMap audioMetadataEntries(const IKImageItem& r)
 {
-    const std::pair<const char*, const QString*> entries[] = {
-        {"Created Date", &r.fileCreateDateStr}, {"Record Date", &r.shootDateStr},
-        {"Title", &r.fileTitle}, {"Subtitle", &r.fileSubTitle}, {"Artist", &r.fileArist},
-        {"Album", &r.fileAblumName}, {"Release Year", &r.fileReleasedYear},
-        {"Copyright", &r.fileCopyright}, {"Keywords", &r.fileKeyWords},
-        {"Publisher", &r.filePublisher}, {"Track Number", &r.fileAlbumArist},
-        {"Composer", &r.fileComposer}, {"Band", &r.fileBand}, {"Comments", &r.fileComments},
-        {"Lyrics", &r.fileLyricist},
-    };
     QVariantMap map;
-    for (const auto& [key, value] : entries)
-        if (!value->isEmpty())
-            map.insert(QString::fromLatin1(key), *value);
+    const auto add = [&](const char* key, const QString& value) {
+        if (!value.isEmpty())
+            map.insert(QString::fromLatin1(key), value);
+    };
+    add("Created Date", r.fileCreateDateStr);
+    add("Keywords", r.fileKeyWords);
+    for (const AudioFieldSpec& spec : audioFieldSpecs())
+        add(spec.exportKey, r.*spec.member);
     return map;
 }
 

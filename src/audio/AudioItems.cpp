@@ -1,5 +1,7 @@
 #include "audio/AudioItems.h"
 
+#include "audio/AudioFields.h"
+
 #include "audio/AudioStoredOrder.h"
 #include "audio/Mp4KeyTags.h"
 
@@ -45,53 +47,6 @@ void add(MediaMetadataItems& items, const QString& space, const QString& key, co
     items.append({space, key, identifier, value, dataType, {}});
 }
 
-// Info-dictionary keys of ID3 frames, as the platform's audio file service names them.
-QString infoKeyOfFrame(const QByteArray& id)
-{
-    static const QHash<QByteArray, QString> keys = {
-        {"TALB", "album"}, {"TPE1", "artist"}, {"TBPM", "tempo"}, {"TKEY", "key signature"},
-        {"TRCK", "track number"}, {"TYER", "year"}, {"TDRC", "year"}, {"TCOM", "composer"},
-        {"TEXT", "lyricist"}, {"TIT2", "title"}, {"TIT3", "subtitle"}, {"TCOP", "copyright"},
-        {"TCON", "genre"}, {"TENC", "encoding application"}, {"COMM", "comments"},
-        {"TRDA", "recorded date"},
-    };
-    return keys.value(id);
-}
-
-// Info keys of Xiph comment names and TagLib property names.
-QString infoKeyOfProperty(const QString& name)
-{
-    static const QHash<QString, QString> keys = {
-        {"TITLE", "title"}, {"SUBTITLE", "subtitle"}, {"ALBUM", "album"}, {"ARTIST", "artist"},
-        {"TRACKNUMBER", "track number"}, {"COMPOSER", "composer"},
-        {"RECORDINGDATE", "recorded date"}, {"DATE", "year"}, {"COPYRIGHT", "copyright"},
-        {"COMMENT", "comments"}, {"DESCRIPTION", "comments"}, {"LYRICIST", "lyricist"},
-        {"GENRE", "genre"}, {"BPM", "tempo"}, {"ENCODEDBY", "encoding application"},
-        {"ISRC", "ISRC"},
-    };
-    return keys.value(name.toUpper());
-}
-
-QString infoKeyOfRiff(const QByteArray& id)
-{
-    static const QHash<QByteArray, QString> keys = {
-        {"INAM", "title"}, {"IART", "artist"}, {"IPRD", "album"}, {"ICMT", "comments"},
-        {"ICOP", "copyright"}, {"ICRD", "recorded date"}, {"ITRK", "track number"},
-        {"IPRT", "track number"}, {"IMUS", "composer"}, {"IWRI", "lyricist"},
-        {"ISBJ", "subtitle"}, {"IGNR", "genre"}, {"ISFT", "encoding application"},
-    };
-    return keys.value(id);
-}
-
-QString aiffInfoKey(const QByteArray& chunk)
-{
-    if (chunk == "NAME") return QStringLiteral("title");
-    if (chunk == "AUTH") return QStringLiteral("artist");
-    if (chunk == "(c) ") return QStringLiteral("copyright");
-    if (chunk == "ANNO" || chunk == "COMT") return QStringLiteral("comments");
-    return {};
-}
-
 // Text of a frame TagLib keeps raw (TRDA and other frames it considers outdated).
 QString unknownTextFrame(const TagLib::ID3v2::UnknownFrame* frame)
 {
@@ -132,8 +87,8 @@ QByteArray frameIdOnDisk(const TagLib::ID3v2::Frame* frame, int version)
 {
     QByteArray id = toBytes(frame->frameID());
     // TagLib turns a v2.3 TYER into TDRC; name the frame the file holds.
-    if (version == 3 && id == "TDRC")
-        id = "TYER";
+    if (version == 3 && id == audioFieldSpec(AudioField::Year).id3)
+        id = id3OlderDateFrames().first();
     return id;
 }
 
@@ -159,12 +114,12 @@ void id3InfoItems(TagLib::ID3v2::Tag* tag, MediaMetadataItems& items)
     for (const TagLib::ID3v2::Frame* frame : tag->frameList()) {
         const QByteArray id = frameIdOnDisk(frame, version);
         const FrameValue v = frameValue(frame);
-        if (id == "APIC") {
-            add(items, QStringLiteral("info"), QStringLiteral("aart"), v.value, v.dataType);
+        if (id == audioArtworkKeys().id3) {
+            add(items, QStringLiteral("info"), QString::fromLatin1(audioArtworkKeys().info), v.value, v.dataType);
             continue;
         }
-        QString key = infoKeyOfFrame(id);
-        if (id == "COMM") {
+        QString key = infoKeyOfId3Frame(id);
+        if (id == id3CommentFrame()) {
             if (commentTaken || v.description.startsWith(QLatin1String("iTun")))
                 key.clear();
             else
@@ -183,7 +138,7 @@ void xiphItems(TagLib::Ogg::XiphComment* comment, MediaMetadataItems& items)
         return;
     for (const auto& [name, values] : comment->fieldListMap()) {
         const QString field = toQString(name);
-        const QString key = infoKeyOfProperty(field);
+        const QString key = infoKeyOfXiphName(field);
         for (const TagLib::String& value : values) {
             if (key.isEmpty())
                 add(items, QStringLiteral("vorbis"), field, toQString(value));
@@ -192,7 +147,7 @@ void xiphItems(TagLib::Ogg::XiphComment* comment, MediaMetadataItems& items)
         }
     }
     for (const TagLib::FLAC::Picture* picture : comment->pictureList())
-        add(items, QStringLiteral("info"), QStringLiteral("aart"), toBytes(picture->data()),
+        add(items, QStringLiteral("info"), QString::fromLatin1(audioArtworkKeys().info), toBytes(picture->data()),
             toQString(picture->mimeType()));
 }
 
@@ -200,7 +155,7 @@ void propertyItems(const TagLib::PropertyMap& properties, MediaMetadataItems& it
 {
     for (const auto& [name, values] : properties) {
         const QString field = toQString(name);
-        const QString key = infoKeyOfProperty(field);
+        const QString key = infoKeyOfXiphName(field);
         for (const TagLib::String& value : values) {
             if (key.isEmpty())
                 add(items, QStringLiteral("tag"), field, toQString(value));
@@ -258,7 +213,7 @@ void mp4Item(const TagLib::String& name, const TagLib::MP4::Item& item, MediaMet
 {
     {
         const QString key = percentEncodeKey(QByteArray(name.toCString(false)));
-        if (name == "covr") {
+        if (name == audioArtworkKeys().mp4) {
             for (const TagLib::MP4::CoverArt& art : item.toCoverArtList()) {
                 const bool png = art.format() == TagLib::MP4::CoverArt::PNG;
                 add(items, QStringLiteral("itsk"), key, toBytes(art.data()),
@@ -266,7 +221,7 @@ void mp4Item(const TagLib::String& name, const TagLib::MP4::Item& item, MediaMet
             }
             return;
         }
-        if (name == "trkn" || name == "disk") {
+        if (name == audioFieldSpec(AudioField::TrackNumber).mp4 || name == "disk") {
             const auto pair = item.toIntPair();
             add(items, QStringLiteral("itsk"), key,
                 pair.second ? QStringLiteral("%1/%2").arg(pair.first).arg(pair.second)
@@ -298,7 +253,7 @@ void riffInfoItems(TagLib::RIFF::Info::Tag* tag, const QString& path, MediaMetad
     }
     for (const auto& [id, value] : ordered) {
         const QByteArray chunk = toBytes(id);
-        const QString key = infoKeyOfRiff(chunk);
+        const QString key = infoKeyOfRiffId(chunk);
         if (key.isEmpty())
             add(items, QStringLiteral("riff"), QString::fromLatin1(chunk), toQString(value));
         else
@@ -310,7 +265,7 @@ void aiffItems(AiffChunkFile& file, MediaMetadataItems& items)
 {
     for (unsigned int i = 0; i < file.count(); ++i) {
         const QByteArray name = toBytes(file.name(i));
-        if (const QString key = aiffInfoKey(name); !key.isEmpty()) {
+        if (const QString key = infoKeyOfAiffChunk(name); !key.isEmpty()) {
             add(items, QStringLiteral("caaf"),
                 QStringLiteral("info-") + percentEncodeKey(key.toUtf8()),
                 decodeChunkText(toBytes(file.data(i))));
@@ -392,7 +347,7 @@ void readWithTagLib(const QString& path, AudioReading& reading)
     } else if (auto flac = dynamic_cast<TagLib::FLAC::File*>(file.get())) {
         xiphItems(flac->hasXiphComment() ? flac->xiphComment() : nullptr, items);
         for (const TagLib::FLAC::Picture* picture : flac->pictureList())
-            add(items, QStringLiteral("info"), QStringLiteral("aart"), toBytes(picture->data()),
+            add(items, QStringLiteral("info"), QString::fromLatin1(audioArtworkKeys().info), toBytes(picture->data()),
                 toQString(picture->mimeType()));
     } else if (auto wav = dynamic_cast<TagLib::RIFF::WAV::File*>(file.get())) {
         riffInfoItems(wav->hasInfoTag() ? wav->InfoTag() : nullptr, path, items);
@@ -404,7 +359,8 @@ void readWithTagLib(const QString& path, AudioReading& reading)
             reading.id3Version = static_cast<int>(aiff->tag()->header()->majorVersion());
         aiffItems(*aiff, items);
     } else if (auto mp4 = dynamic_cast<TagLib::MP4::File*>(file.get())) {
-        if (mp4KeepsQuickTimeKeys(path))
+        reading.mp4QuickTimeKeys = mp4KeepsQuickTimeKeys(path);
+        if (reading.mp4QuickTimeKeys)
             items += readMp4KeyTags(path);  // TagLib sees that list as nameless iTunes atoms
         else
             mp4Items(mp4->hasMP4Tag() ? mp4->tag() : nullptr, path, items);

@@ -24,6 +24,7 @@ struct AudioReading {
     // "kMDItemAudioSampleRate", "kMDItemAudioChannelCount".
     QVariantMap indexAttributes;
     int id3Version = 0;  // of the file's ID3v2 tag, 0 when it has none
+    bool mp4QuickTimeKeys = false;  // an M4A keeps its tags as QuickTime keys, not as iTunes atoms
     QString problem;     // why the file's tags or audio could not be read; empty when fine
 };
 

@@ -1,23 +1,11 @@
 #include "audio/Mp4KeyTags.h"
 
+#include "audio/ContainerTagWriters.h"
+
 #include "isobmff/MovieBoxRewrite.h"
 #include "isobmff/QuickTimeKeys.h"
 
 namespace pelorin {
-
-namespace {
-
-// The key FFmpeg reads and writes for each field (exiftool knows them as well).
-QString keyFor(AudioField field)
-{
-    static const char* const keys[] = {
-        "title", "subtitle", "album", "artist", "track", "composer", "date",
-        "year", "copyright", "publisher", "album_artist", "comment", "lyrics",
-    };
-    return QString::fromLatin1(keys[static_cast<int>(field)]);
-}
-
-}  // namespace
 
 bool mp4KeepsQuickTimeKeys(const QString& path)
 {
@@ -77,12 +65,12 @@ bool writeMp4KeyTags(const QString& source, const QString& target, const QList<A
         for (const AudioFieldChange& change : changes) {
             const std::optional<QVariant> value =
                 change.after.isEmpty() ? std::nullopt : std::optional<QVariant>(change.after);
-            if (!changeQuickTimeKey(moov, keyFor(change.field), value, {}, error))
+            if (!changeQuickTimeKey(moov, QString::fromLatin1(audioFieldSpec(change.field).ffmpeg), value, {}, error))
                 return false;
         }
         if (!artwork.isEmpty()) {
             const bool png = artwork.startsWith("\x89PNG");
-            if (!changeQuickTimeKey(moov, QStringLiteral("com.apple.quicktime.artwork"), QVariant(artwork),
+            if (!changeQuickTimeKey(moov, QString::fromLatin1(audioArtworkKeys().ffmpeg), QVariant(artwork),
                                     png ? QStringLiteral("PNG") : QStringLiteral("JPEG"), error))
                 return false;
         }
@@ -93,5 +81,21 @@ bool writeMp4KeyTags(const QString& source, const QString& target, const QList<A
         *problem = report.error;
     return report.written;
 }
+
+namespace {
+
+// M4A whose tags are QuickTime keys: written through the box writer, which keeps every other key.
+class Mp4KeyTagWriter final : public AudioTagWriter {
+public:
+    bool write(const QString& source, const QString& target, const AudioTagEdit& edit, const OutputCheck& check,
+               Durability durability, QString* problem) const override
+    {
+        return writeMp4KeyTags(source, target, edit.changes, edit.artwork, edit.removeAll, problem, check, durability);
+    }
+};
+
+}  // namespace
+
+std::unique_ptr<AudioTagWriter> mp4KeyTagWriter() { return std::make_unique<Mp4KeyTagWriter>(); }
 
 }  // namespace pelorin

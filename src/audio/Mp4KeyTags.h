@@ -1,6 +1,6 @@
 #pragma once
 
-#include "audio/AudioEdits.h"
+#include "audio/AudioTagWriter.h"
 #include "isobmff/BoxRewrite.h"
 #include "model/MediaMetadataItem.h"
 

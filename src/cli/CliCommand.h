@@ -12,6 +12,7 @@ enum ExitStatus : int {
     ExitSuccess = 0,
     ExitItemFailed = 1,  // the command ran, but some item could not be processed
     ExitUsage = 2,       // the command line itself is wrong
+    ExitInterrupted = 130,  // Ctrl-C stopped the batch; the files done are reported
 };
 
 // What every command receives: its own arguments (global options already taken out) and the

@@ -1,5 +1,7 @@
 #include "cli/CliOutput.h"
 
+#include "cli/CliInterrupt.h"
+
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -89,6 +91,11 @@ CommandContext CliReporter::context()
     c.reveal = revealHook();
     c.dryRun = invocation_.dryRun;
     c.outputNames = outputNames_;
+    c.cancelled = interruptFlag();
+    c.progress = [done = done_, total = total_](int finished, int all) {
+        done->store(finished);
+        total->store(all);
+    };
     return c;
 }
 
@@ -139,6 +146,11 @@ int CliReporter::report(const CommandResult& result)
         if (result.alert)
             printLine(invocation_.err, QStringLiteral("%1: %2").arg(result.alert->message,
                                                                      result.alert->informativeText));
+    }
+    if (interruptFlag()->load()) {
+        printLine(invocation_.err, QStringLiteral("interrupted: %1 of %2 files done; the others were not touched")
+                                       .arg(done_->load()).arg(total_->load()));
+        return ExitInterrupted;
     }
     if (result.alert)
         return ExitUsage;  // the user's mistake, like a wrong command line

@@ -61,6 +61,9 @@ private:
     const CliInvocation& invocation_;
     QSet<QString> shown_;
     std::shared_ptr<OutputNames> outputNames_ = std::make_shared<OutputNames>();
+    // The batch's progress as its engine reports it, for the words on an interrupted run.
+    std::shared_ptr<std::atomic_int> done_ = std::make_shared<std::atomic_int>(0);
+    std::shared_ptr<std::atomic_int> total_ = std::make_shared<std::atomic_int>(0);
 };
 
 }  // namespace pelorin::cli

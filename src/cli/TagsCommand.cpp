@@ -1,6 +1,6 @@
 #include "cli/TagsCommand.h"
 
-#include "audio/AudioEdits.h"
+#include "audio/AudioTagChanges.h"
 #include "audio/AudioRecord.h"
 #include "cli/CliOutput.h"
 #include "cli/CliValues.h"
@@ -16,55 +16,21 @@
 namespace pelorin::cli {
 namespace {
 
-struct Option {
-    const char* name;
-    AudioField field;
-};
-
-const Option kOptions[] = {
-    {"--title", AudioField::Title}, {"--subtitle", AudioField::Subtitle},
-    {"--album", AudioField::Album}, {"--artist", AudioField::Artist},
-    {"--track", AudioField::TrackNumber}, {"--composer", AudioField::Composer},
-    {"--record-date", AudioField::RecordDate}, {"--year", AudioField::Year},
-    {"--copyright", AudioField::Copyright}, {"--publisher", AudioField::Publisher},
-    {"--band", AudioField::Band}, {"--comments", AudioField::Comments},
-    {"--lyrics", AudioField::Lyrics},
-};
-
-QString recordText(const IKImageItem& r, AudioField field)
-{
-    switch (field) {
-    case AudioField::Title: return r.fileTitle;
-    case AudioField::Subtitle: return r.fileSubTitle;
-    case AudioField::Album: return r.fileAblumName;
-    case AudioField::Artist: return r.fileArist;
-    case AudioField::TrackNumber: return r.fileAlbumArist;
-    case AudioField::Composer: return r.fileComposer;
-    case AudioField::RecordDate: return r.shootDateStr;
-    case AudioField::Year: return r.fileReleasedYear;
-    case AudioField::Copyright: return r.fileCopyright;
-    case AudioField::Publisher: return r.filePublisher;
-    case AudioField::Band: return r.fileBand;
-    case AudioField::Comments: return r.fileComments;
-    case AudioField::Lyrics: return r.fileLyricist;
-    }
-    return {};
-}
-
 // Free-text fields take any text; numbers and dates are checked before any file is written.
-QString checkFieldValue(AudioField field, const QString& option, const QString& text)
+QString checkFieldValue(AudioValue kind, const QString& option, const QString& text)
 {
-    switch (field) {
-    case AudioField::TrackNumber: return checkOptionValue(ValueKind::TrackNumber, option, text);
-    case AudioField::Year: return checkOptionValue(ValueKind::Year, option, text);
-    case AudioField::RecordDate:
+    switch (kind) {
+    case AudioValue::TrackNumber: return checkOptionValue(ValueKind::TrackNumber, option, text);
+    case AudioValue::Year: return checkOptionValue(ValueKind::Year, option, text);
+    case AudioValue::RecordDate:
         // A recording date is a date and time, a day or only a year.
         if (checkOptionValue(ValueKind::Year, option, text).isEmpty()
             || checkOptionValue(ValueKind::Date, option, text).isEmpty())
             return {};
         return checkOptionValue(ValueKind::DateTime, option, text);
-    default: return {};
+    case AudioValue::Text: return {};
     }
+    return {};
 }
 
 QString itemText(const MediaMetadataItem& item)
@@ -82,6 +48,24 @@ bool holdsPicture(const AudioReading& reading, const QString& file)
     return !bytes.isEmpty() && buffer.open(QIODevice::ReadOnly) && QImageReader(&buffer).canRead();
 }
 
+// The field options, wrapped under the help's indent.
+QString fieldOptions()
+{
+    QString text;
+    qsizetype line = 8;
+    for (const AudioFieldSpec& spec : audioFieldSpecs()) {
+        const QString option = QString::fromLatin1(spec.option);
+        if (line + option.size() + 1 > 88) {
+            text.chop(1);
+            text += QStringLiteral("\n        ");
+            line = 8;
+        }
+        text += option + QLatin1Char(' ');
+        line += option.size() + 1;
+    }
+    return text.trimmed();
+}
+
 }  // namespace
 
 QString TagsCommand::summary() const
@@ -97,18 +81,18 @@ QString TagsCommand::help() const
         "       pelorin-cli tags remove FILE...\n"
         "\n"
         "show    prints each file's record fields, its audio properties and every tag item\n"
-        "        with its identifier (id3/TIT2, itsk/%A9nam, caaf/info-title, title, ...).\n"
+        "        with its identifier (id3/..., itsk/..., caaf/info-..., or the plain field name).\n"
         "set     writes a copy of each file into the output folder, in its own container, with\n"
         "        exactly the given fields changed; an empty TEXT removes the field. Every other\n"
-        "        frame, atom, chunk and picture is kept. FIELD is one of --title --subtitle\n"
-        "        --album --artist --track --composer --record-date --year --copyright\n"
-        "        --publisher --band --comments --lyrics. --track takes N or N/TOTAL (1 to 65535);\n"
-        "        a bare N keeps the total the file stores. --year takes YYYY or YYYY-MM-DD.\n"
-        "        A value that is out of range is an error and nothing is written.\n"
-        "        --created-date gives the copy that\n"
-        "        date (yyyy:MM:dd HH:mm:ss or yyyy-MM-dd HH:mm:ss); --artwork sets the front\n"
-        "        cover picture.\n"
-        "remove  writes a copy of each file without any tag or picture; the audio is unchanged.");
+        "        frame, atom, chunk and picture is kept. FIELD is one of\n"
+        "        %1.\n"
+        "        --track takes N or N/TOTAL (1 to 65535); a bare N keeps the total the file\n"
+        "        stores. --year takes YYYY or YYYY-MM-DD. A value that is out of range is an\n"
+        "        error and nothing is written. --created-date gives the copy that date\n"
+        "        (yyyy:MM:dd HH:mm:ss or yyyy-MM-dd HH:mm:ss); --artwork sets the front cover.\n"
+        "remove  writes a copy of each file without any tag or picture; the audio is unchanged.\n"
+        "Ctrl-C stops a batch after the file in hand and reports the files done.")
+        .arg(fieldOptions());
 }
 
 int TagsCommand::run(CliInvocation& invocation)
@@ -138,9 +122,9 @@ int TagsCommand::show(CliInvocation& invocation, const QStringList& files)
         const IKImageItem record = readAudioRecord(file, &problem, &reading, RecordPicture::Skipped);
         failed = failed || !problem.isEmpty();
         QJsonObject fields;
-        for (const AudioField field : allAudioFields())
-            if (const QString text = recordText(record, field); !text.isEmpty())
-                fields.insert(audioFieldName(field), text);
+        for (const AudioFieldSpec& spec : audioFieldSpecs())
+            if (const QString text = record.*spec.member; !text.isEmpty())
+                fields.insert(QString::fromLatin1(spec.name), text);
         QJsonArray items;
         for (const MediaMetadataItem& item : reading.items)
             items.append(QJsonObject{{QStringLiteral("identifier"), item.identifier},
@@ -177,10 +161,7 @@ int TagsCommand::show(CliInvocation& invocation, const QStringList& files)
 
 int TagsCommand::set(CliInvocation& invocation, const QStringList& args)
 {
-    QMap<AudioField, QString> values;
-    QString createdDate;
-    bool createdGiven = false;
-    QByteArray artwork;
+    AudioTagChanges changes;
     QStringList files;
     for (qsizetype i = 0; i < args.size(); ++i) {
         const QString& arg = args[i];
@@ -191,45 +172,26 @@ int TagsCommand::set(CliInvocation& invocation, const QStringList& args)
         if (i + 1 >= args.size())
             return usageError(invocation, name(), QStringLiteral("%1 needs a value").arg(arg));
         const QString value = args[++i];
-        const auto option = std::find_if(std::begin(kOptions), std::end(kOptions),
-                                         [&](const Option& o) { return arg == QLatin1String(o.name); });
-        if (option != std::end(kOptions)) {
-            if (const QString error = checkFieldValue(option->field, arg, value); !error.isEmpty())
+        if (const std::optional<AudioField> field = audioFieldOfOption(arg)) {
+            if (const QString error = checkFieldValue(audioFieldSpec(*field).value, arg, value); !error.isEmpty())
                 return usageError(invocation, name(), error);
-            values.insert(option->field, value);
+            changes.fields.insert(*field, value);
         } else if (arg == QLatin1String("--created-date")) {
             if (const QString error = checkOptionValue(ValueKind::DateTime, arg, value); !error.isEmpty())
                 return usageError(invocation, name(), error);
-            createdDate = value;
-            createdGiven = true;
+            changes.createdDate = value;
         } else if (arg == QLatin1String("--artwork")) {
-            QFile image(value);
-            if (!image.open(QIODevice::ReadOnly))
+            if (!QFileInfo(value).isFile() || !QFileInfo(value).isReadable())
                 return usageError(invocation, name(), QStringLiteral("cannot read %1").arg(value));
-            artwork = image.readAll();
+            changes.artworkPath = value;
         } else {
             return usageError(invocation, name(), QStringLiteral("unknown option %1").arg(arg));
         }
     }
     if (files.isEmpty())
         return usageError(invocation, name(), QStringLiteral("give at least one file"));
-    QList<AudioEdit> edits;
-    for (const QString& file : files) {
-        const IKImageItem record = readAudioRecord(file, nullptr, nullptr, RecordPicture::Skipped);
-        AudioEdit edit;
-        edit.sourcePath = file;
-        for (auto it = values.begin(); it != values.end(); ++it) {
-            edit.opening.insert(it.key(), recordText(record, it.key()));
-            edit.current.insert(it.key(), it.value());
-            (isFirstGroupField(it.key()) ? edit.basicInfoChange : edit.cameraInfoChange) = true;
-        }
-        edit.artwork = artwork;
-        edit.openingCreatedDate = record.fileCreateDateStr;
-        edit.createdDate = createdGiven ? createdDate : record.fileCreateDateStr;
-        edits.append(edit);
-    }
     CliReporter reporter(invocation);
-    return reporter.report(saveAudioEdits(edits, reporter.context()));
+    return reporter.report(saveAudioTags(files, changes, reporter.context()));
 }
 
 int TagsCommand::remove(CliInvocation& invocation, const QStringList& files)

@@ -1,5 +1,4 @@
 #include "AudioTestSupport.h"
-#include "audio/AudioEdits.h"
 #include "audio/AudioExports.h"
 #include "model/PropertyList.h"
 
@@ -50,12 +49,9 @@ TEST(AudioExportTest, ArtworkIsWrittenAsJpegUnderTheFullFileName)
 
     for (const char* format : {"JPEG", "PNG"}) {
         const QByteArray picture = encoded(format);
-        AudioEdit edit;
-        edit.sourcePath = dataPath(QStringLiteral("mutagen-no-tags.mp3"));
-        edit.artwork = picture;
         CommandContext staging;
         staging.storageFolder = dir.filePath(QString::fromLatin1(format));
-        ASSERT_TRUE(saveAudioEdits(edit, staging).succeeded());
+        ASSERT_TRUE(test::saveSongTags(dataPath(QStringLiteral("mutagen-no-tags.mp3")), {}, staging, picture).succeeded());
         const CommandResult result =
             exportAudioArtwork({staging.storageFolder + QStringLiteral("/mutagen-no-tags.mp3")}, context);
         ASSERT_EQ(result.written.size(), 1);
@@ -74,17 +70,13 @@ TEST(AudioExportTest, MetadataPlistHoldsSetEntriesAndTheLaterOfTwoNames)
     CommandContext context;
     context.storageFolder = dir.filePath(QStringLiteral("out"));
     // A second file of the same name with a different title, listed later.
-    AudioEdit edit;
-    edit.sourcePath = dataPath(QStringLiteral("atl-id3v23_utf16_apic.mp3"));
-    edit.opening = {{AudioField::Title, QStringLiteral("aa父bb")}};
-    edit.current = {{AudioField::Title, QStringLiteral("later")}};
-    edit.basicInfoChange = true;
+    const QString source = dataPath(QStringLiteral("atl-id3v23_utf16_apic.mp3"));
     CommandContext staging;
     staging.storageFolder = dir.filePath(QStringLiteral("staging"));
-    ASSERT_TRUE(saveAudioEdits(edit, staging).succeeded());
+    ASSERT_TRUE(test::saveSongTags(source, {{AudioField::Title, QStringLiteral("later")}}, staging).succeeded());
 
     const CommandResult result = exportAudioMetadata(
-        {edit.sourcePath, staging.storageFolder + QStringLiteral("/atl-id3v23_utf16_apic.mp3"),
+        {source, staging.storageFolder + QStringLiteral("/atl-id3v23_utf16_apic.mp3"),
          dataPath(QStringLiteral("mutagen-no-tags.mp3"))},
         context);
     ASSERT_TRUE(result.succeeded());

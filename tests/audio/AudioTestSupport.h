@@ -2,6 +2,7 @@
 
 #include "EncodedPicture.h"
 #include "TestPaths.h"
+#include "audio/AudioTagChanges.h"
 #include "model/CommandContext.h"
 
 #include <QBuffer>
@@ -52,6 +53,27 @@ inline QString mutagen(const QString& script, const QString& path)
 
 // A small PNG picture, as artwork to write.
 inline QByteArray smallPng() { return plainPicture(8, 6, Qt::red, "PNG"); }
+
+// Saves one song with the given field texts and, when given, the picture bytes as its front
+// cover (written to a file beside the storage folder first, as the user would pick one).
+inline CommandResult saveSongTags(const QString& source, const QMap<AudioField, QString>& fields,
+                                  const CommandContext& context, const QByteArray& artwork = {},
+                                  std::optional<QString> createdDate = std::nullopt)
+{
+    AudioTagChanges changes;
+    changes.fields = fields;
+    changes.createdDate = std::move(createdDate);
+    if (!artwork.isEmpty()) {
+        changes.artworkPath = context.storageFolder + QStringLiteral("-artwork");
+        QFile file(changes.artworkPath);
+        if (!file.open(QIODevice::WriteOnly) || file.write(artwork) != artwork.size()) {
+            CommandResult failed;
+            failed.skip(source, QStringLiteral("cannot write the test picture"));
+            return failed;
+        }
+    }
+    return saveAudioTags({source}, changes, context);
+}
 
 // A test with its own storage folder, where each output takes its source's name.
 class AudioStorageTest : public ::testing::Test {

@@ -3,7 +3,7 @@
 // by mutagen.
 #include "ToolRun.h"
 #include "AudioTestSupport.h"
-#include "audio/AudioEdits.h"
+#include "audio/AudioTagChanges.h"
 #include "audio/AudioRecord.h"
 
 #include <QDir>
@@ -50,12 +50,7 @@ protected:
     }
     CommandResult setTrack(const QString& source, const QString& text) const
     {
-        AudioEdit edit;
-        edit.sourcePath = source;
-        edit.opening.insert(AudioField::TrackNumber, readAudioRecord(source).fileAlbumArist);
-        edit.current.insert(AudioField::TrackNumber, text);
-        edit.basicInfoChange = true;
-        return saveAudioEdits(edit, context());
+        return test::saveSongTags(source, {{AudioField::TrackNumber, text}}, context());
     }
 };
 
@@ -151,7 +146,7 @@ TEST_F(AudioTrackAndReadBackTest, OutputsWithoutAudioAreNeverLinkedIntoPlace)
         ASSERT_TRUE(file.resize(keep)) << c.file.toStdString();
 
         for (const bool remove : {true, false}) {
-            const CommandResult result = remove ? removeAudioTags(source, context()) : setTrack(source, QStringLiteral("2"));
+            const CommandResult result = remove ? removeAudioTags({source}, context()) : setTrack(source, QStringLiteral("2"));
             EXPECT_TRUE(result.written.isEmpty()) << c.file.toStdString() << " remove=" << remove;
             EXPECT_EQ(result.skipped.size(), 1) << c.file.toStdString() << " remove=" << remove;
             EXPECT_TRUE(storedFiles().isEmpty()) << c.file.toStdString() << ": " << storedFiles().join(QLatin1Char(' ')).toStdString();
@@ -185,7 +180,7 @@ TEST_F(AudioTrackAndReadBackTest, M4aThatTagLibWouldSaveWithALossIsRefused)
         EXPECT_TRUE(storedFiles().isEmpty()) << storedFiles().join(QLatin1Char(' ')).toStdString();
     }
     // Removing every tag loses nothing the user keeps, so the Gracenote item may go.
-    EXPECT_TRUE(removeAudioTags(gracenote, context()).succeeded());
+    EXPECT_TRUE(removeAudioTags({gracenote}, context()).succeeded());
 }
 
 TEST_F(AudioTrackAndReadBackTest, WmaWithABrokenHeaderIsRefused)
@@ -208,7 +203,7 @@ TEST_F(AudioTrackAndReadBackTest, WmaWithABrokenHeaderIsRefused)
                   broken);
     for (const QString& source : {broken, test::dataPath(QStringLiteral("mm-CWE-835.wma"))}) {
         for (const bool remove : {false, true}) {
-            const CommandResult result = remove ? removeAudioTags(source, context()) : setTrack(source, QStringLiteral("2"));
+            const CommandResult result = remove ? removeAudioTags({source}, context()) : setTrack(source, QStringLiteral("2"));
             ASSERT_EQ(result.skipped.size(), 1) << source.toStdString();
             EXPECT_TRUE(result.skipped.first().reason.contains(QLatin1String("invalid size (0)")))
                 << result.skipped.first().reason.toStdString();
@@ -223,7 +218,7 @@ TEST_F(AudioTrackAndReadBackTest, WholeFilesStillPassTheReadBack)
     for (const QString& name : {QStringLiteral("whole.mp3"), QStringLiteral("whole.flac"), QStringLiteral("whole.wav"),
                                 QStringLiteral("whole.m4a"), QStringLiteral("whole.ogg"), QStringLiteral("whole.aiff")}) {
         const QString source = tone(name);
-        const CommandResult removed = removeAudioTags(source, context());
+        const CommandResult removed = removeAudioTags({source}, context());
         ASSERT_TRUE(removed.succeeded()) << name.toStdString() << ": " << removed.skipped.value(0).reason.toStdString();
         EXPECT_EQ(test::audioStreamHash(output(source)), test::audioStreamHash(source)) << name.toStdString();
         EXPECT_EQ(test::mutagen(QStringLiteral("import sys, mutagen\nprint(mutagen.File(sys.argv[1]).info.channels)"),

@@ -4,7 +4,7 @@
 // or ffprobe.
 #include "AudioTestSupport.h"
 #include "QtPrinters.h"
-#include "audio/AudioEdits.h"
+#include "audio/AudioTagChanges.h"
 
 #include <QBuffer>
 #include <QDir>
@@ -21,20 +21,12 @@ class AudioUncommonFilesWritingTest : public test::AudioStorageTest {
 protected:
     CommandResult setTitle(const QString& source, const QString& title)
     {
-        AudioEdit edit;
-        edit.sourcePath = source;
-        edit.opening.insert(AudioField::Title, QString());
-        edit.current.insert(AudioField::Title, title);
-        edit.basicInfoChange = true;
-        return saveAudioEdits(edit, context());
+        return test::saveSongTags(source, {{AudioField::Title, title}}, context());
     }
 
     CommandResult setArtwork(const QString& source, const QByteArray& image)
     {
-        AudioEdit edit;
-        edit.sourcePath = source;
-        edit.artwork = image;
-        return saveAudioEdits(edit, context());
+        return test::saveSongTags(source, {}, context(), image);
     }
 
     QString writable(const QString& name)
@@ -102,7 +94,7 @@ TEST_F(AudioUncommonFilesWritingTest, WaveVariantsWithoutAWriterAreRefusedByName
                  {rf64, "RF64"}};
     for (const auto& c : cases) {
         ASSERT_TRUE(QFileInfo::exists(c.path)) << c.path.toStdString();
-        for (const CommandResult& result : {setTitle(c.path, QStringLiteral("T")), removeAudioTags(c.path, context())}) {
+        for (const CommandResult& result : {setTitle(c.path, QStringLiteral("T")), removeAudioTags({c.path}, context())}) {
             ASSERT_EQ(result.skipped.size(), 1) << c.path.toStdString();
             EXPECT_TRUE(result.skipped.front().reason.contains(QLatin1String(c.name))) << result.skipped.front().reason.toStdString();
             EXPECT_TRUE(result.written.isEmpty());
@@ -137,7 +129,7 @@ TEST_F(AudioUncommonFilesWritingTest, WmaArtworkIsWrittenAndRemovalTakesThePictu
     }
 
     QDir(storage()).removeRecursively();
-    ASSERT_TRUE(removeAudioTags(source, context()).succeeded());
+    ASSERT_TRUE(removeAudioTags({source}, context()).succeeded());
     EXPECT_EQ(test::mutagen(pictures, output(source)), QStringLiteral("title="));
 }
 
@@ -224,7 +216,7 @@ TEST_F(AudioUncommonFilesWritingTest, RemovalBlanksBroadcastWaveTextsButKeepsThe
     const QString bext = dataPath(QStringLiteral("atl-bext_info_id3.wav"));
     const QString timeReference = exiftoolText({QStringLiteral("-s3"), QStringLiteral("-RIFF:TimeReference"), bext});
     ASSERT_FALSE(timeReference.isEmpty());
-    ASSERT_TRUE(removeAudioTags(bext, context()).succeeded());
+    ASSERT_TRUE(removeAudioTags({bext}, context()).succeeded());
     EXPECT_EQ(test::runTool(QStringLiteral("ffprobe"),
                             {QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-show_entries"),
                              QStringLiteral("format_tags=comment,date,encoded_by,originator_reference,umid,title"),
@@ -238,7 +230,7 @@ TEST_F(AudioUncommonFilesWritingTest, RemovalBlanksBroadcastWaveTextsButKeepsThe
 
     const QString cart = dataPath(QStringLiteral("atl-cart.wav"));
     ASSERT_EQ(riffChunks(cart), QStringLiteral("fmt ,data,_PMX,cart"));
-    ASSERT_TRUE(removeAudioTags(cart, context()).succeeded());
+    ASSERT_TRUE(removeAudioTags({cart}, context()).succeeded());
     EXPECT_EQ(riffChunks(output(cart)), QStringLiteral("fmt ,data"));
 }
 
@@ -257,7 +249,7 @@ TEST_F(AudioUncommonFilesWritingTest, RemovalTakesTheApeTagOfMonkeysAudioAndWavP
                                            "print(f.tags is not None and len(f.tags) > 0)\n");
     for (const QString& source : {dataPath(QStringLiteral("beets-full.ape")), wavpack}) {
         ASSERT_EQ(test::mutagen(hasTags, source), QStringLiteral("True")) << source.toStdString();
-        ASSERT_TRUE(removeAudioTags(source, context()).succeeded()) << source.toStdString();
+        ASSERT_TRUE(removeAudioTags({source}, context()).succeeded()) << source.toStdString();
         EXPECT_EQ(test::mutagen(hasTags, output(source)), QStringLiteral("False")) << source.toStdString();
         // Decoded: ffmpeg counts a Monkey's Audio file's trailing tag into its last packet.
         EXPECT_EQ(decodedAudioHash(output(source)), decodedAudioHash(source)) << source.toStdString();

@@ -1,7 +1,7 @@
 #include "AudioTestSupport.h"
 #include "ExifTool.h"
 #include "QtPrinters.h"
-#include "audio/AudioEdits.h"
+#include "audio/AudioTagChanges.h"
 #include "audio/AudioRecord.h"
 #include "model/FileDates.h"
 
@@ -33,16 +33,7 @@ protected:
     CommandResult setField(const QString& name, AudioField field, const QString& text,
                            const QByteArray& artwork = {})
     {
-        const QString source = dataPath(name);
-        const IKImageItem record = readAudioRecord(source);
-        AudioEdit edit;
-        edit.sourcePath = source;
-        edit.opening.insert(field, field == AudioField::Title ? record.fileTitle : QString());
-        edit.current.insert(field, text);
-        edit.basicInfoChange = isFirstGroupField(field);
-        edit.cameraInfoChange = !isFirstGroupField(field);
-        edit.artwork = artwork;
-        return saveAudioEdits(edit, context());
+        return test::saveSongTags(dataPath(name), {{field, text}}, context(), artwork);
     }
 };
 
@@ -125,11 +116,7 @@ TEST_F(AudioWritingTest, FlacKeepsOtherCommentsAndPictures)
                        "print(sorted((k, v) for k, v in (x.tags or []) if k.upper() != 'COMMENT'))\n"
                        "print([(p.type, p.mime, len(p.data)) for p in x.pictures])\n"
                        "print(x.get('comment'))\n";
-    AudioEdit edit;
-    edit.sourcePath = titled;
-    edit.current = {{AudioField::Comments, QStringLiteral("new comment")}};
-    edit.cameraInfoChange = true;
-    ASSERT_TRUE(saveAudioEdits(edit, context()).succeeded());
+    ASSERT_TRUE(test::saveSongTags(titled, {{AudioField::Comments, QStringLiteral("new comment")}}, context()).succeeded());
     const QStringList before = test::mutagen(QString::fromLatin1(dump), titled).split('\n');
     const QString out = output(QStringLiteral("titled.flac"));
     const QStringList after = test::mutagen(QString::fromLatin1(dump), out).split('\n');
@@ -141,16 +128,10 @@ TEST_F(AudioWritingTest, FlacKeepsOtherCommentsAndPictures)
     EXPECT_EQ(after[2], QStringLiteral("['new comment']"));
 }
 
-TEST_F(AudioWritingTest, EmptiedFieldIsRemovedAndUnflaggedGroupIsLeftAlone)
+TEST_F(AudioWritingTest, EmptiedFieldIsRemovedAndUnnamedFieldsAreLeftAlone)
 {
     const QString name = QStringLiteral("atl-id3v23_utf16_apic.mp3");
-    const QString source = dataPath(name);
-    AudioEdit edit;
-    edit.sourcePath = source;
-    edit.opening = {{AudioField::Band, QStringLiteral("aaᱬbb")}, {AudioField::Title, QStringLiteral("aa父bb")}};
-    edit.current = {{AudioField::Band, QString()}, {AudioField::Title, QStringLiteral("ignored")}};
-    edit.cameraInfoChange = true;  // band's group only
-    ASSERT_TRUE(saveAudioEdits(edit, context()).succeeded());
+    ASSERT_TRUE(test::saveSongTags(dataPath(name), {{AudioField::Band, QString()}}, context()).succeeded());
     const IKImageItem r = readAudioRecord(output(name));
     EXPECT_TRUE(r.fileBand.isEmpty());
     EXPECT_EQ(r.fileTitle, QStringLiteral("aa父bb"));
@@ -177,7 +158,7 @@ TEST_F(AudioWritingTest, RemovalLeavesNoTagAndTheSameAudio)
     for (const char* file : {"atl-id3v23_utf16_apic.mp3", "beets-image.flac", "atl-audacity_info_id3.wav",
                              "atl-aifc_ANNO_id3.aif", "beets-image.m4a", "atl-lpcm.caf"}) {
         const QString name = QString::fromLatin1(file);
-        const CommandResult result = removeAudioTags(dataPath(name), context());
+        const CommandResult result = removeAudioTags({dataPath(name)}, context());
         ASSERT_TRUE(result.succeeded()) << file;
         AudioReading reading;
         const IKImageItem r = readAudioRecord(output(name), nullptr, &reading);
@@ -201,31 +182,30 @@ TEST_F(AudioWritingTest, DryRunPlansAndWritesNothing)
 {
     CommandContext c = context();
     c.dryRun = true;
-    AudioEdit edit;
-    edit.sourcePath = dataPath(QStringLiteral("beets-image.flac"));
-    edit.opening = {{AudioField::Title, QStringLiteral("old")}};
-    edit.current = {{AudioField::Title, QStringLiteral("new")}};
-    edit.basicInfoChange = true;
-    const CommandResult result = saveAudioEdits(edit, c);
+    const QString source = dataPath(QStringLiteral("beets-image.flac"));
+    // The plan shows the stored text; removing a field the song does not hold is no change.
+    const CommandResult result = test::saveSongTags(
+        source, {{AudioField::Title, QStringLiteral("new")}, {AudioField::Artist, QString()}}, c);
     ASSERT_GE(result.planned.size(), 2);  // the title, then the output's dates
     EXPECT_EQ(result.planned.first().property, QStringLiteral("title"));
+    EXPECT_EQ(result.planned.first().before, readAudioRecord(source).fileTitle);
     EXPECT_EQ(result.planned.first().after, QStringLiteral("new"));
+    for (const PlannedChange& change : result.planned)
+        EXPECT_NE(change.property, QStringLiteral("artist"));
     EXPECT_FALSE(QFileInfo::exists(storage()));
-    EXPECT_TRUE(removeAudioTags(edit.sourcePath, c).written.isEmpty());
+    EXPECT_TRUE(removeAudioTags({source}, c).written.isEmpty());
     EXPECT_FALSE(QFileInfo::exists(storage()));
 }
 
 TEST_F(AudioWritingTest, CreatedDateTextDatesTheOutputAndBadFilesAreSkipped)
 {
-    AudioEdit edit;
-    edit.sourcePath = dataPath(QStringLiteral("beets-image.m4a"));
-    edit.createdDate = QStringLiteral("2020:01:02 03:04:05");
-    const CommandResult result = saveAudioEdits(edit, context());
+    const QString created = QStringLiteral("2020:01:02 03:04:05");
+    const CommandResult result = test::saveSongTags(dataPath(QStringLiteral("beets-image.m4a")), {}, context(), {}, created);
     ASSERT_TRUE(result.succeeded());
     const QDateTime modified = readFileDates(output(QStringLiteral("beets-image.m4a"))).modified.toLocalTime();
-    EXPECT_EQ(modified.toString(QStringLiteral("yyyy:MM:dd HH:mm:ss")), edit.createdDate);
+    EXPECT_EQ(modified.toString(QStringLiteral("yyyy:MM:dd HH:mm:ss")), created);
 
-    const CommandResult bad = removeAudioTags(dataPath(QStringLiteral("mde-Mp3Reader_6bytes.mp3")), context());
+    const CommandResult bad = removeAudioTags({dataPath(QStringLiteral("mde-Mp3Reader_6bytes.mp3"))}, context());
     ASSERT_EQ(bad.skipped.size(), 1);
     EXPECT_FALSE(bad.skipped.first().reason.isEmpty());
     EXPECT_FALSE(QFileInfo::exists(output(QStringLiteral("mde-Mp3Reader_6bytes.mp3"))));

@@ -2,7 +2,7 @@
 // frame by frame (no translation between the versions, so each frame is seen as stored).
 #include "AudioTestSupport.h"
 #include "QtPrinters.h"
-#include "audio/AudioEdits.h"
+#include "audio/AudioTagChanges.h"
 #include "audio/AudioRecord.h"
 
 #include <QDir>
@@ -60,15 +60,11 @@ protected:
     // Saves one changed field into the storage folder and returns the output's frames.
     QString edit(const QString& source, AudioField field, const QString& text)
     {
-        AudioEdit change;
-        change.sourcePath = source;
-        change.opening.insert(field, QStringLiteral("<before>"));
-        change.current.insert(field, text);
-        change.basicInfoChange = isFirstGroupField(field);
-        change.cameraInfoChange = !isFirstGroupField(field);
+        AudioTagChanges changes;
+        changes.fields.insert(field, text);
         CommandContext context;
         context.storageFolder = storage();
-        const CommandResult result = saveAudioEdits(change, context);
+        const CommandResult result = saveAudioTags({source}, changes, context);
         if (!result.succeeded())
             return QStringLiteral("skipped: ") + result.skipped.value(0).reason;
         return frames(result.written.value(0));

@@ -3,7 +3,7 @@
 #include "AudioTestSupport.h"
 #include "ExifTool.h"
 #include "ToolMovies.h"
-#include "audio/AudioEdits.h"
+#include "audio/AudioTagChanges.h"
 #include "audio/AudioRecord.h"
 
 #include <QTemporaryDir>
@@ -27,12 +27,9 @@ TEST(M4aKeys, AnEditChangesOneKeyAndKeepsEveryOther)
     CommandContext context;
     context.storageFolder = dir.filePath(QStringLiteral("out"));
     const QString output = context.storageFolder + QStringLiteral("/keys.m4a");
-    AudioEdit edit;
-    edit.sourcePath = source;
-    edit.opening = {{AudioField::Album, QString()}, {AudioField::Comments, QStringLiteral("C")}};
-    edit.current = {{AudioField::Album, QStringLiteral("X")}, {AudioField::Comments, QString()}};
-    edit.basicInfoChange = edit.cameraInfoChange = true;
-    const CommandResult result = saveAudioEdits(edit, context);
+    AudioTagChanges changes;
+    changes.fields = {{AudioField::Album, QStringLiteral("X")}, {AudioField::Comments, QString()}};
+    const CommandResult result = saveAudioTags({source}, changes, context);
     ASSERT_TRUE(result.succeeded()) << result.skipped.value(0).reason.toStdString();
 
     const QMap<QString, QString> before = test::ffprobeTags(source);
@@ -52,7 +49,7 @@ TEST(M4aKeys, AnEditChangesOneKeyAndKeepsEveryOther)
 
     // Removal clears the keys along with their values.
     context.outputNames = std::make_shared<OutputNames>();  // a second command on the same name
-    ASSERT_TRUE(removeAudioTags(source, context).succeeded());
+    ASSERT_TRUE(removeAudioTags({source}, context).succeeded());
     const QMap<QString, QString> removed = test::ffprobeTags(output);
     EXPECT_FALSE(removed.contains("title") || removed.contains("artist") || removed.contains("encoder"));
     EXPECT_EQ(test::mutagen("import sys, mutagen.mp4 as m; print(len(m.MP4(sys.argv[1]).tags or []))", output), "0");

@@ -2,7 +2,7 @@
 // gives items or a problem, and an edit of both field groups (or a removal of every tag) either
 // refuses with a reason, leaving nothing behind, or writes a file our reader opens again.
 #include "FuzzScratch.h"
-#include "audio/AudioEdits.h"
+#include "audio/AudioTagChanges.h"
 #include "audio/AudioItems.h"
 
 #include <cstdint>
@@ -48,23 +48,19 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
     CommandContext context;
     context.storageFolder = scratch.outputFolder();
-    AudioEdit edit;
-    edit.sourcePath = input;
-    edit.current = {{AudioField::Title, QStringLiteral("Harbour")},
+    AudioTagChanges changes;
+    changes.fields = {{AudioField::Title, QStringLiteral("Harbour")},
                     {AudioField::Artist, QStringLiteral("Jane")},
                     {AudioField::TrackNumber, QStringLiteral("3")},
                     {AudioField::Year, QStringLiteral("2021")},
                     {AudioField::Comments, QString()}};
-    edit.opening = {{AudioField::Comments, QStringLiteral("old")}};
-    edit.basicInfoChange = true;
-    edit.cameraInfoChange = true;
-    const CommandResult saved = saveAudioEdits(edit, context);
+    const CommandResult saved = saveAudioTags({input}, changes, context);
     checkWritten(scratch, saved);
     for (const QString& path : saved.written)
         QFile::remove(path);
 
     CommandContext removal;
     removal.storageFolder = scratch.outputFolder();
-    checkWritten(scratch, removeAudioTags(input, removal));
+    checkWritten(scratch, removeAudioTags({input}, removal));
     return 0;
 }

@@ -47,14 +47,6 @@ QPushButton* push(QWidget* parent, const char* name)
     return child<QPushButton>(parent, name);
 }
 
-void saveScreenshot(QWidget* widget, const QString& name)
-{
-    widget->show();
-    QApplication::processEvents();
-    QVERIFY(QDir().mkpath(QStringLiteral(PELORIN_SCREENSHOT_DIR)));
-    QVERIFY(widget->grab().save(QStringLiteral(PELORIN_SCREENSHOT_DIR "/") + name));
-}
-
 PreferenceValues sampleValues()
 {
     PreferenceValues v;
@@ -124,7 +116,6 @@ private slots:
     void editorButtonsEmit();
     void editorLongTextsStayInsidePanel();
 
-    void screenshots();
 };
 
 void DialogsTest::spanFieldsReadLeadingDigits_data()
@@ -558,48 +549,6 @@ void DialogsTest::editorLongTextsStayInsidePanel()
              qPrintable(QStringLiteral("%1 > %2").arg(needed).arg(scroll->viewport()->width())));
     QCOMPARE(panel.width(), 420);
     QCOMPARE(panel.texts().fileName, texts.fileName);
-}
-
-void DialogsTest::screenshots()
-{
-    const QString photoPath = test::dataPath(kPhoto);
-    const QImage photo(photoPath);
-    QVERIFY(!photo.isNull());
-    const PhotoDateTexts dates = readPhotoDateTexts(photoPath);
-
-    PreferencesDialog preferences;
-    PreferenceValues values = sampleValues();
-    values.fontName = QStringLiteral("Lucida Grande");
-    values.fontSize = 14;
-    preferences.showValues(values, QColor(255, 149, 0));
-    saveScreenshot(&preferences, QStringLiteral("preferences.png"));
-
-    DateDialog date;
-    date.setPhoto(photo, kPhoto);
-    date.setDates(dates);
-    saveScreenshot(&date, QStringLiteral("date-dialog.png"));
-
-    BatchDateDialog batch;
-    batch.setReferencePhoto(photoPath, photo, dates);
-    edit(&batch, "hourVaulab")->setText("2");
-    push(&batch, "AddTimeBtn")->click();
-    saveScreenshot(&batch, QStringLiteral("batch-date-dialog.png"));
-
-    GpsDialog gps;
-    gps.setInput({"36.4555", "-116.8662", "-58", "2019:05:06", "14:08:09"});
-    gps.showPreviewCoordinate(36.4555, -116.8662);
-    saveScreenshot(&gps, QStringLiteral("gps-dialog.png"));
-
-    PhotoEditorPanel panel;
-    const PhotoProperties read = readPhotoProperties(photoPath);
-    QVERIFY2(read.ok(), qPrintable(read.error));
-    const QFileInfo info(photoPath);
-    const PhotoEditorFill fill = fillPhotoEditorFields(
-        read.properties, {kPhoto, info.birthTime(), info.lastModified(), info.size()});
-    panel.setTexts(fill.fields);
-    panel.setPreview(photo);
-    panel.resize(420, 1000);
-    saveScreenshot(&panel, QStringLiteral("photo-editor-panel.png"));
 }
 
 QTEST_MAIN(DialogsTest)

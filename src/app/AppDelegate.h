@@ -1,7 +1,7 @@
 #pragma once
 #include "app/CommandRunner.h"
 #include "app/FilePanels.h"
-#include "app/ImportRecords.h"
+#include "media/ImportRecords.h"
 #include "model/IKImageItem.h"
 #include "model/PhotoSelection.h"
 #include "photo/PhotoEditorFields.h"

@@ -8,7 +8,7 @@
 #include "app/PhotoBrowserModel.h"
 #include "app/PhotoEditorPanel.h"
 #include "app/TaskStatusBar.h"
-#include "audio/AudioTagChanges.h"
+#include "media/MediaRemoval.h"
 #include "audio/AudioExports.h"
 #include "model/FileKinds.h"
 #include "model/SafeOutput.h"
@@ -157,24 +157,8 @@ void ImportActions::RemoveAllMediaFileAction()
 
 void ImportActions::removeMediaMetadata(const QStringList& paths)
 {
-    app_.runCommand(QStringLiteral("Strip media metadata"), [paths](const CommandContext& context) {
-        CommandResult result;
-        QStringList songs, movies;
-        for (const QString& path : paths) {
-            const QString extension = pathExtension(path);
-            if (isAudioExtension(extension))
-                songs.append(path);
-            else if (isVideoExtension(extension))
-                movies.append(path);
-            else
-                result.skip(path, QStringLiteral("not an audio or movie file; photos are stripped from the photo pane"));
-        }
-        if (!songs.isEmpty())
-            result.merge(removeAudioTags(songs, context));
-        if (!movies.isEmpty() && !context.isCancelled())
-            result.merge(removeMovieMetadata(movies, context));
-        return result;
-    });
+    app_.runCommand(QStringLiteral("Strip media metadata"),
+                    [paths](const CommandContext& context) { return pelorin::removeMediaMetadata(paths, context); });
 }
 
 void ImportActions::exportArtworkAction()

@@ -1,5 +1,5 @@
 #pragma once
-#include "app/ImportRecords.h"
+#include "media/ImportRecords.h"
 
 #include <QList>
 #include <QObject>

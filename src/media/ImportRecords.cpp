@@ -1,4 +1,4 @@
-#include "app/ImportRecords.h"
+#include "media/ImportRecords.h"
 
 #include "photo/PhotoArtist.h"
 

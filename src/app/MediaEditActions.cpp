@@ -109,11 +109,11 @@ void MediaEditActions::ShowVideoViewWithItem(int row)
     audioView_->playerBar()->pause();
     const IKImageItem& item = app_.localPhotoItemArray()->item(row);
     videoView_->showItem(item);
-    const MovieEditorFields fields = MovieEditorFields::fromItem(item);
+    const QStringList location = movieEditorTexts(item, MovieField::Location);
     bool latitudeOk = false;
     bool longitudeOk = false;
-    const double latitude = fields.latitude.toDouble(&latitudeOk);
-    const double longitude = fields.longitude.toDouble(&longitudeOk);
+    const double latitude = location.value(0).toDouble(&latitudeOk);
+    const double longitude = location.value(1).toDouble(&longitudeOk);
     if (latitudeOk && longitudeOk && (latitude != 0.0 || longitude != 0.0))
         videoMap_->showCoordinate(latitude, longitude);
     else
@@ -190,16 +190,11 @@ void MediaEditActions::SaveMeidaFileChangesAction()
         audioTemplate.createdDate = audioView_->createdDate();
         audioArtworkPath = audioView_->droppedArtworkPath();
     }
-    MovieFieldEdits movieEdits;
-    if (videoOpen) {
-        movieEdits = movieEditsFromEditor(videoView_->shownFields(), videoView_->oldFields(), videoView_->editFlags());
-        if (!videoView_->droppedArtworkPath().isEmpty())
-            movieEdits.artworkPath = videoView_->droppedArtworkPath();
-    }
+    const MovieChanges movieChanges = videoOpen ? videoView_->changes() : MovieChanges();
     const QString editorKind = audioOpen ? QStringLiteral("audio") : QStringLiteral("movie");
     app_.runCommand(
         QStringLiteral("Save Media Changes"),
-        [audioFiles, movieFiles, others, audioTemplate, audioArtworkPath, movieEdits,
+        [audioFiles, movieFiles, others, audioTemplate, audioArtworkPath, movieChanges,
          editorKind](const CommandContext& context) {
             CommandResult result;
             for (const QString& path : others)
@@ -225,7 +220,7 @@ void MediaEditActions::SaveMeidaFileChangesAction()
             if (!edits.isEmpty())
                 result.merge(saveAudioEdits(edits, songs));
             if (!movieFiles.isEmpty() && !context.isCancelled())
-                result.merge(saveMovieFields(movieFiles, movieEdits, context));
+                result.merge(saveMovieFields(movieFiles, movieChanges, context));
             return result;
         });
 }

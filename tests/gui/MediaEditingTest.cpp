@@ -319,7 +319,7 @@ private slots:
         if (auto* scroll = editor->findChild<QScrollArea*>())
             scroll->ensureWidgetVisible(editor->mapArea());
         QTest::qWait(150);
-        QVERIFY(app_->window()->grab().save(screenshotPath(QStringLiteral("video-editor.png"))));
+        QVERIFY(app_->window()->grab().save(screenshotPath(QStringLiteral("window-video-editor-location.png"))));
         save();
         const QJsonObject tags = test::exiftool(output(name));
         QString coordinates;

@@ -71,11 +71,11 @@ int main(int argc, char** argv)
         setOutputChecksForMeasurement(checks);
         CommandContext context;
         context.storageFolder = dir.filePath(QStringLiteral("ours%1").arg(run++));
-        MovieFieldEdits edits;
-        edits.title = QStringLiteral("Benchmark title");
+        MovieChanges changes;
+        changes.texts[MovieField::Title] = QStringLiteral("Benchmark title");
         QElapsedTimer timer;
         timer.start();
-        succeeded = saveMovieFields({source}, edits, context).succeeded() && succeeded;
+        succeeded = saveMovieFields({source}, changes, context).succeeded() && succeeded;
         QProcess::execute(QStringLiteral("sync"), {});
         const double taken = seconds(timer);
         setOutputChecksForMeasurement(true);

@@ -108,11 +108,11 @@ void MediaEditActions::ShowVideoViewWithItem(int row)
     audioView_->playerBar()->pause();
     const IKImageItem& item = app_.localPhotoItemArray()->item(row);
     videoView_->showItem(item);
-    const MovieEditorFields fields = MovieEditorFields::fromItem(item);
+    const QStringList location = movieEditorTexts(item, MovieField::Location);
     bool latitudeOk = false;
     bool longitudeOk = false;
-    const double latitude = fields.latitude.toDouble(&latitudeOk);
-    const double longitude = fields.longitude.toDouble(&longitudeOk);
+    const double latitude = location.value(0).toDouble(&latitudeOk);
+    const double longitude = location.value(1).toDouble(&longitudeOk);
     if (latitudeOk && longitudeOk && (latitude != 0.0 || longitude != 0.0))
         videoMap_->showCoordinate(latitude, longitude);
     else
@@ -179,16 +179,11 @@ void MediaEditActions::SaveMeidaFileChangesAction()
     }
     // The open editor's changes, taken now: the user may go on typing while the save runs.
     const AudioTagChanges audioChanges = audioOpen ? audioView_->changes() : AudioTagChanges();
-    MovieFieldEdits movieEdits;
-    if (videoOpen) {
-        movieEdits = movieEditsFromEditor(videoView_->shownFields(), videoView_->oldFields(), videoView_->editFlags());
-        if (!videoView_->droppedArtworkPath().isEmpty())
-            movieEdits.artworkPath = videoView_->droppedArtworkPath();
-    }
+    const MovieChanges movieChanges = videoOpen ? videoView_->changes() : MovieChanges();
     const QString editorKind = audioOpen ? QStringLiteral("audio") : QStringLiteral("movie");
     app_.runCommand(
         QStringLiteral("Save Media Changes"),
-        [audioFiles, movieFiles, others, audioChanges, movieEdits, editorKind](const CommandContext& context) {
+        [audioFiles, movieFiles, others, audioChanges, movieChanges, editorKind](const CommandContext& context) {
             CommandResult result;
             for (const QString& path : others)
                 result.skip(path, QStringLiteral("the open editor edits %1 files; open this one in its own editor")
@@ -200,7 +195,7 @@ void MediaEditActions::SaveMeidaFileChangesAction()
             if (!audioFiles.isEmpty())
                 result.merge(saveAudioTags(audioFiles, audioChanges, songs));
             if (!movieFiles.isEmpty() && !context.isCancelled())
-                result.merge(saveMovieFields(movieFiles, movieEdits, context));
+                result.merge(saveMovieFields(movieFiles, movieChanges, context));
             return result;
         });
 }

@@ -2,8 +2,9 @@
 
 #include "app/EditorFieldGroups.h"
 #include "app/MediaPlayerBar.h"
-#include "ui/ArtworkWell.h"
 #include "model/ItemPictureImage.h"
+#include "ui/ArtworkWell.h"
+#include "video/MovieEditorModel.h"
 
 #include <QHBoxLayout>
 #include <QLineEdit>
@@ -18,48 +19,16 @@
 namespace pelorin {
 namespace {
 
-const QString kBasic = QStringLiteral("basic");
-const QString kCamera = QStringLiteral("camera");
-const QString kGps = QStringLiteral("gps");
 constexpr int kWellSide = 120;
 constexpr int kMapHeight = 260;
 
-// Each field, the text of the editor model it holds (whose comments name the record field) and
-// the group an edit of it belongs to.
-struct FieldSlot {
-    const char* objectName;
-    const char* caption;
-    QString MovieEditorFields::*member;
-    const QString* group;
-};
-
-const FieldSlot kFields[] = {
-    {"mediaTitle", "Title", &MovieEditorFields::title, &kBasic},
-    {"mediaAlumArtis", "Album", &MovieEditorFields::albumArtist, &kBasic},
-    {"mediaArtist", "Artist", &MovieEditorFields::artist, &kBasic},
-    {"mediaMake", "Director", &MovieEditorFields::make, &kBasic},
-    {"mediaModel", "Performer", &MovieEditorFields::model, &kBasic},
-    {"mediaProducer", "Producer", &MovieEditorFields::producer, &kBasic},
-    {"mediaCreatedDate", "Created Date (file)", &MovieEditorFields::createdDate, &kCamera},
-    {"mediaShootDate", "Recording Date", &MovieEditorFields::shootDate, &kCamera},
-    {"mediaReleaseYear", "Publisher", &MovieEditorFields::releaseYear, &kCamera},
-    {"mediaCopyright", "Copyright", &MovieEditorFields::copyright, &kCamera},
-    {"mediakeywords", "Keywords", &MovieEditorFields::keywords, &kCamera},
-    {"mediaSoftware", "Description", &MovieEditorFields::software, &kCamera},
-    {"mediaLatitude", "Latitude", &MovieEditorFields::latitude, &kGps},
-    {"mediaLongtitude", "Longitude", &MovieEditorFields::longitude, &kGps},
-    {"mediaAatitude", "Altitude (m)", &MovieEditorFields::altitude, &kGps},
-};
-constexpr int kLatitudeSlot = 12;
-constexpr int kLongitudeSlot = 13;
-
-QString sectionHeading(const QString* group)
+QString sectionHeading(MovieEditorSection section)
 {
-    if (group == &kBasic)
-        return QStringLiteral("Credits");
-    if (group == &kCamera)
-        return QStringLiteral("Dates and Rights");
-    return QStringLiteral("Location");
+    switch (section) {
+    case MovieEditorSection::Credits: return QStringLiteral("Credits");
+    case MovieEditorSection::DatesAndRights: return QStringLiteral("Dates and Rights");
+    default: return QStringLiteral("Location");
+    }
 }
 
 // A coordinate as typed: plain C notation, or the user's own decimal comma.
@@ -103,8 +72,6 @@ VideoEditorView::VideoEditorView(QWidget* parent) : QFrame(parent)
     setObjectName(QStringLiteral("mediaMetadataView"));
     applyMediaEditorLook(this);
     setMinimumWidth(380);
-    tracker_ = new GroupEditTracker(this);
-    connect(tracker_, &GroupEditTracker::editingStarted, this, &VideoEditorView::editingStarted);
 
     QVBoxLayout* content = addScrollingContent(this, &scroll_);
     QWidget* contentWidget = scroll_->widget();
@@ -116,7 +83,16 @@ VideoEditorView::VideoEditorView(QWidget* parent) : QFrame(parent)
     playerBox->addWidget(player_);
     static_cast<QVBoxLayout*>(layout())->insertLayout(0, playerBox);
 
-    auto* top = new QFrame(contentWidget);
+    addInformation(contentWidget, content);
+    addFieldLines(contentWidget, content);
+    content->addStretch(1);
+    resize(420, 820);
+}
+
+// The artwork well beside the movie's facts.
+void VideoEditorView::addInformation(QWidget* content, QVBoxLayout* layout)
+{
+    auto* top = new QFrame(content);
     top->setProperty("role", QStringLiteral("section"));
     auto* topRow = new QHBoxLayout(top);
     topRow->setContentsMargins(10, 10, 10, 10);
@@ -137,28 +113,36 @@ VideoEditorView::VideoEditorView(QWidget* parent) : QFrame(parent)
     }
     info->addStretch(1);
     topRow->addLayout(info, 1);
-    content->addWidget(top);
+    layout->addWidget(top);
+}
 
+// A line for every input of the field table that the editor shows, section by section; the
+// location's section ends with the map.
+void VideoEditorView::addFieldLines(QWidget* content, QVBoxLayout* layout)
+{
     QList<QLabel*> captions;
     FieldSection* section = nullptr;
-    const QString* group = nullptr;
-    for (const FieldSlot& slot : kFields) {
-        if (slot.group != group) {
-            group = slot.group;
-            section = new FieldSection(sectionHeading(group), contentWidget);
-            content->addWidget(section);
+    MovieEditorSection current = MovieEditorSection::None;
+    for (const MovieFieldRow& row : movieFieldTable()) {
+        for (const MovieFieldInput& input : row.inputs) {
+            if (!input.label)
+                continue;
+            if (row.section != current) {
+                current = row.section;
+                section = new FieldSection(sectionHeading(current), content);
+                layout->addWidget(section);
+            }
+            lines_.append({row.field, section->addLineEdit(input.editorName, QString::fromLatin1(input.label)), {}});
+            captions << section->captions().constLast();
         }
-        QLineEdit* field = section->addLineEdit(slot.objectName, QString::fromLatin1(slot.caption));
-        tracker_->watch(field, *slot.group);
-        fields_ << field;
-        captions << section->captions().constLast();
     }
-    fields_[kLatitudeSlot]->setPlaceholderText(QStringLiteral("e.g. 48.858222"));
-    fields_[kLongitudeSlot]->setPlaceholderText(QStringLiteral("e.g. 2.2945"));
-    for (int slot : {kLatitudeSlot, kLongitudeSlot})
-        connect(fields_[slot], &QLineEdit::textEdited, this, &VideoEditorView::noteLocationEdit);
+    QLineEdit* latitude = lineOf(MovieField::Location, 0);
+    QLineEdit* longitude = lineOf(MovieField::Location, 1);
+    latitude->setPlaceholderText(QStringLiteral("e.g. 48.858222"));
+    longitude->setPlaceholderText(QStringLiteral("e.g. 2.2945"));
+    for (QLineEdit* coordinate : {latitude, longitude})
+        connect(coordinate, &QLineEdit::textEdited, this, &VideoEditorView::noteLocationEdit);
 
-    // The location section is the last one made.
     mapArea_ = new QFrame(section);
     mapArea_->setObjectName(QStringLiteral("mediaMapArea"));
     mapArea_->setMinimumHeight(kMapHeight);
@@ -168,28 +152,34 @@ VideoEditorView::VideoEditorView(QWidget* parent) : QFrame(parent)
     mapLayout->setContentsMargins(0, 0, 0, 0);
     section->addFullWidth(mapArea_);
     mapArea_->hide();
-    content->addStretch(1);
-
     alignCaptions(captions);
-    resize(420, 820);
+}
+
+QLineEdit* VideoEditorView::lineOf(MovieField field, int input) const
+{
+    int seen = 0;
+    for (const FieldLine& line : lines_) {
+        if (line.field == field && seen++ == input)
+            return line.edit;
+    }
+    return nullptr;
 }
 
 void VideoEditorView::showItem(const IKImageItem& item)
 {
     itemPath_ = item.filePath;
     showInformation(item);
-    const MovieEditorFields fields = MovieEditorFields::fromItem(item);
-    {
-        const GroupEditTracker::Filling filling(*tracker_);
-        for (int i = 0; i < fields_.size(); ++i) {
-            fields_[i]->setText(fields.*kFields[i].member);
-            fields_[i]->setCursorPosition(0);
+    for (qsizetype i = 0; i < lines_.size();) {
+        const MovieField field = lines_[i].field;
+        const QStringList texts = movieEditorTexts(item, field);
+        for (qsizetype input = 0; i < lines_.size() && lines_[i].field == field; ++i, ++input) {
+            lines_[i].shown = texts.value(input);
+            lines_[i].edit->setText(lines_[i].shown);
+            lines_[i].edit->setCursorPosition(0);
         }
     }
-    tracker_->reset();
     droppedArtworkPath_.clear();
     well_->setPicture(pictureImage(item.fileImage));  // a null picture shows the placeholder
-    oldFields_ = shownFields();
 
     mapArea_->setVisible(!item.latitudeFormat.isEmpty());
     player_->load(item.filePath, false);
@@ -209,24 +199,23 @@ void VideoEditorView::showInformation(const IKImageItem& item)
     }
 }
 
-MovieEditorFields VideoEditorView::shownFields() const
+MovieChanges VideoEditorView::changes() const
 {
-    MovieEditorFields fields;
-    for (int i = 0; i < fields_.size(); ++i)
-        fields.*kFields[i].member = fields_[i]->text();
-    fields.hasArtwork = well_->hasPicture();
-    return fields;
+    MovieChanges changes;
+    for (qsizetype i = 0; i < lines_.size();) {
+        const MovieField field = lines_[i].field;
+        QStringList shown;
+        QStringList typed;
+        for (; i < lines_.size() && lines_[i].field == field; ++i) {
+            shown.append(lines_[i].shown);
+            typed.append(lines_[i].edit->text());
+        }
+        addEditedField(changes, field, shown, typed);
+    }
+    if (!droppedArtworkPath_.isEmpty())
+        changes.artworkPath = droppedArtworkPath_;
+    return changes;
 }
-
-MovieEditFlags VideoEditorView::editFlags() const
-{
-    MovieEditFlags flags;
-    flags.basicInfo = tracker_->edited(kBasic);
-    flags.cameraInfo = tracker_->edited(kCamera);
-    return flags;
-}
-
-bool VideoEditorView::locationEdited() const { return tracker_->edited(kGps); }
 
 void VideoEditorView::setDroppedArtwork(const QString& path, const QImage& picture)
 {
@@ -240,8 +229,8 @@ QWidget* VideoEditorView::mapArea() const { return mapArea_; }
 
 void VideoEditorView::noteLocationEdit()
 {
-    const std::optional<double> latitude = typedCoordinate(fields_[kLatitudeSlot]->text(), 90.0);
-    const std::optional<double> longitude = typedCoordinate(fields_[kLongitudeSlot]->text(), 180.0);
+    const std::optional<double> latitude = typedCoordinate(lineOf(MovieField::Location, 0)->text(), 90.0);
+    const std::optional<double> longitude = typedCoordinate(lineOf(MovieField::Location, 1)->text(), 180.0);
     if (!latitude || !longitude)
         return;
     mapArea_->show();

@@ -6,6 +6,7 @@
 #include "video/MovieDateCommands.h"
 #include "video/MovieReader.h"
 #include "video/MovieRemoval.h"
+#include "video/MovieFields.h"
 #include "video/MovieSave.h"
 
 #include <QJsonArray>
@@ -103,49 +104,74 @@ int show(CliInvocation& invocation, const QStringList& files)
     return status;
 }
 
+// The field and input an option of `video set` gives a value to.
+std::optional<std::pair<MovieField, int>> inputOfOption(const QString& option)
+{
+    for (const MovieFieldRow& row : movieFieldTable()) {
+        for (qsizetype i = 0; i < row.inputs.size(); ++i) {
+            if (option == QLatin1String(row.inputs[i].option))
+                return std::pair(row.field, int(i));
+        }
+    }
+    return std::nullopt;
+}
+
+// The check a value gets before any file is read; the recording date's is the save's own.
+std::optional<ValueKind> valueKindOf(MovieField field, int input)
+{
+    if (field == MovieField::CreatedDate)
+        return ValueKind::DateTime;
+    if (field != MovieField::Location)
+        return std::nullopt;
+    return input == 0 ? ValueKind::Latitude : input == 1 ? ValueKind::Longitude : ValueKind::Altitude;
+}
+
 // "video set --title X ... FILE...": the options name the editor's fields.
 int set(CliInvocation& invocation, const QString& command, const QStringList& args)
 {
-    MovieFieldEdits edits;
-    const std::pair<const char*, std::optional<QString>*> options[] = {
-        {"--title", &edits.title},         {"--album-artist", &edits.albumArtist},
-        {"--artist", &edits.artist},       {"--director", &edits.director},
-        {"--performer", &edits.performer}, {"--producer", &edits.producer},
-        {"--publisher", &edits.publisher}, {"--copyright", &edits.copyright},
-        {"--keywords", &edits.keywords},   {"--description", &edits.description},
-        {"--shoot-date", &edits.shootDate}, {"--created-date", &edits.createdDate},
-        {"--lat", &edits.latitude},        {"--lon", &edits.longitude},
-        {"--alt", &edits.altitude},        {"--artwork", &edits.artworkPath},
-    };
+    MovieChanges changes;
     QStringList files;
     for (qsizetype i = 0; i < args.size(); ++i) {
         if (!args[i].startsWith(QLatin1String("--"))) {
             files.append(args[i]);
             continue;
         }
-        std::optional<QString>* field = nullptr;
-        for (const auto& [option, target] : options) {
-            if (args[i] == QLatin1String(option))
-                field = target;
-        }
-        if (!field)
-            return usageError(invocation, command, QStringLiteral("unknown option '%1'").arg(args[i]));
+        const QString option = args[i];
+        const std::optional<std::pair<MovieField, int>> input = inputOfOption(option);
+        if (!input)
+            return usageError(invocation, command, QStringLiteral("unknown option '%1'").arg(option));
         if (i + 1 >= args.size())
-            return usageError(invocation, command, QStringLiteral("'%1' needs a value").arg(args[i]));
-        *field = args[++i];
+            return usageError(invocation, command, QStringLiteral("'%1' needs a value").arg(option));
+        const QString value = args[++i];
+        if (const std::optional<ValueKind> kind = valueKindOf(input->first, input->second)) {
+            if (const QString error = checkOptionValue(*kind, option, value); !error.isEmpty())
+                return usageError(invocation, command, error);
+        }
+        changes.take(input->first, input->second, value);
     }
-    const std::tuple<const char*, const std::optional<QString>&, ValueKind> checked[] = {
-        {"--lat", edits.latitude, ValueKind::Latitude}, {"--lon", edits.longitude, ValueKind::Longitude},
-        {"--alt", edits.altitude, ValueKind::Altitude}, {"--created-date", edits.createdDate, ValueKind::DateTime}};
-    for (const auto& [option, value, kind] : checked)
-        if (const QString error = checkOptionValue(kind, QLatin1String(option), value.value_or(QString())); !error.isEmpty())
-            return usageError(invocation, command, error);
-    if (edits.isEmpty())
+    if (changes.isEmpty())
         return usageError(invocation, command, QStringLiteral("give at least one field to set"));
     if (files.isEmpty())
         return usageError(invocation, command, QStringLiteral("give at least one file"));
     CliReporter reporter(invocation);
-    return reporter.report(saveMovieFields(files, edits, reporter.context()));
+    return reporter.report(saveMovieFields(files, changes, reporter.context()));
+}
+
+// One line per option of `video set`, from the field table.
+QString setOptionLines()
+{
+    QString lines;
+    for (const MovieFieldRow& row : movieFieldTable()) {
+        for (const MovieFieldInput& input : row.inputs) {
+            const QString what = isMovieTextField(row.field)
+                                     ? QStringLiteral("the %1; new as %2").arg(QLatin1String(row.name), row.newIdentifier)
+                                 : input.label ? QString::fromLatin1(input.label).toLower()
+                                               : QString::fromLatin1(row.name);
+            const QString usage = QStringLiteral("%1 %2").arg(QLatin1String(input.option), QLatin1String(input.valueName));
+            lines += QStringLiteral("  %1 %2\n").arg(usage, -24).arg(what);
+        }
+    }
+    return lines;
 }
 
 }  // namespace
@@ -158,44 +184,46 @@ QString VideoCommand::summary() const
 QString VideoCommand::help() const
 {
     return QStringLiteral(
-        "Usage: pelorin-cli video show FILE...\n"
-        "       pelorin-cli video set [--title T] [--album-artist A] [--artist A] [--director D]\n"
-        "                             [--performer P] [--producer P] [--publisher P]\n"
-        "                             [--copyright C] [--keywords K] [--description D]\n"
-        "                             [--shoot-date DATE] [--created-date DATE]\n"
-        "                             [--lat DEG --lon DEG [--alt M]] [--artwork IMG] FILE...\n"
-        "       pelorin-cli video remove FILE...\n"
-        "       pelorin-cli video date-from-name FILE...\n"
-        "       pelorin-cli video date-to-file FILE...\n"
-        "       pelorin-cli video created-to-date FILE...\n"
-        "\n"
-        "set writes a copy of each movie under its own name into the output folder with the\n"
-        "given fields and every other item, box and media byte kept; the copy keeps the movie's\n"
-        "container and file dates. --album-artist is saved as the album name, --director,\n"
-        "--performer, --producer and --keywords as QuickTime metadata keys. Movies that cannot\n"
-        "be rewritten (fragmented files, damaged boxes, containers outside the MP4 family) are\n"
-        "skipped with the reason. --dry-run prints the planned changes.\n"
-        "--shoot-date (yyyy:MM:dd HH:mm:ss or yyyy-MM-dd HH:mm:ss, local time) goes into the ISO\n"
-        "date, the QuickTime creation date and the movie and track headers; --lat/--lon/--alt\n"
-        "into the 3GPP location, the QuickTime ISO 6709 key and the user-data location;\n"
-        "--created-date sets the copy's file dates; --artwork stores a picture as cover art.\n"
-        "\n"
-        "remove writes such a copy without titles, people, texts, dates, artwork and every\n"
-        "location item; encoder, camera make and model, software and the streams stay.\n"
-        "\n"
-        "date-from-name reads a date from each movie's file name (VID_20160501_123045,\n"
-        "PXL_20210101_123456789, 2016-05-01 12.30.45, ...) and writes it, as local time, as the\n"
-        "copy's recording date (ISO date, QuickTime creation date, movie and track headers)\n"
-        "and file dates. Names without a date are skipped.\n"
-        "\n"
-        "date-to-file copies each movie unchanged and gives the copy its recording date as file\n"
-        "dates. created-to-date writes each file's creation date as the copy's recording date.\n"
-        "\n"
-        "show prints, for each movie, its metadata items (identifier, data type, value;\n"
-        "pictures as their size), the record fields they fill, and every problem met while\n"
-        "reading.\n"
-        "MP4, MOV, M4V, 3GP and 3G2 are read box by box; other containers through FFmpeg.\n"
-        "Exits with 1 when some file's metadata could not be read.");
+               "Usage: pelorin-cli video show FILE...\n"
+               "       pelorin-cli video set OPTION VALUE... FILE...\n"
+               "       pelorin-cli video remove FILE...\n"
+               "       pelorin-cli video date-from-name FILE...\n"
+               "       pelorin-cli video date-to-file FILE...\n"
+               "       pelorin-cli video created-to-date FILE...\n"
+               "\n"
+               "set writes a copy of each movie under its own name into the output folder with the\n"
+               "given fields and every other item, box and media byte kept; the copy keeps the movie's\n"
+               "container and file dates. A text goes into every form the movie already holds the\n"
+               "field in (iTunes atom, QuickTime key, user data, 3GPP box), else under the identifier\n"
+               "named below; an empty text removes the field. Matroska and WebM take the text fields\n"
+               "as tags. Movies that cannot be rewritten (fragmented files, damaged boxes, containers\n"
+               "outside the MP4 family) are skipped with the reason. --dry-run prints the planned\n"
+               "changes.\n"
+               "\n")
+           + setOptionLines()
+           + QStringLiteral(
+               "\n"
+               "--shoot-date (yyyy:MM:dd HH:mm:ss or yyyy-MM-dd HH:mm:ss, local time) goes into the ISO\n"
+               "date, the QuickTime creation date and the movie and track headers; --lat/--lon/--alt\n"
+               "into the 3GPP location, the QuickTime ISO 6709 key and the user-data location;\n"
+               "--created-date sets the copy's file dates; --artwork stores a picture as cover art.\n"
+               "\n"
+               "remove writes such a copy without titles, people, texts, dates, artwork and every\n"
+               "location item; encoder, camera make and model, software and the streams stay.\n"
+               "\n"
+               "date-from-name reads a date from each movie's file name (VID_20160501_123045,\n"
+               "PXL_20210101_123456789, 2016-05-01 12.30.45, ...) and writes it, as local time, as the\n"
+               "copy's recording date (ISO date, QuickTime creation date, movie and track headers)\n"
+               "and file dates. Names without a date are skipped.\n"
+               "\n"
+               "date-to-file copies each movie unchanged and gives the copy its recording date as file\n"
+               "dates. created-to-date writes each file's creation date as the copy's recording date.\n"
+               "\n"
+               "show prints, for each movie, its metadata items (identifier, data type, value;\n"
+               "pictures as their size), the record fields they fill, and every problem met while\n"
+               "reading.\n"
+               "MP4, MOV, M4V, 3GP and 3G2 are read box by box; other containers through FFmpeg.\n"
+               "Exits with 1 when some file's metadata could not be read.");
 }
 
 int VideoCommand::run(CliInvocation& invocation)

@@ -1,5 +1,6 @@
 #include "video/MovieDateWrite.h"
 
+#include "isobmff/ItemKeys.h"
 #include "model/LocalTime.h"
 #include "video/MovieFields.h"
 #include "video/MovieItems.h"
@@ -71,15 +72,17 @@ QList<ItemChange> recordingDateChanges(const QDateTime& when, const MediaMetadat
                              .arg(std::abs(offset) / 3600, 2, 10, QLatin1Char('0'))
                              .arg(std::abs(offset) % 3600 / 60, 2, 10, QLatin1Char('0'));
     const QString iso = when.toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss")) + zone;
+    const QString userDataDate = itemIdentifier(ItemKeySpace::UserData, threeGppBox::date);
+    const QString isoDate = itemIdentifier(ItemKeySpace::IsoUserData, threeGppBox::date);
+    const QString cameraDate = itemIdentifier(ItemKeySpace::QuickTimeKeys, appleKey::creationDate);
     QList<ItemChange> changes = {
-        ItemChange::remove(QStringLiteral("udta/date")),
-        ItemChange::set(QStringLiteral("uiso/date"), when.toString(QStringLiteral("yyyy:MM:dd HH:mm:ss"))),
-        ItemChange::set(QStringLiteral("mdta/com.apple.quicktime.creationdate"), iso),
+        ItemChange::remove(userDataDate),
+        ItemChange::set(isoDate, when.toString(QStringLiteral("yyyy:MM:dd HH:mm:ss"))),
+        ItemChange::set(cameraDate, iso),
     };
-    QStringList done = {QStringLiteral("udta/date"), QStringLiteral("uiso/date"),
-                        QStringLiteral("mdta/com.apple.quicktime.creationdate")};
+    QStringList done = {userDataDate, isoDate, cameraDate};
     for (const MediaMetadataItem& item : present) {
-        if (movieFieldOf(item.identifier) != MovieField::Date || done.contains(item.identifier))
+        if (movieFieldOf(item.identifier) != MovieField::RecordingDate || done.contains(item.identifier))
             continue;
         done.append(item.identifier);
         changes.append(ItemChange::set(item.identifier, iso));

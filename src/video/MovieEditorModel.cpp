@@ -37,56 +37,31 @@ QStringList movieInformationLines(const IKImageItem& item)
     };
 }
 
-MovieEditorFields MovieEditorFields::fromItem(const IKImageItem& item)
+QStringList movieEditorTexts(const IKImageItem& item, MovieField field)
 {
-    MovieEditorFields fields;
-    fields.title = item.fileTitle;
-    fields.albumArtist = item.fileAblumName;
-    fields.artist = item.fileArist;
-    fields.make = item.fileDirector;
-    fields.model = item.fileActor;
-    fields.producer = item.fileproducer;
-    fields.createdDate = item.fileCreateDateStr;
-    fields.shootDate = item.shootDateStr;
-    fields.releaseYear = item.filePublisher;
-    fields.copyright = item.fileCopyright;
-    fields.keywords = item.fileKeyWords;
-    fields.software = item.fileDescription;
-    if (!item.latitudeFormat.isEmpty()) {
-        fields.latitude = signedText(item.latitudeFormat, item.filelatitude);
-        fields.longitude = signedText(item.longtitudeFormat, item.filelongtitude);
-        fields.altitude = signedText(item.AtitudeFormat, item.fileAtitude);
+    if (field == MovieField::Location) {
+        if (item.latitudeFormat.isEmpty())
+            return {QString(), QString(), QString()};
+        return {signedText(item.latitudeFormat, item.filelatitude),
+                signedText(item.longtitudeFormat, item.filelongtitude),
+                signedText(item.AtitudeFormat, item.fileAtitude)};
     }
-    fields.hasArtwork = !item.fileImage.isNull();
-    return fields;
+    const MovieFieldRow& row = movieFieldRow(field);
+    QStringList texts;
+    for (qsizetype i = 0; i < row.inputs.size(); ++i)
+        texts.append(row.member ? item.*row.member : QString());
+    return texts;
 }
 
-MovieFieldEdits movieEditsFromEditor(const MovieEditorFields& shown, const MovieEditorFields& old,
-                                     const MovieEditFlags& flags)
+void addEditedField(MovieChanges& changes, MovieField field, const QStringList& shown, const QStringList& typed)
 {
-    MovieFieldEdits edits;
-    const auto take = [](bool group, const QString& now, const QString& before, std::optional<QString>& into) {
-        if (group && now != before)
-            into = now;
-    };
-    take(flags.basicInfo, shown.title, old.title, edits.title);
-    take(flags.basicInfo, shown.albumArtist, old.albumArtist, edits.albumArtist);
-    take(flags.basicInfo, shown.artist, old.artist, edits.artist);
-    take(flags.basicInfo, shown.make, old.make, edits.director);
-    take(flags.basicInfo, shown.model, old.model, edits.performer);
-    take(flags.basicInfo, shown.producer, old.producer, edits.producer);
-    take(flags.cameraInfo, shown.releaseYear, old.releaseYear, edits.publisher);
-    take(flags.cameraInfo, shown.copyright, old.copyright, edits.copyright);
-    take(flags.cameraInfo, shown.keywords, old.keywords, edits.keywords);
-    take(flags.cameraInfo, shown.software, old.software, edits.description);
-    take(flags.cameraInfo, shown.shootDate, old.shootDate, edits.shootDate);
-    take(true, shown.createdDate, old.createdDate, edits.createdDate);
-    if (!shown.latitude.trimmed().isEmpty() && !shown.longitude.trimmed().isEmpty()) {
-        edits.latitude = shown.latitude;
-        edits.longitude = shown.longitude;
-        edits.altitude = shown.altitude;
-    }
-    return edits;
+    if (typed == shown)
+        return;
+    if (field == MovieField::Location
+        && (typed.value(0).trimmed().isEmpty() || typed.value(1).trimmed().isEmpty()))
+        return;
+    for (qsizetype i = 0; i < typed.size(); ++i)
+        changes.take(field, int(i), typed[i]);
 }
 
 }  // namespace pelorin

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "model/IKImageItem.h"
-#include "video/MovieSave.h"
+#include "video/MovieChanges.h"
 
 #include <QString>
 #include <QStringList>
@@ -12,40 +12,14 @@ namespace pelorin {
 // a line whose value is missing shows its caption alone ("Record Date:").
 QStringList movieInformationLines(const IKImageItem& item);
 
-// The editable fields of the video editor as texts. Filled from a record, the same texts are
-// kept as the "old" values a save compares against.
-struct MovieEditorFields {
-    QString title;        // fileTitle
-    QString albumArtist;  // fileAblumName
-    QString artist;       // fileArist
-    QString make;         // fileDirector: the make field shows and saves the director
-    QString model;        // fileActor: the model field shows and saves the performer
-    QString producer;     // fileproducer
-    QString createdDate;  // fileCreateDateStr
-    QString shootDate;    // shootDateStr
-    QString releaseYear;  // filePublisher: the release-year field shows and saves the publisher
-    QString copyright;    // fileCopyright
-    QString keywords;     // fileKeyWords
-    QString software;     // fileDescription: the software field shows and saves the description
-    QString latitude;     // signed "%lf" texts of the location
-    QString longitude;
-    QString altitude;
-    bool hasArtwork = false;
+// The texts the editor's lines of a field show for a record, one per input of the field: the
+// record's text, or for the location the signed "%lf" texts of its coordinates (empty when the
+// record has none).
+QStringList movieEditorTexts(const IKImageItem& item, MovieField field);
 
-    static MovieEditorFields fromItem(const IKImageItem& item);
-    friend bool operator==(const MovieEditorFields&, const MovieEditorFields&) = default;
-};
-
-// Which groups of fields the user touched (the editor's edit flags).
-struct MovieEditFlags {
-    bool basicInfo = false;   // title, album artist, artist, make, model, producer
-    bool cameraInfo = false;  // release year, copyright, keywords, software, shoot date
-};
-
-// The save request of the editor: each field of a touched group whose text differs from the
-// old one; the location whenever latitude and longitude are both given; the created date when
-// it changed. Artwork comes as a picture path from the caller.
-MovieFieldEdits movieEditsFromEditor(const MovieEditorFields& shown, const MovieEditorFields& old,
-                                     const MovieEditFlags& flags);
+// Adds what the user changed in the lines of one field, given the texts they showed and hold
+// now: nothing when they are unchanged; a text field emptied is removed; a changed location
+// goes in whole when latitude and longitude are both given, and is left alone otherwise.
+void addEditedField(MovieChanges& changes, MovieField field, const QStringList& shown, const QStringList& typed);
 
 }  // namespace pelorin

@@ -1,192 +1,152 @@
 #include "video/MovieFields.h"
 
-#include "model/ItemPictureImage.h"
+#include "isobmff/ItemKeys.h"
 
-#include <QImage>
-#include <QLocale>
+#include <QHash>
 
 namespace pelorin {
 
 namespace {
 
 using Field = MovieField;
+using Section = MovieEditorSection;
 
-struct Row {
-    Field field;
-    const char* identifiers[8];
-};
+QString itunes(const char* atom) { return itemIdentifier(ItemKeySpace::ITunes, atom); }
+QString userData(const char* atom) { return itemIdentifier(ItemKeySpace::UserData, atom); }
+QString keys(const char* key) { return itemIdentifier(ItemKeySpace::QuickTimeKeys, key); }
+QString iso(const char* box) { return itemIdentifier(ItemKeySpace::IsoUserData, box); }
 
-// One row per field; an identifier belongs to exactly one row. Besides the iTunes list and
-// Apple's keys, a field takes the forms other tools write: QuickTime user-data texts
-// (FFmpeg's plain -metadata), FFmpeg's own key names (use_metadata_tags) and 3GPP boxes.
-constexpr Row kRows[] = {
-    {Field::Album, {"id3/TALB", "itsk/%A9alb", "udta/%A9alb", "mdta/album", "mdta/com.apple.quicktime.album", "uiso/albm"}},
-    {Field::Artist, {"id3/TPE1", "itsk/%A9ART", "udta/%A9ART", "mdta/artist", "mdta/com.apple.quicktime.artist"}},
-    {Field::Artwork, {"id3/APIC", "itsk/covr", "mdta/com.apple.quicktime.artwork"}},
-    {Field::Title, {"id3/TIT2", "itsk/%A9nam", "udta/%A9nam", "mdta/title", "mdta/com.apple.quicktime.title", "uiso/titl"}},
-    {Field::Location, {"uiso/loci", "mdta/com.apple.quicktime.location.ISO6709"}},
-    {Field::Make, {"mdta/com.apple.quicktime.make"}},
-    {Field::Model, {"mdta/com.apple.quicktime.model"}},
-    {Field::Publisher, {"mdta/com.apple.quicktime.publisher", "itsk/%A9pub"}},
-    {Field::Copyright, {"mdta/com.apple.quicktime.copyright", "itsk/cprt", "udta/%A9cpy", "mdta/copyright", "uiso/cprt"}},
-    {Field::Keywords, {"mdta/com.apple.quicktime.keywords", "udta/%A9key"}},
-    {Field::Description, {"mdta/com.apple.quicktime.description", "itsk/%A9des", "udta/%A9des", "mdta/description", "uiso/dscp"}},
-    {Field::Director, {"mdta/com.apple.quicktime.director", "itsk/%A9dir"}},
-    {Field::Performer, {"mdta/com.apple.quicktime.performer", "itsk/%A9prf", "uiso/perf"}},
-    {Field::Producer, {"mdta/com.apple.quicktime.producer", "itsk/%A9prd", "mdta/com.apple.proapps.manufacturer"}},
-    {Field::ReleaseYear, {"id3/TYER"}},
-    {Field::Date, {"uiso/date", "mdta/com.apple.quicktime.creationdate", "udta/%A9day", "itsk/%A9day", "mdta/date", "mdta/creation_time"}},
-};
-
-// Which date wins when a movie holds several: the camera's own creation date first, then the
-// dates of the user data, then FFmpeg's creation_time (a copy of the header time); among equals
-// the later item. The movie header comes last of all (see readMovieFile).
-int dateRank(const QString& identifier)
+// Besides the iTunes list and Apple's keys, a field is read from the forms other tools write:
+// QuickTime user-data texts (FFmpeg's plain -metadata), FFmpeg's own key names
+// (use_metadata_tags) and 3GPP boxes. An identifier belongs to one field only.
+// The editor's lines keep the object names they always had: the make line shows and saves
+// the director, the model line the performer, the release-year line the publisher and the
+// software line the description.
+QList<MovieFieldRow> credits()
 {
-    if (identifier == QLatin1String("mdta/com.apple.quicktime.creationdate"))
-        return 3;
-    if (identifier == QLatin1String("mdta/creation_time"))
-        return 1;
-    return 2;
+    return {
+        {Field::Title, "title", Section::Credits, {{"--title", "TEXT", "Title", "mediaTitle"}},
+         &IKImageItem::fileTitle,
+         {itunes(itunesAtom::title), userData(userDataAtom::title), keys(ffmpegKey::title), keys(appleKey::title),
+          iso(threeGppBox::title)},
+         itunes(itunesAtom::title), {ffmpegKey::title}},
+        // The album line has always been set by --album-artist.
+        {Field::Album, "album", Section::Credits, {{"--album-artist", "TEXT", "Album", "mediaAlumArtis"}},
+         &IKImageItem::fileAblumName,
+         {itunes(itunesAtom::album), userData(userDataAtom::album), keys(ffmpegKey::album), keys(appleKey::album),
+          iso(threeGppBox::album)},
+         itunes(itunesAtom::album), {ffmpegKey::album}},
+        {Field::Artist, "artist", Section::Credits, {{"--artist", "TEXT", "Artist", "mediaArtist"}},
+         &IKImageItem::fileArist,
+         {itunes(itunesAtom::artist), userData(userDataAtom::artist), keys(ffmpegKey::artist), keys(appleKey::artist)},
+         itunes(itunesAtom::artist), {ffmpegKey::artist}},
+        {Field::Director, "director", Section::Credits, {{"--director", "TEXT", "Director", "mediaMake"}},
+         &IKImageItem::fileDirector, {keys(appleKey::director), itunes(itunesAtom::director)},
+         keys(appleKey::director), {"DIRECTOR"}},
+        {Field::Performer, "performer", Section::Credits, {{"--performer", "TEXT", "Performer", "mediaModel"}},
+         &IKImageItem::fileActor,
+         {keys(appleKey::performer), itunes(itunesAtom::performer), iso(threeGppBox::performer)},
+         keys(appleKey::performer), {"PERFORMER"}},
+        {Field::Producer, "producer", Section::Credits, {{"--producer", "TEXT", "Producer", "mediaProducer"}},
+         &IKImageItem::fileproducer,
+         {keys(appleKey::producer), itunes(itunesAtom::producer), keys(appleKey::proAppsManufacturer)},
+         keys(appleKey::producer), {"PRODUCER"}},
+    };
 }
 
-void applyArtwork(IKImageItem& item, const QVariant& value)
+QList<MovieFieldRow> datesAndRights()
 {
-    QByteArray bytes;
-    if (value.typeId() == QMetaType::QVariantMap)
-        bytes = value.toMap().value(QStringLiteral("data")).toByteArray();
-    else if (value.typeId() == QMetaType::QByteArray)
-        bytes = value.toByteArray();
-    if (bytes.isEmpty())
-        return;
-    if (ItemPicture picture = itemPicture(QImage::fromData(bytes)); !picture.isNull())
-        item.fileImage = std::move(picture);
+    return {
+        // A file date only: the copy's creation and modification dates.
+        {Field::CreatedDate, "created date", Section::DatesAndRights,
+         {{"--created-date", "DATE", "Created Date (file)", "mediaCreatedDate"}}, &IKImageItem::fileCreateDateStr,
+         {}, {}, {}},
+        // A save writes the date into every place players look (see recordingDateChanges).
+        {Field::RecordingDate, "recording date", Section::DatesAndRights,
+         {{"--shoot-date", "DATE", "Recording Date", "mediaShootDate"}}, &IKImageItem::shootDateStr,
+         {iso(threeGppBox::date), keys(appleKey::creationDate), userData(userDataAtom::date), itunes(itunesAtom::date),
+          keys(ffmpegKey::date), keys(ffmpegKey::creationTime)},
+         {}, {ffmpegKey::date, ffmpegKey::creationTime}},
+        {Field::Publisher, "publisher", Section::DatesAndRights,
+         {{"--publisher", "TEXT", "Publisher", "mediaReleaseYear"}}, &IKImageItem::filePublisher,
+         {keys(appleKey::publisher), itunes(itunesAtom::publisher)}, itunes(itunesAtom::publisher),
+         {"PUBLISHER"}},
+        {Field::Copyright, "copyright", Section::DatesAndRights,
+         {{"--copyright", "TEXT", "Copyright", "mediaCopyright"}}, &IKImageItem::fileCopyright,
+         {keys(appleKey::copyright), itunes(itunesAtom::copyright), userData(userDataAtom::copyright),
+          keys(ffmpegKey::copyright), iso(threeGppBox::copyright)},
+         itunes(itunesAtom::copyright), {"COPYRIGHT"}},
+        {Field::Keywords, "keywords", Section::DatesAndRights,
+         {{"--keywords", "TEXT", "Keywords", "mediakeywords"}}, &IKImageItem::fileKeyWords,
+         {keys(appleKey::keywords), userData(userDataAtom::keywords)}, keys(appleKey::keywords), {"KEYWORDS"}},
+        {Field::Description, "description", Section::DatesAndRights,
+         {{"--description", "TEXT", "Description", "mediaSoftware"}}, &IKImageItem::fileDescription,
+         {keys(appleKey::description), itunes(itunesAtom::description), userData(userDataAtom::description),
+          keys(ffmpegKey::description), iso(threeGppBox::description)},
+         itunes(itunesAtom::description), {"DESCRIPTION", ffmpegKey::comment}},
+    };
 }
 
-QDateTime parseEither(const QString& text)
+QList<MovieFieldRow> buildTable()
 {
-    const QLocale english(QLocale::English, QLocale::UnitedStates);
-    QDateTime date = english.toDateTime(text, QStringLiteral("yyyy:MM:dd HH:mm:ss"));
-    if (!date.isValid())
-        date = english.toDateTime(text, QStringLiteral("yyyy-MM-dd HH:mm:ss"));
-    return date;
-}
-
-// The leading decimal number of a text ("020.000/" gives 20).
-double leadingNumber(const QString& text)
-{
-    qsizetype end = 0;
-    while (end < text.size() && (text[end].isDigit() || text[end] == QLatin1Char('.')))
-        ++end;
-    return text.left(end).toDouble();
+    QList<MovieFieldRow> rows = credits() + datesAndRights();
+    // A save writes the location into every place players look (see locationChanges).
+    rows.append({Field::Location, "location", Section::Location,
+                 {{"--lat", "DEG", "Latitude", "mediaLatitude"},
+                  {"--lon", "DEG", "Longitude", "mediaLongtitude"},
+                  {"--alt", "M", "Altitude (m)", "mediaAatitude"}},
+                 nullptr, {iso(threeGppBox::location), keys(appleKey::location)}, {}, {}});
+    rows.append({Field::Artwork, "artwork", Section::None, {{"--artwork", "IMAGE", nullptr, nullptr}}, nullptr,
+                 {itunes(itunesAtom::artwork), keys(appleKey::artwork)}, itunes(itunesAtom::artwork), {}});
+    rows.append({Field::Make, "make", Section::None, {}, &IKImageItem::fileMake, {keys(appleKey::make)},
+                 keys(appleKey::make), {}});
+    rows.append({Field::Model, "model", Section::None, {}, &IKImageItem::fileModel, {keys(appleKey::model)},
+                 keys(appleKey::model), {}});
+    rows.append({Field::Composer, "composer", Section::None, {}, &IKImageItem::fileComposer, {}, {},
+                 {ffmpegKey::composer}});
+    return rows;
 }
 
 }  // namespace
 
+const QList<MovieFieldRow>& movieFieldTable()
+{
+    static const QList<MovieFieldRow> table = buildTable();
+    return table;
+}
+
+const MovieFieldRow& movieFieldRow(MovieField field)
+{
+    return movieFieldTable()[qsizetype(field)];
+}
+
 std::optional<MovieField> movieFieldOf(const QString& identifier)
 {
-    for (const Row& row : kRows) {
-        for (const char* name : row.identifiers) {
-            if (name && identifier == QLatin1String(name))
-                return row.field;
+    static const QHash<QString, MovieField> byIdentifier = [] {
+        QHash<QString, MovieField> out;
+        for (const MovieFieldRow& row : movieFieldTable()) {
+            for (const QString& each : row.identifiers)
+                out.insert(each, row.field);
         }
+        return out;
+    }();
+    const auto found = byIdentifier.constFind(identifier);
+    return found == byIdentifier.constEnd() ? std::nullopt : std::optional(*found);
+}
+
+std::optional<MovieField> movieFieldOfContainerTag(const QString& tag)
+{
+    for (const MovieFieldRow& row : movieFieldTable()) {
+        if (row.containerTags.contains(tag, Qt::CaseInsensitive))
+            return row.field;
     }
     return std::nullopt;
 }
 
-void applyIso6709Location(IKImageItem& item, const QString& text)
+bool isMovieTextField(MovieField field)
 {
-    if (text.isEmpty())
-        return;
-    int signs = 0;
-    qsizetype pieceStart = 0;
-    for (qsizetype i = 0; i < text.size(); ++i) {
-        const QChar c = text[i];
-        if (c != QLatin1Char('+') && c != QLatin1Char('-'))
-            continue;
-        const QString sign(c);
-        const double piece = leadingNumber(text.mid(pieceStart, i - pieceStart));
-        ++signs;
-        if (signs == 1) {
-            item.latitudeFormat = sign;
-        } else if (signs == 2) {
-            item.filelatitude = piece;
-            item.longtitudeFormat = sign;
-        } else {
-            item.filelongtitude = piece;
-            item.AtitudeFormat = sign;
-            item.fileAtitude = leadingNumber(text.mid(i + 1));
-            return;
-        }
-        pieceStart = i + 1;
-    }
-}
-
-void applyMovieDateText(IKImageItem& item, const QString& original)
-{
-    QString text = original;
-    text.replace(QLatin1Char('T'), QLatin1Char(' '));
-    const qsizetype plus = text.indexOf(QLatin1Char('+'));
-    if (plus >= 0) {
-        item.shootDateStr = text.left(plus);
-        const QDateTime date = parseEither(item.shootDateStr);
-        if (date.isValid())
-            item.shootDate = date;
-        return;
-    }
-    item.shootDateStr = text;
-    QDateTime date = parseEither(text);
-    if (date.isValid()) {
-        item.shootDate = date;
-        return;
-    }
-    QString pieces = text;
-    pieces.replace(QLatin1Char(' '), QLatin1Char('-')).replace(QLatin1Char(':'), QLatin1Char('-'));
-    QStringList parts = pieces.split(QLatin1Char('-'));
-    if (parts.size() < 6)
-        return;
-    if (parts[5].size() >= 3)
-        parts[5] = parts[5].left(2);
-    const QString rebuilt = QStringLiteral("%1-%2-%3 %4:%5:%6").arg(parts[0], parts[1], parts[2], parts[3], parts[4], parts[5]);
-    date = QLocale(QLocale::English, QLocale::UnitedStates).toDateTime(rebuilt, QStringLiteral("yyyy-MM-dd HH:mm:ss"));
-    if (date.isValid()) {
-        item.shootDateStr = rebuilt;
-        item.shootDate = date;
-    }
-}
-
-void applyMovieItems(IKImageItem& item, const MediaMetadataItems& items)
-{
-    int shownDateRank = -1;
-    for (const MediaMetadataItem& entry : items) {
-        const std::optional<Field> field = movieFieldOf(entry.identifier);
-        if (!field)
-            continue;
-        const QString text = entry.value.toString();
-        switch (*field) {
-        case Field::Album: item.fileAblumName = text; break;
-        case Field::Artist: item.fileArist = text; break;
-        case Field::Artwork: applyArtwork(item, entry.value); break;
-        case Field::Title: item.fileTitle = text; break;
-        case Field::Location: applyIso6709Location(item, text); break;
-        case Field::Make: item.fileMake = text; break;
-        case Field::Model: item.fileModel = text; break;
-        case Field::Publisher: item.filePublisher = text; break;
-        case Field::Copyright: item.fileCopyright = text; break;
-        case Field::Keywords: item.fileKeyWords = text; break;
-        case Field::Description: item.fileDescription = text; break;
-        case Field::Director: item.fileDirector = text; break;
-        case Field::Performer: item.fileActor = text; break;
-        case Field::Producer: item.fileproducer = text; break;
-        case Field::ReleaseYear: item.fileReleasedYear = text; break;
-        case Field::Date:
-            if (dateRank(entry.identifier) >= shownDateRank) {
-                shownDateRank = dateRank(entry.identifier);
-                applyMovieDateText(item, text);
-            }
-            break;
-        }
-    }
+    return field != MovieField::CreatedDate && field != MovieField::RecordingDate && field != MovieField::Location
+           && field != MovieField::Artwork;
 }
 
 }  // namespace pelorin

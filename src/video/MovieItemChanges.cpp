@@ -1,8 +1,9 @@
 #include "video/MovieItemChanges.h"
 
+#include "isobmff/ItemKeys.h"
 #include "isobmff/MovieBoxRewrite.h"
 #include "isobmff/QuickTimeKeys.h"
-#include "video/MovieFields.h"
+#include "video/MovieRecordFill.h"
 #include "video/MovieItems.h"
 
 #include <cmath>
@@ -25,26 +26,6 @@ QByteArray u16(std::uint16_t value)
     return QByteArray(1, char(value >> 8)) + char(value & 0xff);
 }
 
-// "%A9nam" back to its four type bytes; empty when it is no four-byte type.
-QByteArray typeBytes(const QString& key)
-{
-    QByteArray out;
-    for (qsizetype i = 0; i < key.size(); ++i) {
-        if (key[i] == QLatin1Char('%') && i + 2 < key.size()) {
-            bool ok = false;
-            out.append(char(key.mid(i + 1, 2).toInt(&ok, 16)));
-            if (!ok)
-                return {};
-            i += 2;
-        } else if (key[i].unicode() < 0x80) {
-            out.append(char(key[i].unicode()));
-        } else {
-            return {};
-        }
-    }
-    return out.size() == 4 ? out : QByteArray();
-}
-
 BoxNode& childOrNew(BoxNode& parent, const BoxNode& fresh)
 {
     if (BoxNode* existing = parent.child(fresh.type))
@@ -53,30 +34,13 @@ BoxNode& childOrNew(BoxNode& parent, const BoxNode& fresh)
     return parent.children.back();
 }
 
-// The key FFmpeg gives an iTunes atom in a QuickTime key table; empty for atoms without one.
-QString keyForAtom(const QByteArray& type)
-{
-    static const std::pair<const char*, const char*> kKeys[] = {
-        {"\251nam", "title"},   {"\251ART", "artist"},      {"\251alb", "album"},
-        {"\251cmt", "comment"}, {"\251des", "description"}, {"cprt", "copyright"},
-        {"\251day", "date"},    {"\251gen", "genre"},       {"\251pub", "publisher"},
-        {"aART", "album_artist"}, {"\251wrt", "composer"},   {"\251too", "encoder"},
-        {"covr", "com.apple.quicktime.artwork"},
-    };
-    for (const auto& [atom, key] : kKeys) {
-        if (type == atom)
-            return QString::fromLatin1(key);
-    }
-    return {};
-}
-
 // iTunes atoms live in udta/meta/ilst. Where that 'meta' holds QuickTime keys instead (FFmpeg's
 // use_metadata_tags writes it so), an iTunes atom cannot go into it: the item goes in as the
 // key FFmpeg would have used.
 bool changeItunes(BoxNode& moov, const QByteArray& type, const ItemChange& change, QString* error)
 {
     if (const BoxNode* userData = moov.child("udta"); userData && holdsQuickTimeKeys(userData->child("meta"))) {
-        const QString key = keyForAtom(type);
+        const QString key = ffmpegKeyOfItunesAtom(type);
         if (!key.isEmpty())
             return changeQuickTimeKey(moov, key, change.value, change.dataType, error);
         if (!change.value)
@@ -124,6 +88,17 @@ std::optional<QByteArray> locationPayload(const QString& text)
            + fixed(sign(parsed.AtitudeFormat) * parsed.fileAtitude) + QByteArray("earth\0", 6) + QByteArray(1, '\0');
 }
 
+// The 3GPP boxes that hold one language-tagged text.
+bool isThreeGppText(const QByteArray& type)
+{
+    for (const char* box : {threeGppBox::title, threeGppBox::description, threeGppBox::copyright,
+                            threeGppBox::performer, threeGppBox::author, threeGppBox::genre, threeGppBox::album}) {
+        if (type == box)
+            return true;
+    }
+    return false;
+}
+
 bool changeIsoUserData(BoxNode& moov, const QByteArray& type, const ItemChange& change, QString* error)
 {
     BoxNode& udta = childOrNew(moov, BoxNode::parent("udta", {}));
@@ -131,21 +106,20 @@ bool changeIsoUserData(BoxNode& moov, const QByteArray& type, const ItemChange& 
     if (!change.value)
         return true;
     QByteArray payload;
-    if (type == "loci") {
+    if (type == threeGppBox::location) {
         const std::optional<QByteArray> location = locationPayload(change.value->toString());
         if (!location) {
             *error = QStringLiteral("'%1' is no ISO 6709 location").arg(change.value->toString());
             return false;
         }
         payload = *location;
-    } else if (type == "date") {
+    } else if (type == threeGppBox::date) {
         payload = change.value->toString().toUtf8();
-    } else if (type == "yrrc") {
+    } else if (type == threeGppBox::recordingYear) {
         payload = QByteArray(4, '\0') + u16(std::uint16_t(change.value->toInt()));
-    } else if (type == "titl" || type == "dscp" || type == "cprt" || type == "perf" || type == "auth"
-               || type == "gnre" || type == "albm") {
+    } else if (isThreeGppText(type)) {
         payload = QByteArray(4, '\0') + u16(kUndetermined) + change.value->toString().toUtf8() + '\0';
-    } else if (type == "kywd") {
+    } else if (type == threeGppBox::keywords) {
         payload = QByteArray(4, '\0') + u16(kUndetermined);
         const QStringList words = change.value->toString().split(QLatin1Char(','), Qt::SkipEmptyParts);
         payload.append(char(std::min<qsizetype>(words.size(), 255)));
@@ -161,29 +135,31 @@ bool changeIsoUserData(BoxNode& moov, const QByteArray& type, const ItemChange& 
     return true;
 }
 
+bool applyItemChange(BoxNode& moov, const ItemChange& change, QString* error)
+{
+    const qsizetype slash = change.identifier.indexOf(QLatin1Char('/'));
+    const QString key = change.identifier.mid(slash + 1);
+    const QByteArray type = atomTypeOfKeyText(key);
+    const std::optional<ItemKeySpace> space =
+        slash > 0 && !key.isEmpty() ? keySpaceNamed(QStringView(change.identifier).left(slash)) : std::nullopt;
+    if (space && (*space == ItemKeySpace::QuickTimeKeys || !type.isEmpty())) {
+        switch (*space) {
+        case ItemKeySpace::QuickTimeKeys: return changeQuickTimeKey(moov, key, change.value, change.dataType, error);
+        case ItemKeySpace::ITunes: return changeItunes(moov, type, change, error);
+        case ItemKeySpace::UserData: changeUserData(moov, type, change); return true;
+        case ItemKeySpace::IsoUserData: return changeIsoUserData(moov, type, change, error);
+        }
+    }
+    *error = QStringLiteral("items of '%1' cannot be written").arg(change.identifier);
+    return false;
+}
+
 }  // namespace
 
 bool applyItemChanges(BoxNode& moov, const QList<ItemChange>& changes, QString* error)
 {
     for (const ItemChange& change : changes) {
-        const qsizetype slash = change.identifier.indexOf(QLatin1Char('/'));
-        const QString space = change.identifier.left(slash);
-        const QString key = change.identifier.mid(slash + 1);
-        const QByteArray type = typeBytes(key);
-        bool ok = true;
-        if (space == QLatin1String("mdta") && slash > 0 && !key.isEmpty()) {
-            ok = changeQuickTimeKey(moov, key, change.value, change.dataType, error);
-        } else if (space == QLatin1String("itsk") && !type.isEmpty()) {
-            ok = changeItunes(moov, type, change, error);
-        } else if (space == QLatin1String("udta") && !type.isEmpty()) {
-            changeUserData(moov, type, change);
-        } else if (space == QLatin1String("uiso") && !type.isEmpty()) {
-            ok = changeIsoUserData(moov, type, change, error);
-        } else {
-            *error = QStringLiteral("items of '%1' cannot be written").arg(change.identifier);
-            ok = false;
-        }
-        if (!ok)
+        if (!applyItemChange(moov, change, error))
             return false;
     }
     return true;

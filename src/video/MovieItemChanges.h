@@ -12,8 +12,8 @@
 
 namespace pelorin {
 
-// One change to the items of a movie: a new value for an identifier ("itsk/%A9nam",
-// "mdta/com.apple.quicktime.director", "udta/%A9nam", "uiso/loci", ...), or its removal.
+// One change to the items of a movie: a new value for an identifier ("itsk/%A9alb",
+// "mdta/com.apple.quicktime.director", "udta/%A9day", "uiso/loci", ...), or its removal.
 struct ItemChange {
     QString identifier;
     std::optional<QVariant> value;  // nullopt removes every item of the identifier

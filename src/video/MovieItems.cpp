@@ -1,10 +1,10 @@
 #include "video/MovieItems.h"
 
+#include "isobmff/ItemKeys.h"
 #include "isobmff/QuickTimeKeys.h"
 
 #include <QStringDecoder>
 
-#include <array>
 #include <cmath>
 #include <cstring>
 #include <optional>
@@ -15,21 +15,10 @@ namespace {
 
 constexpr std::int64_t kMaxItemPayload = std::int64_t(64) << 20;
 
-constexpr std::array kIsoUserData = {"cprt", "date", "auth", "perf", "gnre", "yrrc", "loci", "titl",
-                                     "dscp", "coll", "urat", "thmb", "albm", "kywd", "clsf", "rtng"};
-
-bool isIsoUserData(const QByteArray& type)
-{
-    for (const char* name : kIsoUserData) {
-        if (type == name)
-            return true;
-    }
-    return false;
-}
-
-MediaMetadataItem makeItem(const QString& keySpace, const QString& key, QVariant value, const QString& dataType,
+MediaMetadataItem makeItem(ItemKeySpace space, const QString& key, QVariant value, const QString& dataType,
                            const QString& language = {})
 {
+    const QString keySpace = keySpaceName(space);
     return {keySpace, key, keySpace + QLatin1Char('/') + key, std::move(value), dataType, language};
 }
 
@@ -87,28 +76,28 @@ double fixed16(std::uint32_t raw)
 std::optional<MediaMetadataItem> isoUserDataItem(const QByteArray& type, const QByteArray& payload)
 {
     const QString key = boxTypeName(type);
-    if (type == "date") {
+    if (type == threeGppBox::date) {
         // Seen both as a full box and as bare text.
         const qsizetype start = payload.startsWith(QByteArray(4, '\0')) ? 4 : 0;
         qsizetype at = start;
-        return makeItem("uiso", key, isoString(payload, at), "UTF-8");
+        return makeItem(ItemKeySpace::IsoUserData, key, isoString(payload, at), "UTF-8");
     }
     if (payload.size() < 6)
         return std::nullopt;
     const QString language = packedLanguage(readU16(payload, 4));
     qsizetype at = 6;
-    if (type == "yrrc")
-        return makeItem("uiso", key, int(readU16(payload, 4)), "BE Unsigned Integer");
-    if (type == "loci") {
+    if (type == threeGppBox::recordingYear)
+        return makeItem(ItemKeySpace::IsoUserData, key, int(readU16(payload, 4)), "BE Unsigned Integer");
+    if (type == threeGppBox::location) {
         isoString(payload, at);  // the place name; the record keeps only the coordinates
         if (at + 13 > payload.size())
             return std::nullopt;
         const double longitude = fixed16(readU32(payload, at + 1));
         const double latitude = fixed16(readU32(payload, at + 5));
         const double altitude = fixed16(readU32(payload, at + 9));
-        return makeItem("uiso", key, iso6709Text(latitude, longitude, altitude), "ISO 6709", language);
+        return makeItem(ItemKeySpace::IsoUserData, key, iso6709Text(latitude, longitude, altitude), "ISO 6709", language);
     }
-    if (type == "kywd") {
+    if (type == threeGppBox::keywords) {
         QStringList words;
         const int count = at < payload.size() ? uchar(payload[at++]) : 0;
         for (int i = 0; i < count && at < payload.size(); ++i) {
@@ -118,15 +107,16 @@ std::optional<MediaMetadataItem> isoUserDataItem(const QByteArray& type, const Q
             words.append(isoString(word, wordAt));
             at += size;
         }
-        return makeItem("uiso", key, words.join(QStringLiteral(", ")), "UTF-8", language);
+        return makeItem(ItemKeySpace::IsoUserData, key, words.join(QStringLiteral(", ")), "UTF-8", language);
     }
-    if (type == "thmb" || type == "urat" || type == "rtng" || type == "clsf")
-        return makeItem("uiso", key, payload.mid(4), "Binary");
-    return makeItem("uiso", key, isoString(payload, at), "UTF-8", language);
+    if (type == threeGppBox::thumbnail || type == threeGppBox::userRating || type == threeGppBox::rating
+        || type == threeGppBox::classification)
+        return makeItem(ItemKeySpace::IsoUserData, key, payload.mid(4), "Binary");
+    return makeItem(ItemKeySpace::IsoUserData, key, isoString(payload, at), "UTF-8", language);
 }
 
 // The value of a 'data' box by its well-known type.
-std::optional<MediaMetadataItem> dataItem(const QString& keySpace, const QString& key, const QByteArray& payload)
+std::optional<MediaMetadataItem> dataItem(ItemKeySpace keySpace, const QString& key, const QByteArray& payload)
 {
     if (payload.size() < 8)
         return std::nullopt;
@@ -204,7 +194,7 @@ public:
                 quickTimeMetadata(box);
             } else if (!box.type.isEmpty() && uchar(box.type[0]) == 0xa9) {
                 quickTimeText(box);
-            } else if (isIsoUserData(box.type)) {
+            } else if (isThreeGppUserDataBox(box.type)) {
                 if (auto item = isoUserDataItem(box.type, payload(box)))
                     items.append(*item);
                 else
@@ -238,7 +228,7 @@ public:
                 continue;
             }
             for (const Box* data : entry.childrenOfType("data")) {
-                if (auto item = dataItem("mdta", names[int(index - 1)], payload(*data)))
+                if (auto item = dataItem(ItemKeySpace::QuickTimeKeys, names[int(index - 1)], payload(*data)))
                     items.append(*item);
             }
         }
@@ -248,7 +238,7 @@ public:
     {
         for (const Box& entry : ilst.children) {
             for (const Box* data : entry.childrenOfType("data")) {
-                if (auto item = dataItem("itsk", boxTypeName(entry.type), payload(*data)))
+                if (auto item = dataItem(ItemKeySpace::ITunes, boxTypeName(entry.type), payload(*data)))
                     items.append(*item);
             }
         }
@@ -260,7 +250,7 @@ public:
         const QString key = boxTypeName(box.type);
         const QByteArray bytes = payload(box);
         if (bytes.mid(4, 4) == "data") {
-            if (auto item = dataItem("udta", key, bytes.mid(8, qsizetype(readU32(bytes, 0)) - 8)))
+            if (auto item = dataItem(ItemKeySpace::UserData, key, bytes.mid(8, qsizetype(readU32(bytes, 0)) - 8)))
                 items.append(*item);
             return;
         }
@@ -275,7 +265,7 @@ public:
         // Codes below 0x400 are Macintosh language numbers with Mac Roman text.
         const QByteArray text = bytes.mid(4, length);
         const QString value = code < 0x400 ? fromMacRoman(text) : QString::fromUtf8(text);
-        items.append(makeItem("udta", key, value, "UTF-8", packedLanguage(code)));
+        items.append(makeItem(ItemKeySpace::UserData, key, value, "UTF-8", packedLanguage(code)));
     }
 
     MediaMetadataItems items;

@@ -11,8 +11,8 @@
 namespace pelorin {
 
 // The metadata items of an MP4-family movie in file order: QuickTime metadata keys
-// ("mdta/<key>"), user-data atoms ("udta/%A9nam"), ISO and 3GPP user-data boxes ("uiso/loci"),
-// and iTunes atoms ("itsk/%A9nam"). Items that cannot be decoded are skipped with a problem.
+// ("mdta/<key>"), user-data atoms ("udta/%A9alb"), ISO and 3GPP user-data boxes ("uiso/loci"),
+// and iTunes atoms ("itsk/%A9alb"). Items that cannot be decoded are skipped with a problem.
 MediaMetadataItems readMovieItems(ByteSource& source, const BoxTree& tree, QStringList* problems);
 
 // Seconds from 1904-01-01, where the movie headers' clock starts, to 1970-01-01 (UTC).

@@ -3,9 +3,9 @@
 #include "isobmff/BoxTree.h"
 #include "model/DisplayTexts.h"
 #include "model/FileDates.h"
-#include "video/MovieFields.h"
 #include "video/MovieItems.h"
 #include "video/MovieProbe.h"
+#include "video/MovieRecordFill.h"
 
 #include <QFileInfo>
 #include <QLocale>
@@ -13,31 +13,6 @@
 namespace pelorin {
 
 namespace {
-
-// Tags of containers outside the MP4 family, as FFmpeg names them.
-void applyContainerTags(IKImageItem& item, const MediaMetadataItems& tags)
-{
-    for (const MediaMetadataItem& tag : tags) {
-        const QString key = tag.key.toLower();
-        const QString text = tag.value.toString();
-        if (key == QLatin1String("title"))
-            item.fileTitle = text;
-        else if (key == QLatin1String("artist"))
-            item.fileArist = text;
-        else if (key == QLatin1String("album"))
-            item.fileAblumName = text;
-        else if (key == QLatin1String("copyright"))
-            item.fileCopyright = text;
-        else if (key == QLatin1String("comment") || key == QLatin1String("description"))
-            item.fileDescription = text;
-        else if (key == QLatin1String("publisher"))
-            item.filePublisher = text;
-        else if (key == QLatin1String("composer"))
-            item.fileComposer = text;
-        else if (key == QLatin1String("date") || key == QLatin1String("creation_time"))
-            applyMovieDateText(item, text);
-    }
-}
 
 QString creationText(const QDateTime& date)
 {

@@ -3,6 +3,7 @@
 #include "video/MovieBatch.h"
 #include "video/MovieDateWrite.h"
 
+#include "isobmff/ItemKeys.h"
 #include "model/FileDates.h"
 #include "model/OutputDates.h"
 #include "model/SafeOutput.h"
@@ -15,23 +16,35 @@ namespace pelorin {
 
 namespace {
 
+QStringList keyTexts(ItemKeySpace space, std::initializer_list<const char*> keys)
+{
+    QStringList out;
+    for (const char* key : keys)
+        out.append(itemKeyText(space, key));
+    return out;
+}
+
+// Items that say how and with what the movie was made rather than what it shows.
 bool isTechnical(const MediaMetadataItem& item)
 {
-    static const QStringList kKeptAtoms = {"%A9too", "%A9swr", "%A9fmt", "%A9enc", "%A9mak", "%A9mod",
-                                           "%A9hst", "%A9req", "----", "stik", "hdvd", "pgap"};
-    static const QStringList kKeptKeys = {"com.apple.quicktime.make", "com.apple.quicktime.model",
-                                          "com.apple.quicktime.software", "com.android.version",
-                                          "encoder", "com.android.capture.fps",
-                                          "com.apple.quicktime.pixeldensity",
-                                          "com.apple.quicktime.content.identifier",
-                                          "com.apple.quicktime.video-orientation",
-                                          "com.apple.quicktime.preferred-affine-transform"};
-    static const QStringList kKeptKeyPrefixes = {"com.apple.quicktime.camera.", "com.apple.quicktime.live-photo",
-                                                 "com.apple.quicktime.full-frame-rate",
-                                                 "com.apple.quicktime.still-image-time"};
-    if (item.keySpace == QLatin1String("itsk") || item.keySpace == QLatin1String("udta"))
+    static const QStringList kKeptAtoms =
+        keyTexts(ItemKeySpace::UserData, {userDataAtom::encoder, userDataAtom::software, userDataAtom::format,
+                                          userDataAtom::encodedBy, userDataAtom::make, userDataAtom::model,
+                                          userDataAtom::hostComputer, userDataAtom::requirements})
+        + keyTexts(ItemKeySpace::ITunes, {itunesAtom::encoder, itunesAtom::freeform, itunesAtom::mediaKind,
+                                          itunesAtom::highDefinition, itunesAtom::gapless});
+    static const QStringList kKeptKeys = keyTexts(
+        ItemKeySpace::QuickTimeKeys,
+        {appleKey::make, appleKey::model, appleKey::software, androidKey::version, ffmpegKey::encoder,
+         androidKey::captureFrameRate, appleKey::pixelDensity, appleKey::contentIdentifier, appleKey::videoOrientation,
+         appleKey::preferredAffineTransform});
+    static const QStringList kKeptKeyPrefixes =
+        keyTexts(ItemKeySpace::QuickTimeKeys, {appleKey::cameraPrefix, appleKey::livePhotoPrefix,
+                                               appleKey::fullFrameRatePrefix, appleKey::stillImageTimePrefix});
+    const std::optional<ItemKeySpace> space = keySpaceNamed(item.keySpace);
+    if (space == ItemKeySpace::ITunes || space == ItemKeySpace::UserData)
         return kKeptAtoms.contains(item.key);
-    if (item.keySpace == QLatin1String("mdta")) {
+    if (space == ItemKeySpace::QuickTimeKeys) {
         if (kKeptKeys.contains(item.key))
             return true;
         for (const QString& prefix : kKeptKeyPrefixes) {
@@ -55,7 +68,7 @@ QList<ItemChange> descriptiveItemRemovals(const MediaMetadataItems& items)
         removals.append(ItemChange::remove(item.identifier));
     }
     // XMP in the user data may hold a location or people as well.
-    removals.append(ItemChange::remove(QStringLiteral("udta/XMP_")));
+    removals.append(ItemChange::remove(itemIdentifier(ItemKeySpace::UserData, userDataAtom::xmp)));
     return removals;
 }
 

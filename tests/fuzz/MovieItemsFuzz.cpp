@@ -1,9 +1,9 @@
 // Movie items come from files from anywhere: decoding them, and rewriting them, must give
 // answers or reasons for any bytes, never a crash.
 #include "isobmff/BoxNode.h"
-#include "video/MovieFields.h"
 #include "video/MovieItemChanges.h"
 #include "video/MovieItems.h"
+#include "video/MovieRecordFill.h"
 
 #include <cstdint>
 

@@ -37,14 +37,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
     CommandContext context;
     context.storageFolder = scratch.outputFolder();
-    MovieFieldEdits edits;
-    edits.title = QStringLiteral("Harbour");
-    edits.artist = QStringLiteral("Jane");
-    edits.keywords = QStringLiteral("sea,boat");
-    edits.shootDate = QStringLiteral("2021:06:01 10:20:30");
-    edits.latitude = QStringLiteral("48.8583");
-    edits.longitude = QStringLiteral("-2.2945");
-    const CommandResult saved = saveMovieFields({input}, edits, context);
+    MovieChanges changes;
+    changes.texts[MovieField::Title] = QStringLiteral("Harbour");
+    changes.texts[MovieField::Artist] = QStringLiteral("Jane");
+    changes.texts[MovieField::Keywords] = QStringLiteral("sea,boat");
+    changes.recordingDate = QStringLiteral("2021:06:01 10:20:30");
+    changes.location = MovieLocationText{QStringLiteral("48.8583"), QStringLiteral("-2.2945"), {}};
+    const CommandResult saved = saveMovieFields({input}, changes, context);
     checkWritten(scratch, saved);
     for (const QString& path : saved.written) {
         bool titled = false;

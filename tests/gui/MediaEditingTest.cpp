@@ -319,7 +319,7 @@ private slots:
         if (auto* scroll = editor->findChild<QScrollArea*>())
             scroll->ensureWidgetVisible(editor->mapArea());
         QTest::qWait(150);
-        QVERIFY(app_->window()->grab().save(screenshotPath(QStringLiteral("video-editor.png"))));
+        QVERIFY(app_->window()->grab().save(screenshotPath(QStringLiteral("window-video-editor-location.png"))));
         save();
         const QJsonObject tags = test::exiftool(output(name));
         QString coordinates;
@@ -359,10 +359,8 @@ private slots:
             openInEditor(QFileInfo(c.file).fileName());
             VideoEditorView* editor = app_->mediaEdits()->videoView();
             QCOMPARE(app_->window()->rightStack->currentWidget(), editor);
-            const MovieEditorFields shown = editor->shownFields();
-            QCOMPARE(shown.title, c.title);
-            QCOMPARE(shown.artist, c.artist);
-            QCOMPARE(shown.shootDate, c.date);
+            QCOMPARE(editor->findChild<QLineEdit*>(QStringLiteral("mediaTitle"))->text(), c.title);
+            QCOMPARE(editor->findChild<QLineEdit*>(QStringLiteral("mediaArtist"))->text(), c.artist);
             auto* recordDate = editor->findChild<InfoLine*>(QStringLiteral("videoInfoRecordDate"));
             QVERIFY(recordDate);
             QCOMPARE(recordDate->fullText(), QStringLiteral("Record Date: ") + c.date);

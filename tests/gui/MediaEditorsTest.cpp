@@ -5,6 +5,7 @@
 #include "model/ItemPictureImage.h"
 #include "ui/ArtworkWell.h"
 #include "ui/WindowLook.h"
+#include "video/MovieEditorModel.h"
 #include "video/MovieReader.h"
 
 #include "TestPaths.h"
@@ -165,7 +166,7 @@ private slots:
     void audioCreatedDateIsNoTagEdit();
 
     void videoFieldsShowTheirRecordFields();
-    void videoGroupFlagsRiseOnlyOnUserEdits();
+    void videoChangesHoldWhatTheUserChanged();
     void locationTypedNeedsTwoCoordinates_data();
     void locationTypedNeedsTwoCoordinates();
     void mapAreaFollowsTheLocation();
@@ -338,8 +339,7 @@ void MediaEditorsTest::videoFieldsShowTheirRecordFields()
     };
     for (const auto& f : fields)
         QCOMPARE(edit(&view, f.name)->text(), f.expected);
-    QCOMPARE(view.shownFields(), MovieEditorFields::fromItem(r));
-    QCOMPARE(view.oldFields(), view.shownFields());
+    QVERIFY(view.changes().isEmpty());
     QCOMPARE(view.itemPath(), r.filePath);
 
     // The information lines, in order; the path is shortened to fit, whole in its tooltip.
@@ -364,54 +364,35 @@ void MediaEditorsTest::videoFieldsShowTheirRecordFields()
     QVERIFY(lines.contains(QStringLiteral("File Dimensions: 1920 x 1080")));
 }
 
-void MediaEditorsTest::videoGroupFlagsRiseOnlyOnUserEdits()
+void MediaEditorsTest::videoChangesHoldWhatTheUserChanged()
 {
     VideoEditorView view;
-    QSignalSpy started(&view, &VideoEditorView::editingStarted);
     view.showItem(distinctMovieRecord());
-    QVERIFY(!view.editFlags().basicInfo);
-    QVERIFY(!view.editFlags().cameraInfo);
-    QVERIFY(!view.locationEdited());
-    QCOMPARE(started.count(), 0);
+    QVERIFY(view.changes().isEmpty());
 
-    const struct {
-        const char* field;
-        const char* group;
-        bool basic, camera, gps;
-    } steps[] = {
-        {"mediaModel", "basic", true, false, false},
-        {"mediaProducer", nullptr, true, false, false},  // same group: no second signal
-        {"mediaReleaseYear", "camera", true, true, false},
-        {"mediaAatitude", "gps", true, true, true},
-    };
-    for (const auto& step : steps) {
-        const qsizetype before = started.count();
-        typeAtEnd(edit(&view, step.field), QStringLiteral("z"));
-        QCOMPARE(view.editFlags().basicInfo, step.basic);
-        QCOMPARE(view.editFlags().cameraInfo, step.camera);
-        QCOMPARE(view.locationEdited(), step.gps);
-        if (step.group) {
-            QCOMPARE(started.count(), before + 1);
-            QCOMPARE(started.last().at(0).toString(), QString::fromLatin1(step.group));
-        } else {
-            QCOMPARE(started.count(), before);
-        }
-    }
-    QCOMPARE(view.shownFields().model, QStringLiteral("Lia Sornz"));
-    QCOMPARE(view.oldFields().model, QStringLiteral("Lia Sorn"));
+    // Each line changes the field it shows; an emptied text is removed, a text typed back is
+    // no change, and any coordinate brings the whole location.
+    typeAtEnd(edit(&view, "mediaModel"), QStringLiteral("z"));
+    typeAtEnd(edit(&view, "mediaReleaseYear"), QStringLiteral("z"));
+    edit(&view, "mediaTitle")->selectAll();
+    QTest::keyClick(edit(&view, "mediaTitle"), Qt::Key_Delete);
+    typeAtEnd(edit(&view, "mediaCopyright"), QStringLiteral("z"));
+    QTest::keyClick(edit(&view, "mediaCopyright"), Qt::Key_Backspace);
+    typeAtEnd(edit(&view, "mediaAatitude"), QStringLiteral("5"));
+    MovieChanges expected;
+    expected.texts = {{MovieField::Performer, QStringLiteral("Lia Sornz")},
+                      {MovieField::Publisher, QStringLiteral("Quay Picturesz")},
+                      {MovieField::Title, std::nullopt}};
+    expected.location = MovieLocationText{QStringLiteral("54.500000"), QStringLiteral("-3.250000"),
+                                          QStringLiteral("12.0000005")};
+    QVERIFY(view.changes() == expected);
 
-    // Dates and Rights: each of its fields raises the second flag alone.
-    for (const char* field : {"mediaCreatedDate", "mediaShootDate", "mediaCopyright", "mediakeywords",
-                              "mediaSoftware"}) {
-        view.showItem(distinctMovieRecord());
-        QTest::keyClicks(edit(&view, field), QStringLiteral("1"));
-        QVERIFY2(view.editFlags().cameraInfo && !view.editFlags().basicInfo && !view.locationEdited(), field);
-    }
-    for (const char* field : {"mediaTitle", "mediaAlumArtis", "mediaArtist", "mediaMake"}) {
-        view.showItem(distinctMovieRecord());
-        QTest::keyClicks(edit(&view, field), QStringLiteral("1"));
-        QVERIFY2(view.editFlags().basicInfo && !view.editFlags().cameraInfo && !view.locationEdited(), field);
-    }
+    typeAtEnd(edit(&view, "mediaShootDate"), QStringLiteral("1"));
+    QCOMPARE(view.changes().recordingDate.value_or(QString()), QStringLiteral("2022-05-31 21:15:001"));
+    QVERIFY(!view.changes().createdDate);
+
+    view.showItem(distinctMovieRecord());
+    QVERIFY(view.changes().isEmpty());
 }
 
 void MediaEditorsTest::locationTypedNeedsTwoCoordinates_data()
@@ -565,11 +546,11 @@ void MediaEditorsTest::droppedArtworkLastsUntilTheNextItem()
 
     VideoEditorView video;
     video.showItem(distinctMovieRecord());
-    QVERIFY(!video.shownFields().hasArtwork);
+    QVERIFY(!video.artworkWell()->hasPicture());
     video.setDroppedArtwork(QStringLiteral("/pictures/poster.png"), swatch(Qt::yellow));
     QCOMPARE(video.droppedArtworkPath(), QStringLiteral("/pictures/poster.png"));
-    QVERIFY(video.shownFields().hasArtwork);
-    QVERIFY(!video.oldFields().hasArtwork);
+    QVERIFY(video.artworkWell()->hasPicture());
+    QCOMPARE(video.changes().artworkPath.value_or(QString()), QStringLiteral("/pictures/poster.png"));
     video.showItem(distinctMovieRecord());
     QVERIFY(video.droppedArtworkPath().isEmpty());
     QVERIFY(!video.artworkWell()->hasPicture());

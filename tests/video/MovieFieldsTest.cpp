@@ -1,4 +1,4 @@
-#include "video/MovieFields.h"
+#include "video/MovieRecordFill.h"
 #include "video/MovieItems.h"
 
 #include "EncodedPicture.h"

@@ -34,7 +34,7 @@ TEST(MovieSave, MxfCopiesTakeOnlyTheCreatedDate)
               0);
     CommandContext context;
     context.storageFolder = dir.filePath("out");
-    MovieFieldEdits edits;
+    MovieChanges edits;
     edits.createdDate = "2015:06:01 10:00:00";
     const CommandResult dated = saveMovieFields({source}, edits, context);
     ASSERT_TRUE(dated.succeeded()) << dated.skipped.value(0).reason.toStdString();
@@ -43,7 +43,7 @@ TEST(MovieSave, MxfCopiesTakeOnlyTheCreatedDate)
     EXPECT_EQ(readFileDates(output).modified, instantFromWallClock(*parseDateText(QStringLiteral("2015:06:01 10:00:00"))));
 
     // Other fields cannot go into an MXF: the copy is made and the result says what was left out.
-    edits.title = "Title";
+    edits.texts[MovieField::Title] = "Title";
     CommandContext next;  // a second command: it may replace the first one's output
     next.storageFolder = context.storageFolder;
     const CommandResult titled = saveMovieFields({source}, edits, next);

@@ -48,9 +48,9 @@ TEST(MovieRemux, MatroskaTagsChangeAndEveryPacketStays)
     QTemporaryDir dir;
     CommandContext context;
     context.storageFolder = dir.path();
-    MovieFieldEdits edits;
-    edits.title = "Neu";
-    edits.director = "Someone";
+    MovieChanges edits;
+    edits.texts[MovieField::Title] = "Neu";
+    edits.texts[MovieField::Director] = "Someone";
     const QString source = test::dataPath("taglib-optimized.mkv");
     const CommandResult result = saveMovieFields({source}, edits, context);
     ASSERT_TRUE(result.succeeded()) << result.skipped.value(0).reason.toStdString();
@@ -66,9 +66,8 @@ TEST(MovieRemux, MatroskaTagsChangeAndEveryPacketStays)
     EXPECT_EQ(QDir(dir.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot).size(), 1);
 
     // A location is not among the tags this container takes.
-    MovieFieldEdits located;
-    located.latitude = "1";
-    located.longitude = "2";
+    MovieChanges located;
+    located.location = MovieLocationText{"1", "2", ""};
     context.storageFolder = dir.filePath("located");
     const CommandResult refused = saveMovieFields({source}, located, context);
     ASSERT_EQ(refused.skipped.size(), 1);

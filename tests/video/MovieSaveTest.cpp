@@ -20,11 +20,11 @@ TEST(MovieSave, WritesTheFieldsUnderTheMoviesNameWithItsDates)
     QTemporaryDir storage;
     CommandContext context;
     context.storageFolder = storage.filePath("out");
-    MovieFieldEdits edits;
-    edits.title = "Title";
-    edits.albumArtist = "Album";
-    edits.director = "Director";
-    edits.copyright = "(c) me";
+    MovieChanges edits;
+    edits.texts[MovieField::Title] = "Title";
+    edits.texts[MovieField::Album] = "Album";
+    edits.texts[MovieField::Director] = "Director";
+    edits.texts[MovieField::Copyright] = "(c) me";
     const QString source = test::dataPath("ft-MacBook_keys.mov");
     const CommandResult result = saveMovieFields({source}, edits, context);
     ASSERT_TRUE(result.succeeded()) << result.skipped.value(0).reason.toStdString();
@@ -45,8 +45,8 @@ TEST(MovieSave, DryRunPlansAndOtherContainersAreSkipped)
     CommandContext context;
     context.storageFolder = storage.path();
     context.dryRun = true;
-    MovieFieldEdits edits;
-    edits.title = "New";
+    MovieChanges edits;
+    edits.texts[MovieField::Title] = "New";
     CommandResult planned = saveMovieFields({test::dataPath("ft-imovie.mp4")}, edits, context);
     // The movie's title is a 3GPP title box, which takes the new one.
     ASSERT_EQ(planned.planned.size(), 1);
@@ -73,11 +73,9 @@ TEST(MovieSave, LocationDateArtworkAndCreatedDateGoEverywhere)
     picture.fill(Qt::green);
     const QString artwork = storage.filePath("cover.bmp");
     ASSERT_TRUE(picture.save(artwork, "BMP"));
-    MovieFieldEdits edits;
-    edits.latitude = "-33.9";
-    edits.longitude = "-70.25";
-    edits.altitude = "10";
-    edits.shootDate = "2016-05-01 12:30:45";
+    MovieChanges edits;
+    edits.location = MovieLocationText{"-33.9", "-70.25", "10"};
+    edits.recordingDate = "2016-05-01 12:30:45";
     edits.createdDate = "2017:01:02 03:04:05";
     edits.artworkPath = artwork;
     const CommandResult result = saveMovieFields({test::dataPath("ft-imovie.mp4")}, edits, context);
@@ -103,15 +101,14 @@ TEST(MovieSave, InvalidValuesRaiseTheAlertAndWriteNothing)
     QTemporaryDir storage;
     CommandContext context;
     context.storageFolder = storage.path();
-    MovieFieldEdits date;
-    date.shootDate = "yesterday";
+    MovieChanges date;
+    date.recordingDate = "yesterday";
     EXPECT_EQ(saveMovieFields({test::dataPath("ft-imovie.mp4")}, date, context).alert, Alerts::invalidDateFormat());
-    MovieFieldEdits half;
-    half.latitude = "12";
+    MovieChanges half;
+    half.location = MovieLocationText{"12", "", ""};
     EXPECT_EQ(saveMovieFields({test::dataPath("ft-imovie.mp4")}, half, context).alert->message, "Vaule Error");
-    MovieFieldEdits far;
-    far.latitude = "95";
-    far.longitude = "0";
+    MovieChanges far;
+    far.location = MovieLocationText{"95", "0", ""};
     EXPECT_TRUE(saveMovieFields({test::dataPath("ft-imovie.mp4")}, far, context).alert.has_value());
     EXPECT_TRUE(QDir(storage.path()).isEmpty());
 }

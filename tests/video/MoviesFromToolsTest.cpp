@@ -5,7 +5,7 @@
 #include "ToolMovies.h"
 #include "isobmff/BoxTree.h"
 #include "video/MovieDateCommands.h"
-#include "video/MovieFields.h"
+#include "video/MovieRecordFill.h"
 #include "video/MovieReader.h"
 #include "video/MovieRemoval.h"
 #include "video/MovieSave.h"
@@ -71,10 +71,9 @@ TEST(MoviesFromTools, KeysInTheUserDataAreReadAndChangedWhereTheyAre)
         EXPECT_TRUE(identifiers(reading.item).contains("mdta/encoder"));
 
         CommandContext context = contextIn(dir);
-        MovieFieldEdits edits;
-        edits.title = "Rio";
-        edits.latitude = "-22.95";
-        edits.longitude = "-43.21";
+        MovieChanges edits;
+        edits.texts[MovieField::Title] = "Rio";
+        edits.location = MovieLocationText{"-22.95", "-43.21", ""};
         context.dryRun = true;
         const CommandResult plan = saveMovieFields({source}, edits, context);
         ASSERT_FALSE(plan.planned.isEmpty());
@@ -112,8 +111,8 @@ TEST(MoviesFromTools, NewFieldsOfAKeysMovieJoinItsKeyTable)
     cover.fill(Qt::red);
     ASSERT_TRUE(cover.save(dir.filePath("cover.png")));
     CommandContext context = contextIn(dir);
-    MovieFieldEdits edits;
-    edits.albumArtist = "Album";
+    MovieChanges edits;
+    edits.texts[MovieField::Album] = "Album";
     edits.artworkPath = dir.filePath("cover.png");
     ASSERT_TRUE(saveMovieFields({source}, edits, context).succeeded());
     const QString output = context.storageFolder + "/keys.mov";
@@ -134,8 +133,8 @@ TEST(MoviesFromTools, KeysInTheMovieBoxAsExiftoolWritesThemStayThere)
     ASSERT_TRUE(test::exiftoolWrite(source, {"-Keys:Title=Old", "-Keys:Make=Apple", "-Keys:Model=iPhone"}));
     ASSERT_EQ(readMovieFile(source).item.fileTitle, "Old");
     CommandContext context = contextIn(dir);
-    MovieFieldEdits edits;
-    edits.title = "New";
+    MovieChanges edits;
+    edits.texts[MovieField::Title] = "New";
     ASSERT_TRUE(saveMovieFields({source}, edits, context).succeeded());
     const QString output = context.storageFolder + "/apple.mp4";
     const QJsonObject tags = test::exiftool(output);
@@ -165,8 +164,8 @@ TEST(MoviesFromTools, PlainTitlesArtistsAndHeaderDatesFillTheFields)
     }
     // A new title replaces the user-data title instead of hiding behind a second one.
     CommandContext context = contextIn(dir);
-    MovieFieldEdits edits;
-    edits.title = "New Title";
+    MovieChanges edits;
+    edits.texts[MovieField::Title] = "New Title";
     ASSERT_TRUE(saveMovieFields({dir.filePath("plain.mov")}, edits, context).succeeded());
     const QString output = context.storageFolder + "/plain.mov";
     EXPECT_EQ(test::ffprobeTags(output).value("title"), "New Title");
@@ -225,8 +224,8 @@ TEST(MoviesFromTools, ADateInTheSpringGapKeepsItsWallClockWithTheLaterOffset)
     const QString named = dir.filePath("VID_20210328_023000.mov");
     ASSERT_TRUE(QFile::copy(source, named));
     CommandContext context = contextIn(dir);
-    MovieFieldEdits edits;
-    edits.shootDate = "2021-03-28 02:30:00";
+    MovieChanges edits;
+    edits.recordingDate = "2021-03-28 02:30:00";
     const CommandResult saved = saveMovieFields({source}, edits, context);
     context.outputNames = std::make_shared<OutputNames>();  // a second command
     const CommandResult fromName = movieDatesFromFileNames({named}, context);
@@ -242,7 +241,7 @@ TEST(MoviesFromTools, ADateInTheSpringGapKeepsItsWallClockWithTheLaterOffset)
         EXPECT_EQ(metaBoxCounts(output).first, 0u);
     }
 
-    edits.shootDate = "2021-02-30 10:00:00";
+    edits.recordingDate = "2021-02-30 10:00:00";
     const CommandResult refused = saveMovieFields({source}, edits, contextIn(dir));
     EXPECT_TRUE(refused.alert.has_value());
     EXPECT_TRUE(refused.written.isEmpty());
@@ -316,8 +315,8 @@ TEST(MoviesFromTools, AShortClipWithTinyLastChunksIsWritten)
                                                "-c:a", "aac", source}),
                   0);
         CommandContext context = contextIn(dir);
-        MovieFieldEdits edits;
-        edits.title = "Harbour";
+        MovieChanges edits;
+        edits.texts[MovieField::Title] = "Harbour";
         const CommandResult result = saveMovieFields({source}, edits, context);
         ASSERT_TRUE(result.succeeded()) << (result.skipped.isEmpty() ? std::string() : result.skipped.first().reason.toStdString());
         const QString output = context.storageFolder + "/short." + extension;

@@ -144,6 +144,7 @@ void AudioEditorView::showItem(const IKImageItem& item)
 
     droppedArtworkPath_.clear();
     well_->setPicture(pictureImage(item.fileImage));  // a null picture shows the placeholder
+    well_->setRefusal(audioArtworkRefusal(detectAudioContainerOfFile(item.filePath)));
     player_->load(item.filePath, false);
     scroll_->verticalScrollBar()->setValue(0);
 }

@@ -164,40 +164,29 @@ void MediaEditActions::SaveMeidaFileChangesAction()
                         QStringLiteral("Double-click an audio or movie file in the media table to edit it.")});
         return;
     }
-    QStringList audioFiles;
-    QStringList movieFiles;
-    QStringList others;
+    // The open editor's files among the selection, and its changes taken now: the user may go on
+    // typing while the save runs.
+    QStringList files;
+    CommandResult others;
     for (int row : rows) {
         const QString path = app_.localPhotoItemArray()->item(row).filePath;
         const QString extension = pathExtension(path);
-        if (audioOpen && isAudioExtension(extension))
-            audioFiles.append(path);
-        else if (videoOpen && isVideoExtension(extension))
-            movieFiles.append(path);
+        if (audioOpen ? isAudioExtension(extension) : isVideoExtension(extension))
+            files.append(path);
         else
-            others.append(path);
+            others.skip(path, QStringLiteral("the open editor edits %1 files; open this one in its own editor")
+                                  .arg(audioOpen ? QStringLiteral("audio") : QStringLiteral("movie")));
     }
-    // The open editor's changes, taken now: the user may go on typing while the save runs.
     const AudioTagChanges audioChanges = audioOpen ? audioView_->changes() : AudioTagChanges();
     const MovieChanges movieChanges = videoOpen ? videoView_->changes() : MovieChanges();
-    const QString editorKind = audioOpen ? QStringLiteral("audio") : QStringLiteral("movie");
-    app_.runCommand(
-        QStringLiteral("Save Media Changes"),
-        [audioFiles, movieFiles, others, audioChanges, movieChanges, editorKind](const CommandContext& context) {
-            CommandResult result;
-            for (const QString& path : others)
-                result.skip(path, QStringLiteral("the open editor edits %1 files; open this one in its own editor")
-                                      .arg(editorKind));
-            // The songs' progress counts against all the items saved.
-            CommandContext songs = context;
-            const int total = int(audioFiles.size() + movieFiles.size());
-            songs.progress = [&context, total](int done, int) { context.report(done, total); };
-            if (!audioFiles.isEmpty())
-                result.merge(saveAudioTags(audioFiles, audioChanges, songs));
-            if (!movieFiles.isEmpty() && !context.isCancelled())
-                result.merge(saveMovieFields(movieFiles, movieChanges, context));
-            return result;
-        });
+    app_.runCommand(QStringLiteral("Save Media Changes"),
+                    [files, others, audioOpen, audioChanges, movieChanges](const CommandContext& context) {
+                        CommandResult result = others;
+                        if (!files.isEmpty())
+                            result.merge(audioOpen ? saveAudioTags(files, audioChanges, context)
+                                                   : saveMovieFields(files, movieChanges, context));
+                        return result;
+                    });
 }
 
 }  // namespace pelorin

@@ -250,4 +250,11 @@ AudioCapabilities audioCapabilities(AudioContainer container)
     }
 }
 
+QString audioArtworkRefusal(AudioContainer container)
+{
+    if (container == AudioContainer::Unknown || audioCapabilities(container).writeArtwork)
+        return {};
+    return QStringLiteral("%1 files cannot hold artwork here").arg(audioContainerName(container));
+}
+
 }  // namespace pelorin

@@ -44,5 +44,8 @@ struct AudioCapabilities {
     bool writeArtwork = false;
 };
 AudioCapabilities audioCapabilities(AudioContainer container);
+// Why songs of this container cannot take artwork, as both front ends say it; empty when they
+// can, or when the container is unknown (the reading explains that).
+QString audioArtworkRefusal(AudioContainer container);
 
 }  // namespace pelorin

@@ -1,10 +1,12 @@
-// The song's fields and their keys in every container:
-//   field          ID3v2 (MP3, WAV/AIFF ID3 chunk)  RIFF INFO  AIFF chunk  Xiph / TagLib property  MP4 atom
-//   year           TDRC (TYER+TDAT in v2.3)
-//   recorded date  TRDA                             ICRD       -           RECORDINGDATE           ----:com.apple.iTunes:RECORDINGDATE
+// The song's fields and their keys in every container. The keys of MP4 items are spelled once
+// for songs and movies alike, in isobmff/ItemKeys.h. A year is TDRC in ID3v2.4 and TYER (with
+// TDAT) in v2.3.
 // The info dictionary (WAV, FLAC, Ogg and the other TagLib kinds on reading; CAF's own info
 // chunk on writing) names the fields as the desktop's audio service does.
 #include "audio/AudioFields.h"
+
+#include "audio/AudioItems.h"
+#include "isobmff/ItemKeys.h"
 
 #include <QHash>
 
@@ -19,23 +21,23 @@ using R = IKImageItem;
 // clang-format off
 constexpr AudioFieldSpec kFields[] = {
 //   field           name            option           label             editor name      section      export key       member               value           id3     riff    aiff     xiph             mp4                                    ffmpeg          info
-    {F::Title,       "title",        "--title",       "Title",          "titlelab",      S::Track,   "Title",         &R::fileTitle,       V::Text,        "TIT2", "INAM", "NAME",  "TITLE",         "\251nam",                             "title",        "title"},
-    {F::Subtitle,    "subtitle",     "--subtitle",    "Subtitle",       "subtitlelab",   S::Track,   "Subtitle",      &R::fileSubTitle,    V::Text,        "TIT3", "ISBJ", nullptr, "SUBTITLE",      "\251st3",                             "subtitle",     "subtitle"},
-    {F::Album,       "album",        "--album",       "Album",          "abulmlab",      S::Track,   "Album",         &R::fileAblumName,   V::Text,        "TALB", "IPRD", nullptr, "ALBUM",         "\251alb",                             "album",        "album"},
-    {F::Artist,      "artist",       "--artist",      "Artist",         "artistlab",     S::Track,   "Artist",        &R::fileArist,       V::Text,        "TPE1", "IART", "AUTH",  "ARTIST",        "\251ART",                             "artist",       "artist"},
-    {F::TrackNumber, "track number", "--track",       "Track Number",   "ablumAristlab", S::Track,   "Track Number",  &R::fileAlbumArist,  V::TrackNumber, "TRCK", "ITRK", nullptr, "TRACKNUMBER",   "trkn",                                "track",        "track number"},
-    {F::Composer,    "composer",     "--composer",    "Composer",       "composerlab",   S::Track,   "Composer",      &R::fileComposer,    V::Text,        "TCOM", "IMUS", nullptr, "COMPOSER",      "\251wrt",                             "composer",     "composer"},
-    {F::RecordDate,  "recorded date","--record-date", "Recording Date", "recordDatelab", S::Release, "Record Date",   &R::shootDateStr,    V::RecordDate,  "TRDA", "ICRD", nullptr, "RECORDINGDATE", "----:com.apple.iTunes:RECORDINGDATE", "date",         "recorded date"},
-    {F::Year,        "year",         "--year",        "Year",           "releaseYearlab",S::Release, "Release Year",  &R::fileReleasedYear,V::Year,        "TDRC", nullptr,nullptr, "DATE",          "\251day",                             "year",         "year"},
-    {F::Copyright,   "copyright",    "--copyright",   "Copyright",      "copyrightlab",  S::Release, "Copyright",     &R::fileCopyright,   V::Text,        "TCOP", "ICOP", "(c) ",  "COPYRIGHT",     "cprt",                                "copyright",    "copyright"},
-    {F::Publisher,   "publisher",    "--publisher",   "Publisher",      "publishlab",    S::Release, "Publisher",     &R::filePublisher,   V::Text,        "TPUB", nullptr,nullptr, "PUBLISHER",     "\251pub",                             "publisher",    nullptr},
-    {F::Band,        "band",         "--band",        "Band",           "bandlab",       S::Release, "Band",          &R::fileBand,        V::Text,        "TPE2", nullptr,nullptr, "ALBUMARTIST",   "aART",                                "album_artist", nullptr},
-    {F::Comments,    "comments",     "--comments",    "Comments",       "commentslab",   S::Release, "Comments",      &R::fileComments,    V::Text,        "COMM", "ICMT", "ANNO",  "COMMENT",       "\251cmt",                             "comment",      "comments"},
-    {F::Lyrics,      "lyricist",     "--lyrics",      "Lyrics",         "lyricslab",     S::Release, "Lyrics",        &R::fileLyricist,    V::Text,        "TEXT", "IWRI", nullptr, "LYRICIST",      "\251lyr",                             "lyrics",       "lyricist"},
+    {F::Title,       "title",        "--title",       "Title",          "titlelab",      S::Track,   "Title",         &R::fileTitle,       V::Text,        "TIT2", "INAM", "NAME",  "TITLE",         itunesAtom::title,                     ffmpegKey::title,       "title"},
+    {F::Subtitle,    "subtitle",     "--subtitle",    "Subtitle",       "subtitlelab",   S::Track,   "Subtitle",      &R::fileSubTitle,    V::Text,        "TIT3", "ISBJ", nullptr, "SUBTITLE",      itunesAtom::subtitle,                  ffmpegKey::subtitle,    "subtitle"},
+    {F::Album,       "album",        "--album",       "Album",          "abulmlab",      S::Track,   "Album",         &R::fileAblumName,   V::Text,        "TALB", "IPRD", nullptr, "ALBUM",         itunesAtom::album,                     ffmpegKey::album,       "album"},
+    {F::Artist,      "artist",       "--artist",      "Artist",         "artistlab",     S::Track,   "Artist",        &R::fileArist,       V::Text,        "TPE1", "IART", "AUTH",  "ARTIST",        itunesAtom::artist,                    ffmpegKey::artist,      "artist"},
+    {F::TrackNumber, "track number", "--track",       "Track Number",   "ablumAristlab", S::Track,   "Track Number",  &R::fileAlbumArist,  V::TrackNumber, "TRCK", "ITRK", nullptr, "TRACKNUMBER",   itunesAtom::trackNumber,               ffmpegKey::track,       "track number"},
+    {F::Composer,    "composer",     "--composer",    "Composer",       "composerlab",   S::Track,   "Composer",      &R::fileComposer,    V::Text,        "TCOM", "IMUS", nullptr, "COMPOSER",      itunesAtom::composer,                  ffmpegKey::composer,    "composer"},
+    {F::RecordDate,  "recorded date","--record-date", "Recording Date", "recordDatelab", S::Release, "Record Date",   &R::shootDateStr,    V::RecordDate,  "TRDA", "ICRD", nullptr, "RECORDINGDATE", itunesAtom::recordingDate,             ffmpegKey::date,        "recorded date"},
+    {F::Year,        "year",         "--year",        "Year",           "releaseYearlab",S::Release, "Release Year",  &R::fileReleasedYear,V::Year,        "TDRC", nullptr,nullptr, "DATE",          itunesAtom::date,                      ffmpegKey::year,        "year"},
+    {F::Copyright,   "copyright",    "--copyright",   "Copyright",      "copyrightlab",  S::Release, "Copyright",     &R::fileCopyright,   V::Text,        "TCOP", "ICOP", "(c) ",  "COPYRIGHT",     itunesAtom::copyright,                 ffmpegKey::copyright,   "copyright"},
+    {F::Publisher,   "publisher",    "--publisher",   "Publisher",      "publishlab",    S::Release, "Publisher",     &R::filePublisher,   V::Text,        "TPUB", nullptr,nullptr, "PUBLISHER",     itunesAtom::publisher,                 ffmpegKey::publisher,   nullptr},
+    {F::Band,        "band",         "--band",        "Band",           "bandlab",       S::Release, "Band",          &R::fileBand,        V::Text,        "TPE2", nullptr,nullptr, "ALBUMARTIST",   itunesAtom::albumArtist,               ffmpegKey::albumArtist, nullptr},
+    {F::Comments,    "comments",     "--comments",    "Comments",       "commentslab",   S::Release, "Comments",      &R::fileComments,    V::Text,        "COMM", "ICMT", "ANNO",  "COMMENT",       itunesAtom::comment,                   ffmpegKey::comment,     "comments"},
+    {F::Lyrics,      "lyricist",     "--lyrics",      "Lyrics",         "lyricslab",     S::Release, "Lyrics",        &R::fileLyricist,    V::Text,        "TEXT", "IWRI", nullptr, "LYRICIST",      itunesAtom::lyrics,                    ffmpegKey::lyrics,      "lyricist"},
 };
 // clang-format on
 
-constexpr AudioArtworkKeys kArtwork = {"APIC", "covr", "com.apple.quicktime.artwork", "aart"};
+constexpr AudioArtworkKeys kArtwork = {"APIC", itunesAtom::artwork, appleKey::artwork, "aart"};
 
 // Container keys shown under an info name though no field writes them.
 constexpr std::pair<const char*, const char*> kId3InfoExtras[] = {
@@ -56,67 +58,92 @@ constexpr std::pair<const char*, const char*> kAiffInfoExtras[] = {{"COMT", "com
 // the text chunks, and leaves out several iTunes atoms.
 struct Row {
     AudioRecordRole role;
-    std::initializer_list<const char*> identifiers;
+    QStringList identifiers;
 };
-constexpr AudioRecordRole field(AudioField f) { return {AudioRecordRole::Field, f}; }
+AudioRecordRole field(AudioField f) { return {AudioRecordRole::Field, f}; }
 constexpr AudioRecordRole kPicture{AudioRecordRole::Picture};
 constexpr AudioRecordRole kLocation{AudioRecordRole::Location};
 constexpr AudioRecordRole kDescription{AudioRecordRole::Description};
 
-const Row kMp3Rows[] = {
-    {field(F::Album), {"id3/TALB", "itsk/%A9alb"}},
-    {field(F::Artist), {"id3/TPE1", "itsk/%A9ART", "id3/TOPE"}},
-    {kPicture, {"id3/APIC", "itsk/covr"}},
-    {field(F::Title), {"id3/TIT2", "itsk/%A9nam"}},
-    {kLocation, {"uiso/loci", "mdta/com.apple.quicktime.location.ISO6709"}},
-    // TDRC took TYER's place in ID3v2.4.
-    {field(F::Year), {"id3/TYER", "itsk/%A9day", "id3/TDRC"}},
-    {field(F::Publisher), {"mdta/com.apple.quicktime.publisher", "itsk/%A9pub", "id3/TPUB"}},
-    {field(F::Copyright), {"mdta/com.apple.quicktime.copyright", "itsk/cprt", "id3/TCOP"}},
-    {kDescription, {"mdta/com.apple.quicktime.description"}},
-    {field(F::Comments), {"id3/COMM", "itsk/%A9cmt"}},
-    {field(F::Subtitle), {"id3/TIT3", "itsk/%A9st3"}},
-    {field(F::Band), {"id3/TPE2"}},
-    {field(F::Lyrics), {"id3/TEXT", "itsk/%A9lyr"}},
-    {field(F::Composer), {"id3/TCOM", "itsk/%A9wrt"}},
-    {field(F::TrackNumber), {"id3/TRCK", "itsk/trkn"}},
-    {field(F::RecordDate), {"uiso/date", "mdta/com.apple.quicktime.creationdate", "id3/TRDA"}},
-    // FFmpeg's key names, as M4A files made with use_metadata_tags hold them.
-    {field(F::Title), {"mdta/title"}}, {field(F::Subtitle), {"mdta/subtitle"}},
-    {field(F::Album), {"mdta/album"}}, {field(F::Artist), {"mdta/artist"}},
-    {field(F::TrackNumber), {"mdta/track"}}, {field(F::Composer), {"mdta/composer"}},
-    {field(F::RecordDate), {"mdta/date"}}, {field(F::Year), {"mdta/year"}},
-    {field(F::Copyright), {"mdta/copyright"}}, {field(F::Publisher), {"mdta/publisher"}},
-    {field(F::Band), {"mdta/album_artist"}}, {field(F::Comments), {"mdta/comment"}},
-    {field(F::Lyrics), {"mdta/lyrics"}}, {kPicture, {"mdta/com.apple.quicktime.artwork"}},
-};
+// The identifiers of a field's keys: "id3/TIT2", "itsk/%A9nam", "mdta/title", "caaf/info-title".
+QString id3(F f) { return QStringLiteral("id3/") + QLatin1String(kFields[int(f)].id3); }
+QString id3(const char* frame) { return QStringLiteral("id3/") + QLatin1String(frame); }
+QString itsk(const char* atom) { return itemIdentifier(ItemKeySpace::ITunes, atom); }
+QString itsk(F f) { return itsk(kFields[int(f)].mp4); }
+QString mdta(const char* key) { return itemIdentifier(ItemKeySpace::QuickTimeKeys, key); }
+QString ffmpeg(F f) { return mdta(kFields[int(f)].ffmpeg); }
+QString caaf(F f) { return QStringLiteral("caaf/info-") + percentEncodeKey(kFields[int(f)].info); }
+const QString kOriginalArtist = id3("TOPE");
+const QString kYearOfV23 = id3("TYER");
 
-const Row kAiffRows[] = {
-    {field(F::Album), {"id3/TALB", "itsk/%A9alb", "caaf/info-album"}},
-    {field(F::Artist), {"id3/TPE1", "itsk/%A9ART", "caaf/info-artist", "id3/TOPE"}},
-    {kPicture, {"id3/APIC", "itsk/covr"}},
-    {field(F::Title), {"id3/TIT2", "itsk/%A9nam", "caaf/info-title"}},
-    {kLocation, {"uiso/loci", "mdta/com.apple.quicktime.location.ISO6709"}},
-    {field(F::Year), {"caaf/info-year"}},
-    {field(F::Publisher), {"mdta/com.apple.quicktime.publisher", "itsk/%A9pub", "id3/TPUB"}},
-    {field(F::Copyright), {"mdta/com.apple.quicktime.copyright", "itsk/cprt", "id3/TCOP"}},
-    {kDescription, {"mdta/com.apple.quicktime.description"}},
-    {field(F::Comments), {"id3/COMM", "caaf/info-comments"}},
-    {field(F::Subtitle), {"id3/TIT3"}},
-    {field(F::Band), {"id3/TPE2"}},
-    {field(F::Lyrics), {"id3/TEXT", "itsk/%A9lyr"}},
-    {field(F::Composer), {"id3/TCOM", "caaf/info-composer"}},
-    {field(F::TrackNumber), {"caaf/info-track%20number"}},
-    {field(F::RecordDate), {"uiso/date", "mdta/com.apple.quicktime.creationdate", "id3/TRDA"}},
-};
+// Where a song may hold its picture, place and description besides its fields.
+QStringList pictures() { return {id3(kArtwork.id3), itsk(kArtwork.mp4)}; }
+QStringList locations()
+{
+    return {itemIdentifier(ItemKeySpace::IsoUserData, threeGppBox::location), mdta(appleKey::location)};
+}
+QStringList recordingDates(F f) { return {itemIdentifier(ItemKeySpace::IsoUserData, threeGppBox::date), mdta(appleKey::creationDate), id3(f)}; }
 
-template <std::size_t N>
-AudioRecordRole lookup(const Row (&rows)[N], const QString& identifier)
+const QList<Row>& mp3Rows()
+{
+    static const QList<Row> rows = {
+        {field(F::Album), {id3(F::Album), itsk(F::Album)}},
+        {field(F::Artist), {id3(F::Artist), itsk(F::Artist), kOriginalArtist}},
+        {kPicture, pictures()},
+        {field(F::Title), {id3(F::Title), itsk(F::Title)}},
+        {kLocation, locations()},
+        // TDRC took TYER's place in ID3v2.4.
+        {field(F::Year), {kYearOfV23, itsk(F::Year), id3(F::Year)}},
+        {field(F::Publisher), {mdta(appleKey::publisher), itsk(F::Publisher), id3(F::Publisher)}},
+        {field(F::Copyright), {mdta(appleKey::copyright), itsk(F::Copyright), id3(F::Copyright)}},
+        {kDescription, {mdta(appleKey::description)}},
+        {field(F::Comments), {id3(F::Comments), itsk(F::Comments)}},
+        {field(F::Subtitle), {id3(F::Subtitle), itsk(F::Subtitle)}},
+        {field(F::Band), {id3(F::Band)}},
+        {field(F::Lyrics), {id3(F::Lyrics), itsk(F::Lyrics)}},
+        {field(F::Composer), {id3(F::Composer), itsk(F::Composer)}},
+        {field(F::TrackNumber), {id3(F::TrackNumber), itsk(F::TrackNumber)}},
+        {field(F::RecordDate), recordingDates(F::RecordDate)},
+        // FFmpeg's key names, as M4A files made with use_metadata_tags hold them.
+        {field(F::Title), {ffmpeg(F::Title)}}, {field(F::Subtitle), {ffmpeg(F::Subtitle)}},
+        {field(F::Album), {ffmpeg(F::Album)}}, {field(F::Artist), {ffmpeg(F::Artist)}},
+        {field(F::TrackNumber), {ffmpeg(F::TrackNumber)}}, {field(F::Composer), {ffmpeg(F::Composer)}},
+        {field(F::RecordDate), {ffmpeg(F::RecordDate)}}, {field(F::Year), {ffmpeg(F::Year)}},
+        {field(F::Copyright), {ffmpeg(F::Copyright)}}, {field(F::Publisher), {ffmpeg(F::Publisher)}},
+        {field(F::Band), {ffmpeg(F::Band)}}, {field(F::Comments), {ffmpeg(F::Comments)}},
+        {field(F::Lyrics), {ffmpeg(F::Lyrics)}}, {kPicture, {mdta(kArtwork.ffmpeg)}},
+    };
+    return rows;
+}
+
+const QList<Row>& aiffRows()
+{
+    static const QList<Row> rows = {
+        {field(F::Album), {id3(F::Album), itsk(F::Album), caaf(F::Album)}},
+        {field(F::Artist), {id3(F::Artist), itsk(F::Artist), caaf(F::Artist), kOriginalArtist}},
+        {kPicture, pictures()},
+        {field(F::Title), {id3(F::Title), itsk(F::Title), caaf(F::Title)}},
+        {kLocation, locations()},
+        {field(F::Year), {caaf(F::Year)}},
+        {field(F::Publisher), {mdta(appleKey::publisher), itsk(F::Publisher), id3(F::Publisher)}},
+        {field(F::Copyright), {mdta(appleKey::copyright), itsk(F::Copyright), id3(F::Copyright)}},
+        {kDescription, {mdta(appleKey::description)}},
+        {field(F::Comments), {id3(F::Comments), caaf(F::Comments)}},
+        {field(F::Subtitle), {id3(F::Subtitle)}},
+        {field(F::Band), {id3(F::Band)}},
+        {field(F::Lyrics), {id3(F::Lyrics), itsk(F::Lyrics)}},
+        {field(F::Composer), {id3(F::Composer), caaf(F::Composer)}},
+        {field(F::TrackNumber), {caaf(F::TrackNumber)}},
+        {field(F::RecordDate), recordingDates(F::RecordDate)},
+    };
+    return rows;
+}
+
+AudioRecordRole lookup(const QList<Row>& rows, const QString& identifier)
 {
     for (const Row& row : rows)
-        for (const char* id : row.identifiers)
-            if (identifier == QLatin1String(id))
-                return row.role;
+        if (row.identifiers.contains(identifier))
+            return row.role;
     return {};
 }
 
@@ -208,7 +235,7 @@ AudioRecordRole audioRecordRole(const QString& identifier, bool infoSpace, Audio
 {
     if (infoSpace)
         return infoRole(identifier);
-    return route == AudioReaderRoute::Aiff ? lookup(kAiffRows, identifier) : lookup(kMp3Rows, identifier);
+    return route == AudioReaderRoute::Aiff ? lookup(aiffRows(), identifier) : lookup(mp3Rows(), identifier);
 }
 
 }  // namespace pelorin

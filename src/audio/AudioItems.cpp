@@ -1,6 +1,7 @@
 #include "audio/AudioItems.h"
 
 #include "audio/AudioFields.h"
+#include "isobmff/ItemKeys.h"
 
 #include "audio/AudioStoredOrder.h"
 #include "audio/Mp4KeyTags.h"
@@ -221,7 +222,7 @@ void mp4Item(const TagLib::String& name, const TagLib::MP4::Item& item, MediaMet
             }
             return;
         }
-        if (name == audioFieldSpec(AudioField::TrackNumber).mp4 || name == "disk") {
+        if (name == audioFieldSpec(AudioField::TrackNumber).mp4 || name == itunesAtom::discNumber) {
             const auto pair = item.toIntPair();
             add(items, QStringLiteral("itsk"), key,
                 pair.second ? QStringLiteral("%1/%2").arg(pair.first).arg(pair.second)

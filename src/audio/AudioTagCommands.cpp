@@ -56,9 +56,8 @@ CommandResult runSong(const QString& source, const AudioReading& reading, const 
         result.skip(source, reading.problem);
         return result;
     }
-    if (!audioCapabilities(reading.container).writeArtwork && !song.edit.artwork.isEmpty()) {
-        result.skip(source, QStringLiteral("%1 files cannot hold artwork here; nothing was written")
-                                .arg(audioContainerName(reading.container)));
+    if (const QString refusal = audioArtworkRefusal(reading.container); !refusal.isEmpty() && !song.edit.artwork.isEmpty()) {
+        result.skip(source, refusal + QStringLiteral("; nothing was written"));
         return result;
     }
     const QString target = context.claimOutput(storageOutputPath(context.storageFolder, QFileInfo(source).fileName()), source);

@@ -66,6 +66,8 @@ inline constexpr char freeform[] = "----";
 inline constexpr char mediaKind[] = "stik";
 inline constexpr char highDefinition[] = "hdvd";
 inline constexpr char gapless[] = "pgap";
+// A free-form item ("----" with a mean and a name) of the recording date, as several taggers write it.
+inline constexpr char recordingDate[] = "----:com.apple.iTunes:RECORDINGDATE";
 }  // namespace itunesAtom
 
 // QuickTime user-data atoms.
@@ -131,6 +133,7 @@ inline constexpr char captureFrameRate[] = "com.android.capture.fps";
 // FFmpeg's own names: its QuickTime keys (use_metadata_tags) and the tags it gives every container.
 namespace ffmpegKey {
 inline constexpr char title[] = "title";
+inline constexpr char subtitle[] = "subtitle";
 inline constexpr char artist[] = "artist";
 inline constexpr char album[] = "album";
 inline constexpr char albumArtist[] = "album_artist";
@@ -141,6 +144,9 @@ inline constexpr char genre[] = "genre";
 inline constexpr char copyright[] = "copyright";
 inline constexpr char publisher[] = "publisher";
 inline constexpr char date[] = "date";
+inline constexpr char year[] = "year";
+inline constexpr char track[] = "track";
+inline constexpr char lyrics[] = "lyrics";
 inline constexpr char creationTime[] = "creation_time";
 inline constexpr char encoder[] = "encoder";
 }  // namespace ffmpegKey

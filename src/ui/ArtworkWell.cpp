@@ -99,9 +99,15 @@ void ArtworkWell::paintEvent(QPaintEvent*)
     painter.drawPath(rounded);
 }
 
+void ArtworkWell::setRefusal(const QString& reason)
+{
+    refusal_ = reason;
+    setToolTip(reason);
+}
+
 void ArtworkWell::dragEnterEvent(QDragEnterEvent* event)
 {
-    if (acceptsDrop(DropTarget::ArtworkWell, event->mimeData())) {
+    if (refusal_.isEmpty() && acceptsDrop(DropTarget::ArtworkWell, event->mimeData())) {
         event->setDropAction(Qt::CopyAction);
         event->accept();
         setDragHovering(true);
@@ -112,7 +118,7 @@ void ArtworkWell::dragEnterEvent(QDragEnterEvent* event)
 
 void ArtworkWell::dragMoveEvent(QDragMoveEvent* event)
 {
-    if (acceptsDrop(DropTarget::ArtworkWell, event->mimeData())) {
+    if (refusal_.isEmpty() && acceptsDrop(DropTarget::ArtworkWell, event->mimeData())) {
         event->setDropAction(Qt::CopyAction);
         event->accept();
     } else {
@@ -130,7 +136,7 @@ void ArtworkWell::dropEvent(QDropEvent* event)
 {
     setDragHovering(false);
     const QStringList paths = droppedFilePaths(event->mimeData());
-    if (paths.isEmpty() || !acceptsDrop(DropTarget::ArtworkWell, event->mimeData())) {
+    if (paths.isEmpty() || !refusal_.isEmpty() || !acceptsDrop(DropTarget::ArtworkWell, event->mimeData())) {
         event->ignore();
         return;
     }

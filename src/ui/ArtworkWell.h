@@ -16,6 +16,9 @@ public:
     void setPicture(const QImage& picture);
     void showPlaceholder();
     bool hasPicture() const { return !picture_.isNull(); }
+    // A well whose item cannot hold artwork takes no drop and says why; an empty reason: it can.
+    void setRefusal(const QString& reason);
+    bool acceptsArtwork() const { return refusal_.isEmpty(); }
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
@@ -35,6 +38,7 @@ private:
 
     QImage picture_;
     bool dragHovering_ = false;
+    QString refusal_;
 };
 
 }  // namespace pelorin

@@ -60,6 +60,23 @@ TEST_F(CliTagsTest, SetReadsEachSongsTagsOnce)
     }
 }
 
+// A song whose container cannot hold artwork is refused by the same words the editor's artwork
+// well shows, and nothing is written for it; the others of the batch take the picture.
+TEST_F(CliTagsTest, ArtworkIsRefusedForContainersThatCannotHoldIt)
+{
+    const QString caf = copyOfSample(QStringLiteral("atl-lpcm.caf"), QStringLiteral("a.caf"));
+    const QString mp3 = copyOfSample(QStringLiteral("atl-id3v23_utf16_apic.mp3"), QStringLiteral("b.mp3"));
+    const QString picture = test::dataPath(QStringLiteral("et-GPS.jpg"));
+    const QString out = work.filePath(QStringLiteral("out"));
+    const test::CliRun run = cli({QStringLiteral("-o"), out, QStringLiteral("tags"), QStringLiteral("set"),
+                                  QStringLiteral("--artwork"), picture, caf, mp3});
+    EXPECT_EQ(run.exitCode, 1);
+    EXPECT_TRUE(run.err.contains(QStringLiteral("CAF files cannot hold artwork here; nothing was written")))
+        << run.err.toStdString();
+    EXPECT_FALSE(QFile::exists(out + QStringLiteral("/a.caf")));
+    EXPECT_TRUE(QFile::exists(out + QStringLiteral("/b.mp3")));
+}
+
 // Ctrl-C stops the batch after the song in hand: what was written is whole and named, nothing
 // else is, and the command says how far it came.
 TEST_F(CliTagsTest, InterruptStopsTheBatchAndReportsTheFilesDone)

@@ -521,6 +521,16 @@ void MediaEditorsTest::artworkWellTakesPicturesNotAudio()
     QVERIFY(dragAndDrop(child<QWidget>(&video, "videoArtImageView"), movie));
     QCOMPARE(videoDropped.count(), 1);
     QCOMPARE(videoDropped.at(0).at(0).toString(), movie);
+
+    // A song whose container cannot hold artwork takes no drop, and its well says why, in the
+    // words `tags set --artwork` uses for it.
+    audio.showItem(readAudioRecord(test::dataPath(QStringLiteral("atl-lpcm.caf"))));
+    QVERIFY(!dragAndDrop(child<QWidget>(&audio, "audioArtImageView"), picture));
+    QCOMPARE(audioDropped.count(), 1);
+    QCOMPARE(audio.artworkWell()->toolTip(), QStringLiteral("CAF files cannot hold artwork here"));
+    audio.showItem(readAudioRecord(test::dataPath(QStringLiteral("atl-id3v23_utf16_apic.mp3"))));
+    QVERIFY(dragAndDrop(child<QWidget>(&audio, "audioArtImageView"), picture));
+    QCOMPARE(audioDropped.count(), 2);
 }
 
 void MediaEditorsTest::droppedArtworkLastsUntilTheNextItem()

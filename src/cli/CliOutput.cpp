@@ -147,9 +147,13 @@ int CliReporter::report(const CommandResult& result)
             printLine(invocation_.err, QStringLiteral("%1: %2").arg(result.alert->message,
                                                                      result.alert->informativeText));
     }
-    if (interruptFlag()->load()) {
-        printLine(invocation_.err, QStringLiteral("interrupted: %1 of %2 files done; the others were not touched")
-                                       .arg(done_->load()).arg(total_->load()));
+    // Ctrl-C after the last file changed nothing: the run counts as finished.
+    const int done = done_->load();
+    const int total = total_->load();
+    if (interruptFlag()->load() && (total == 0 || done < total)) {
+        printLine(invocation_.err, total > 0 ? QStringLiteral("interrupted: %1 of %2 files done; the others were not touched")
+                                                   .arg(done).arg(total)
+                                             : QStringLiteral("interrupted: the files not listed were not touched"));
         return ExitInterrupted;
     }
     if (result.alert)

@@ -37,15 +37,6 @@ TEST(AudioContainerTest, DetectsTheContainerByContentNotByName)
     EXPECT_EQ(detectAudioContainer(QByteArray("ID3\x03\0\0\0\0\0\0fLaC", 14)), AudioContainer::Flac);
 }
 
-TEST(AudioContainerTest, RoutesReadersByExtension)
-{
-    EXPECT_EQ(audioReaderRoute(QStringLiteral("FLAC")), AudioReaderRoute::Wav);
-    EXPECT_EQ(audioReaderRoute(QStringLiteral("au")), AudioReaderRoute::Wav);
-    EXPECT_EQ(audioReaderRoute(QStringLiteral("AIFF")), AudioReaderRoute::Aiff);
-    EXPECT_EQ(audioReaderRoute(QStringLiteral("aifc")), AudioReaderRoute::Mp3);
-    EXPECT_EQ(audioReaderRoute(QStringLiteral("ogg")), AudioReaderRoute::Mp3);
-}
-
 TEST(AudioRecordTest, Mp3FramesFillTheRecordInFileOrder)
 {
     AudioReading reading;

@@ -129,26 +129,4 @@ TEST_F(CliReportsTest, ArtworkExportKeepsAJpegAndConvertsAPng)
     EXPECT_EQ(converted.value(QStringLiteral("File:ImageHeight")).toInt(), source.value(QStringLiteral("PNG:ImageHeight")).toInt());
 }
 
-// A folder served as a camera (libgphoto2's directory driver): camera files lists what the
-// card holds with its sizes, camera download copies one file byte for byte.
-TEST_F(CliReportsTest, CameraListsAndDownloadsFromAFolderServedAsACamera)
-{
-    const QString card = out.filePath(QStringLiteral("card/DCIM/100TEST"));
-    ASSERT_TRUE(QDir().mkpath(card));
-    for (const char* name : {"exiv2-nikon-d70.jpg", "et-MP3.mp3"})
-        ASSERT_TRUE(QFile::copy(dataFile(name), card + QLatin1Char('/') + QString::fromLatin1(name)));
-    const QString port = QStringLiteral("disk:") + out.filePath(QStringLiteral("card"));
-    CliRun run = cli({QStringLiteral("camera"), QStringLiteral("files"), QStringLiteral("--port"), port});
-    ASSERT_EQ(run.exitCode, 0) << run.err.toStdString();
-    EXPECT_TRUE(run.out.contains(QStringLiteral("/DCIM/100TEST/exiv2-nikon-d70.jpg\t%1").arg(QFileInfo(dataFile("exiv2-nikon-d70.jpg")).size())))
-        << run.out.toStdString();
-    const QString downloads = out.filePath(QStringLiteral("downloads"));
-    run = cli({QStringLiteral("camera"), QStringLiteral("download"), QStringLiteral("--port"), port, QStringLiteral("--output"),
-               downloads, QStringLiteral("exiv2-nikon-d70.jpg")});
-    ASSERT_EQ(run.exitCode, 0) << run.err.toStdString();
-    QFile original(dataFile("exiv2-nikon-d70.jpg")), copy(downloads + QStringLiteral("/exiv2-nikon-d70.jpg"));
-    ASSERT_TRUE(original.open(QIODevice::ReadOnly) && copy.open(QIODevice::ReadOnly));
-    EXPECT_EQ(copy.readAll(), original.readAll());
-}
-
 }  // namespace

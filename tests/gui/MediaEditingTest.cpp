@@ -3,7 +3,6 @@
 #include "ExifTool.h"
 #include "LoopbackHttpServer.h"
 #include "TestPaths.h"
-#include "ToolMovies.h"
 #include "WindowTestApp.h"
 #include "app/AppDelegate.h"
 #include "app/AudioEditorView.h"
@@ -22,7 +21,6 @@
 #include "app/UpdateActions.h"
 #include "app/UpdateWindow.h"
 #include "app/VideoEditorView.h"
-#include "app/EditorFieldGroups.h"
 #include "audio/AudioTagChanges.h"
 #include "audio/AudioRecord.h"
 #include "model/Preferences.h"
@@ -42,7 +40,6 @@
 #include <QPainter>
 #include <QProcess>
 #include <QScrollArea>
-#include <QScrollBar>
 #include <QPushButton>
 #include <QSettings>
 #include <QStackedWidget>
@@ -329,54 +326,6 @@ private slots:
         }
         QVERIFY2(coordinates.contains(QStringLiteral("-33.45")) && coordinates.contains(QStringLiteral("-70.66")),
                  qPrintable(coordinates));
-    }
-
-    // Movies titled the two ways FFmpeg writes titles: QuickTime keys in the user data
-    // (use_metadata_tags) and plain user-data texts; the date of the second comes from the
-    // movie header only.
-    void moviesFromFfmpegShowTheirTitlesArtistsAndDates()
-    {
-        const QString keys = temp_.filePath(QStringLiteral("ffmpeg-keys.mov"));
-        const QString plain = temp_.filePath(QStringLiteral("ffmpeg-plain.mov"));
-        QVERIFY(test::makeFfmpegFile(keys, {"-movflags", "use_metadata_tags", "-metadata", "title=Keys Title",
-                                            "-metadata", "artist=Keys Artist", "-metadata",
-                                            "creation_time=2020-06-01T10:00:00Z"}));
-        QVERIFY(test::makeFfmpegFile(plain, {"-metadata", "title=Plain Title", "-metadata", "artist=Plain Artist",
-                                             "-metadata", "creation_time=2019-05-06T07:08:09Z"}));
-        app_->panels.chooseFiles = [&](QWidget*, const QString&, const QString&) { return QStringList{keys, plain}; };
-        app_->importActions()->AddMediaFileAction();
-        app_->importer()->waitForDone();
-        const QString headerDate = QDateTime(QDate(2019, 5, 6), QTime(7, 8, 9), Qt::UTC)
-                                       .toLocalTime()
-                                       .toString(QStringLiteral("yyyy:MM:dd HH:mm:ss"));
-        const struct {
-            QString file, title, artist, date, screenshot;
-        } cases[] = {
-            {keys, "Keys Title", "Keys Artist", "2020-06-01 10:00:00", "video-editor-ffmpeg-keys"},
-            {plain, "Plain Title", "Plain Artist", headerDate, "video-editor-ffmpeg-plain"},
-        };
-        for (const auto& c : cases) {
-            openInEditor(QFileInfo(c.file).fileName());
-            VideoEditorView* editor = app_->mediaEdits()->videoView();
-            QCOMPARE(app_->window()->rightStack->currentWidget(), editor);
-            QCOMPARE(editor->findChild<QLineEdit*>(QStringLiteral("mediaTitle"))->text(), c.title);
-            QCOMPARE(editor->findChild<QLineEdit*>(QStringLiteral("mediaArtist"))->text(), c.artist);
-            auto* recordDate = editor->findChild<InfoLine*>(QStringLiteral("videoInfoRecordDate"));
-            QVERIFY(recordDate);
-            QCOMPARE(recordDate->fullText(), QStringLiteral("Record Date: ") + c.date);
-            if (auto* scroll = editor->findChild<QScrollArea*>())
-                scroll->verticalScrollBar()->setValue(0);
-            QTest::qWait(150);
-            QVERIFY(app_->window()->grab().save(screenshotPath(c.screenshot + ".png")));
-            // The editor alone, scrolled to its date fields.
-            auto* shootDate = editor->findChild<QLineEdit*>(QStringLiteral("mediaShootDate"));
-            QVERIFY(shootDate);
-            QCOMPARE(shootDate->text(), c.date);
-            if (auto* scroll = editor->findChild<QScrollArea*>())
-                scroll->ensureWidgetVisible(shootDate);
-            QTest::qWait(50);
-            QVERIFY(editor->grab().save(screenshotPath(c.screenshot + "-dates.png")));
-        }
     }
 
     void photoMapsFollowTheSelectedPhoto()

@@ -1,9 +1,9 @@
 #include "isobmff/BoxRewrite.h"
 
 #include "TestPaths.h"
+#include "ToolMovies.h"
 
 #include <QFile>
-#include <QProcess>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -11,28 +11,6 @@
 using namespace pelorin;
 
 namespace {
-
-QByteArray run(const QString& program, const QStringList& arguments)
-{
-    QProcess process;
-    process.start(program, arguments);
-    if (!process.waitForFinished(60000) || process.exitCode() != 0)
-        return {};
-    return process.readAllStandardOutput();
-}
-
-// The packets of every stream, hashed: equal hashes mean every media byte survived.
-QByteArray streamHashes(const QString& path)
-{
-    return run("ffmpeg", {"-v", "error", "-i", path, "-map", "0", "-c", "copy", "-f", "streamhash", "-"});
-}
-
-QString probedTitle(const QString& path)
-{
-    return QString::fromUtf8(run("ffprobe", {"-v", "error", "-show_entries", "format_tags=title", "-of",
-                                             "default=noprint_wrappers=1:nokey=1", path}))
-        .trimmed();
-}
 
 BoxTree treeOfFile(const QString& path)
 {
@@ -98,10 +76,10 @@ TEST(BoxRewrite, MovieBeforeMediaGrowsAndTheChunkOffsetsFollow)
     EXPECT_TRUE(out.report.offsetsShifted);
     EXPECT_GT(mdatOffset(out.path), mdatOffset(source));
     EXPECT_TRUE(treeOfFile(out.path).clean());
-    const QByteArray hashes = streamHashes(source);
+    const QByteArray hashes = test::streamHash(source);
     ASSERT_FALSE(hashes.isEmpty());
-    EXPECT_EQ(streamHashes(out.path), hashes);
-    EXPECT_TRUE(probedTitle(out.path).endsWith(" end"));
+    EXPECT_EQ(test::streamHash(out.path), hashes);
+    EXPECT_TRUE(test::ffprobeTags(out.path).value("title").endsWith(" end"));
 }
 
 TEST(BoxRewrite, MovieAfterMediaLeavesTheMediaInPlace)
@@ -114,8 +92,8 @@ TEST(BoxRewrite, MovieAfterMediaLeavesTheMediaInPlace)
         ASSERT_TRUE(out.report.written) << out.report.error.toStdString();
         EXPECT_FALSE(out.report.offsetsShifted);
         EXPECT_EQ(mdatOffset(out.path), mdatOffset(source));
-        EXPECT_EQ(streamHashes(out.path), streamHashes(source));
-        EXPECT_EQ(probedTitle(out.path), QStringLiteral("Ein Titel ü"));
+        EXPECT_EQ(test::streamHash(out.path), test::streamHash(source));
+        EXPECT_EQ(test::ffprobeTags(out.path).value("title"), QStringLiteral("Ein Titel ü"));
     }
 }
 
@@ -128,7 +106,7 @@ TEST(BoxRewrite, FreeSpaceAbsorbsShrinkingAndLaterGrowth)
     EXPECT_TRUE(shrunk.report.paddingUsed);
     EXPECT_FALSE(shrunk.report.offsetsShifted);
     EXPECT_EQ(mdatOffset(shrunk.path), mdatOffset(source));
-    EXPECT_TRUE(probedTitle(shrunk.path).isEmpty());
+    EXPECT_TRUE(test::ffprobeTags(shrunk.path).value("title").isEmpty());
 
     // The 'free' box left behind takes a small title without moving the media.
     const Edited grown = rewriteMovie(shrunk.path, dir, "grown.mp4", [](BoxNode& moov) { setTitle(moov, "Short"); });
@@ -137,8 +115,8 @@ TEST(BoxRewrite, FreeSpaceAbsorbsShrinkingAndLaterGrowth)
     EXPECT_FALSE(grown.report.offsetsShifted);
     EXPECT_EQ(mdatOffset(grown.path), mdatOffset(source));
     EXPECT_EQ(QFile(grown.path).size(), QFile(source).size());
-    EXPECT_EQ(probedTitle(grown.path), "Short");
-    EXPECT_EQ(streamHashes(grown.path), streamHashes(source));
+    EXPECT_EQ(test::ffprobeTags(grown.path).value("title"), "Short");
+    EXPECT_EQ(test::streamHash(grown.path), test::streamHash(source));
 }
 
 // Large media that has to move moves by whole blocks (a 'free' box of ours takes up the rest), so
@@ -154,7 +132,7 @@ TEST(BoxRewrite, LargeMediaMovesByWholeBlocksOrNotAtAll)
     ASSERT_GT(QFile(source).size(), 1024 * 1024);
     const std::int64_t before = mdatOffset(source);
     ASSERT_GT(before, 0);
-    const QByteArray hashes = streamHashes(source);
+    const QByteArray hashes = test::streamHash(source);
     ASSERT_FALSE(hashes.isEmpty());
 
     const Edited grown = rewriteMovie(source, dir, "grown.mp4", [](BoxNode& moov) { setTitle(moov, QByteArray(300, 'T')); });
@@ -164,14 +142,14 @@ TEST(BoxRewrite, LargeMediaMovesByWholeBlocksOrNotAtAll)
     EXPECT_GT(moved, 0);
     EXPECT_EQ(moved % 4096, 0);
     EXPECT_TRUE(treeOfFile(grown.path).top("free"));
-    EXPECT_EQ(streamHashes(grown.path), hashes);
-    EXPECT_EQ(probedTitle(grown.path), QString(300, 'T'));
+    EXPECT_EQ(test::streamHash(grown.path), hashes);
+    EXPECT_EQ(test::ffprobeTags(grown.path).value("title"), QString(300, 'T'));
 
     const Edited shrunk = rewriteMovie(source, dir, "shrunk.mp4", [](BoxNode& moov) { moov.removeChildren("udta"); });
     ASSERT_TRUE(shrunk.report.written) << shrunk.report.error.toStdString();
     EXPECT_FALSE(shrunk.report.offsetsShifted);
     EXPECT_EQ(mdatOffset(shrunk.path), before);
-    EXPECT_EQ(streamHashes(shrunk.path), hashes);
+    EXPECT_EQ(test::streamHash(shrunk.path), hashes);
 }
 
 TEST(BoxRewrite, RefusesFragmentedAndDamagedFilesWithoutWriting)

@@ -5,16 +5,6 @@
 namespace pelorin {
 namespace {
 
-TEST(FileKinds, ListsHaveTheirFixedLengthsWithDuplicatesKept)
-{
-    EXPECT_EQ(kindListWords(FileKindList::Raw).size(), 9);
-    EXPECT_EQ(kindListWords(FileKindList::Image).size(), 145);
-    EXPECT_EQ(kindListWords(FileKindList::Video).size(), 56);
-    EXPECT_EQ(kindListWords(FileKindList::Audio).size(), 41);
-    EXPECT_EQ(kindListWords(FileKindList::Image).count(QStringLiteral("CDR")), 2);
-    EXPECT_EQ(kindListWords(FileKindList::Image).count(QStringLiteral("DCR")), 2);
-}
-
 TEST(FileKinds, EveryWordAnswersItsFirstPositionInAnyCase)
 {
     for (FileKindList list :

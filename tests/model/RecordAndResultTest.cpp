@@ -6,23 +6,6 @@
 namespace pelorin {
 namespace {
 
-TEST(IKImageItem, NewRecordIsAnEmptyImage)
-{
-    const IKImageItem item;
-    EXPECT_EQ(item.fileType, QStringLiteral("Image"));
-    EXPECT_EQ(item.imageRepresentationType(), BrowserRepresentation::ImagePath);
-    EXPECT_TRUE(item.fileMetaArray.isEmpty());
-    EXPECT_TRUE(item.filePath.isNull());
-    EXPECT_TRUE(item.fileImage.isNull());
-    EXPECT_FALSE(item.cameraItem.isValid());
-    EXPECT_EQ(item.fileduration, 0.0);
-    EXPECT_EQ(item.filelatitude, 0.0);
-    EXPECT_EQ(item.filelongtitude, 0.0);
-    EXPECT_EQ(item.fileAtitude, 0.0);
-    EXPECT_EQ(item.filePixWidth, 0);
-    EXPECT_FALSE(item.bhasCopy);
-}
-
 TEST(IKImageItem, BrowserOperationsFollowPathAndType)
 {
     IKImageItem movie;
@@ -42,20 +25,6 @@ TEST(IKImageItem, BrowserOperationsFollowPathAndType)
     IKImageItem audio;
     audio.fileType = QStringLiteral("Audio");
     EXPECT_EQ(audio.imageRepresentationType(), BrowserRepresentation::QuickLookPath);
-}
-
-TEST(IKImageItem, RecordsAreIndependentValues)
-{
-    QString title = QStringLiteral("Before");
-    IKImageItem item;
-    item.fileTitle = title;
-    item.fileMetaArray.append({QStringLiteral("id3"), QStringLiteral("TIT2"), QStringLiteral("id3/TIT2"),
-                               QStringLiteral("Before"), QStringLiteral("UTF-8"), {}});
-    IKImageItem copy = item;
-    title.append(QStringLiteral(" and after"));
-    copy.fileMetaArray[0].value = QStringLiteral("Changed");
-    EXPECT_EQ(item.fileTitle, QStringLiteral("Before"));
-    EXPECT_EQ(item.fileMetaArray[0].value.toString(), QStringLiteral("Before"));
 }
 
 TEST(CommandResult, MergeKeepsEverythingAndTheFirstAlert)

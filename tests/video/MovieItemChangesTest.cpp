@@ -3,8 +3,8 @@
 
 #include "ExifTool.h"
 #include "TestPaths.h"
+#include "ToolMovies.h"
 
-#include <QProcess>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -12,23 +12,6 @@
 using namespace pelorin;
 
 namespace {
-
-QByteArray streamHashes(const QString& path)
-{
-    QProcess process;
-    process.start("ffmpeg", {"-v", "error", "-i", path, "-map", "0", "-c", "copy", "-f", "streamhash", "-"});
-    process.waitForFinished(60000);
-    return process.exitCode() == 0 ? process.readAllStandardOutput() : QByteArray();
-}
-
-QString ffprobeTag(const QString& path, const QString& tag)
-{
-    QProcess process;
-    process.start("ffprobe", {"-v", "error", "-show_entries", "format_tags=" + tag, "-of",
-                              "default=noprint_wrappers=1:nokey=1", path});
-    process.waitForFinished(60000);
-    return QString::fromUtf8(process.readAllStandardOutput()).trimmed();
-}
 
 QStringList identifiers(const QString& path)
 {
@@ -50,14 +33,14 @@ TEST(MovieItemChanges, TitleOnAMovieWithKeysKeepsEverythingElse)
                                    ItemChange::set("mdta/com.apple.quicktime.director", "Dir")},
                           target);
     ASSERT_TRUE(report.written) << report.error.toStdString();
-    EXPECT_EQ(ffprobeTag(target, "title"), QString::fromUtf8("Névé"));
+    EXPECT_EQ(test::ffprobeTags(target).value("title"), QString::fromUtf8("Névé"));
     const QJsonObject before = test::exiftool(source);
     const QJsonObject after = test::exiftool(target);
     EXPECT_EQ(after.value("ItemList:Title").toString(), QString::fromUtf8("Névé"));
     EXPECT_EQ(after.value("Keys:Director").toString(), "Dir");
     for (const char* kept : {"Keys:Make", "Keys:Model", "Keys:Software", "Keys:CreationDate"})
         EXPECT_EQ(after.value(kept), before.value(kept)) << kept;
-    EXPECT_EQ(streamHashes(target), streamHashes(source));
+    EXPECT_EQ(test::streamHash(target), test::streamHash(source));
     const MovieReading reading = readMovieFile(target);
     EXPECT_EQ(reading.item.fileTitle, QString::fromUtf8("Névé"));
     EXPECT_EQ(reading.item.fileDirector, "Dir");
@@ -89,7 +72,7 @@ TEST(MovieItemChanges, UserDataAndLocationBoxesOnAnMp4)
                  ItemChange::set("uiso/titl", "Harbour"), ItemChange::set("uiso/kywd", "sea, sand")},
         target);
     ASSERT_TRUE(report.written) << report.error.toStdString();
-    EXPECT_EQ(streamHashes(target), streamHashes(source));
+    EXPECT_EQ(test::streamHash(target), test::streamHash(source));
     const QJsonObject after = test::exiftool(target);
     EXPECT_NEAR(after.value("Composite:GPSLatitude").toDouble(), -33.8688, 1e-4);
     EXPECT_NEAR(after.value("Composite:GPSLongitude").toDouble(), 151.2093, 1e-4);

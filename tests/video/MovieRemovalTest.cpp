@@ -4,11 +4,11 @@
 #include "EncodedPicture.h"
 #include "ExifTool.h"
 #include "TestPaths.h"
+#include "ToolMovies.h"
 
 #include <QBuffer>
 #include <QFile>
 #include <QFileInfo>
-#include <QProcess>
 #include <QImage>
 #include <QTemporaryDir>
 
@@ -108,11 +108,5 @@ TEST(MovieRemoval, XmpOutsideTheMovieBoxBecomesPaddingAndTheMediaStays)
     for (auto it = after.begin(); it != after.end(); ++it)
         EXPECT_FALSE(it.key().startsWith("XMP")) << it.key().toStdString();
     EXPECT_EQ(QFileInfo(output).size(), QFileInfo(source).size());
-    auto hashes = [](const QString& file) {
-        QProcess ffmpeg;
-        ffmpeg.start("ffmpeg", {"-v", "error", "-i", file, "-map", "0", "-c", "copy", "-f", "streamhash", "-"});
-        ffmpeg.waitForFinished(60000);
-        return ffmpeg.readAllStandardOutput();
-    };
-    EXPECT_EQ(hashes(output), hashes(source));
+    EXPECT_EQ(test::streamHash(output), test::streamHash(source));
 }

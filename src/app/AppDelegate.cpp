@@ -54,7 +54,6 @@ AppDelegate::AppDelegate(std::unique_ptr<Preferences> preferences)
     openUrl = [](const QUrl& url) { QDesktopServices::openUrl(url); };
     currentExifDictionary.clear();
     blocalMode = true;
-    oldTexts = PhotoEditorTexts();
     initializePhotoLibraries();
 }
 
@@ -464,7 +463,6 @@ void AppDelegate::showPhotoDetails(const QString& path, const QString& fileName,
     currentExifDictionary = photo.properties;
     currentFileName = fileName;
     const PhotoEditorFill& fill = inspection.fill;
-    oldTexts = fill.old;
     bMapPreview = fill.hasGps;
     currentCoords = QPointF(fill.latitude, fill.longitude);
     if (fill.hasGps)

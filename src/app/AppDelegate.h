@@ -77,7 +77,6 @@ public:
     QString currentFontname;
     int currentFontSize = 14;
     QColor currentFontColor = Qt::white;
-    PhotoEditorTexts oldTexts;  // each editor field's text right after it was filled
     bool bMapPreview = false;   // the photo in the inspector has a location
     QPointF currentCoords;      // its latitude and longitude, signed
 

@@ -255,10 +255,9 @@ void DateActions::ClickApplyChangeAction()
     if (!haveSelection())
         return;
     const PhotoSelection selection = app_.currentPhotoSelection();
-    const PhotoEditorTexts fields = app_.window()->photoEditorView->texts();
-    const PhotoEditorTexts old = app_.oldTexts;
-    app_.runPhotoCommand(QStringLiteral("Apply Changes"), selection, [selection, fields, old](const CommandContext& context) {
-        return applyPhotoEditorChanges(fields, old, selection, context);
+    const PhotoFieldChanges changes = app_.window()->photoEditorView->changes();
+    app_.runPhotoCommand(QStringLiteral("Apply Changes"), selection, [selection, changes](const CommandContext& context) {
+        return applyPhotoFieldChanges(selection, changes, context);
     });
 }
 

@@ -12,6 +12,7 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <optional>
 
 namespace pelorin {
 namespace {
@@ -32,30 +33,24 @@ QToolButton { color: #ECF0F1; background: transparent; border: none; padding: 2p
 QToolButton:hover, QToolButton:pressed { color: #5FC3FF; }
 )";
 
-// Which text of the editor each field holds, and the group an edit of it starts.
-struct FieldSlot {
-    const char* objectName;
-    const char* caption;
-    QString PhotoEditorTexts::*member;
+// Each section of the editor's fields: its heading, and the group an edit of it starts.
+struct SectionLook {
+    PhotoSection section;
+    const char* heading;
     const QString* group;
 };
 
-const FieldSlot kFields[] = {
-    {"titleField", "Title:", &PhotoEditorTexts::title, &kBasic},
-    {"artistField", "Artist:", &PhotoEditorTexts::artist, &kBasic},
-    {"imageDescField", "Description:", &PhotoEditorTexts::imageDescription, &kBasic},
-    {"copyrightField", "Copyright:", &PhotoEditorTexts::copyright, &kBasic},
-    {"commentField", "Comments:", &PhotoEditorTexts::comments, &kBasic},
-    {"keywordField", "Keywords:", &PhotoEditorTexts::keywords, &kBasic},
-    {"cameraMakeField", "Make:", &PhotoEditorTexts::cameraMake, &kCamera},
-    {"cameraModelField", "Model:", &PhotoEditorTexts::cameraModel, &kCamera},
-    {"cameraDateField", "Date taken:", &PhotoEditorTexts::cameraDate, &kCamera},
-    {"gpsLatitudeField", "Latitude:", &PhotoEditorTexts::gpsLatitude, &kGps},
-    {"gpsLongitudeField", "Longitude:", &PhotoEditorTexts::gpsLongitude, &kGps},
-    {"gpsAltitudeField", "Altitude:", &PhotoEditorTexts::gpsAltitude, &kGps},
-    {"gpsDateField", "GPS date:", &PhotoEditorTexts::gpsDate, &kGps},
-    {"gpsTimeField", "GPS time:", &PhotoEditorTexts::gpsTime, &kGps},
+const SectionLook kSections[] = {
+    {PhotoSection::Description, "Description", &kBasic},
+    {PhotoSection::Camera, "Camera", &kCamera},
+    {PhotoSection::Location, "Location", &kGps},
 };
+
+const SectionLook& sectionLook(PhotoSection section)
+{
+    return *std::find_if(std::begin(kSections), std::end(kSections),
+                         [section](const SectionLook& look) { return look.section == section; });
+}
 
 struct FactSlot {
     const char* objectName;
@@ -93,31 +88,7 @@ PhotoEditorPanel::PhotoEditorPanel(QWidget* parent) : QFrame(parent)
     setAttribute(Qt::WA_StyledBackground);
     applyLook(this, editorPanelStyleSheet(objectName(), kContentName, QString::fromLatin1(kLook)));
     setMinimumWidth(kPanelWidth);
-
-    // Picture buttons.
-    const struct {
-        const char* objectName;
-        const char* picture;
-        const char* text;
-        void (PhotoEditorPanel::*signal)();
-    } buttons[] = {
-        {"editBackBtn", "back", "Back", &PhotoEditorPanel::backRequested},
-        {"editTemplateBtn", "template", "Template", &PhotoEditorPanel::templateRequested},
-        {"editApplyBtn", "apply", "Apply", &PhotoEditorPanel::applyRequested},
-        {"changePhotoDateBtn", "savechanges", "Date", &PhotoEditorPanel::dateRequested},
-        {"changeMutiPhotoDateBtn", "dates", "Batch Dates", &PhotoEditorPanel::batchDateRequested},
-        {"editGpsBtn", "gps", "GPS", &PhotoEditorPanel::gpsRequested},
-    };
-    auto* buttonRow = new QHBoxLayout;
-    buttonRow->setContentsMargins(8, 6, 8, 6);
-    buttonRow->setSpacing(0);
-    for (const auto& b : buttons) {
-        auto* button = new HoverToolButton(QString::fromLatin1(b.objectName),
-                                           QString::fromLatin1(b.picture),
-                                           QString::fromLatin1(b.text), this);
-        connect(button, &QToolButton::clicked, this, b.signal);
-        buttonRow->addWidget(button, 1);
-    }
+    QHBoxLayout* buttons = addButtonRow();
 
     // Everything under the buttons scrolls when the window is short.
     auto* content = new QWidget;
@@ -132,26 +103,76 @@ PhotoEditorPanel::PhotoEditorPanel(QWidget* parent) : QFrame(parent)
     preview_->setAlignment(Qt::AlignCenter);
     contentLayout->addWidget(preview_, 0, Qt::AlignHCenter);
 
+    QList<QLabel*> captions = addFieldSections(content, contentLayout);
+    captions += addFactSection(content, contentLayout);
+    contentLayout->addStretch(1);
+
+    // One caption width for every group, so the fields line up down the whole panel.
+    int captionWidth = 0;
+    for (QLabel* caption : captions)
+        captionWidth = std::max(captionWidth, caption->sizeHint().width());
+    for (QLabel* caption : captions) {
+        caption->setMinimumWidth(captionWidth);
+        caption->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    }
+
+    fillPanelWithScrollArea(this, content, QStringLiteral("photoEditorScroll"), buttons);
+
+    resize(kPanelWidth, 720);
+}
+
+QHBoxLayout* PhotoEditorPanel::addButtonRow()
+{
+    const struct {
+        const char* objectName;
+        const char* picture;
+        const char* text;
+        void (PhotoEditorPanel::*signal)();
+    } buttons[] = {
+        {"editBackBtn", "back", "Back", &PhotoEditorPanel::backRequested},
+        {"editTemplateBtn", "template", "Template", &PhotoEditorPanel::templateRequested},
+        {"editApplyBtn", "apply", "Apply", &PhotoEditorPanel::applyRequested},
+        {"changePhotoDateBtn", "savechanges", "Date", &PhotoEditorPanel::dateRequested},
+        {"changeMutiPhotoDateBtn", "dates", "Batch Dates", &PhotoEditorPanel::batchDateRequested},
+        {"editGpsBtn", "gps", "GPS", &PhotoEditorPanel::gpsRequested},
+    };
+    auto* row = new QHBoxLayout;
+    row->setContentsMargins(8, 6, 8, 6);
+    row->setSpacing(0);
+    for (const auto& b : buttons) {
+        auto* button = new HoverToolButton(QString::fromLatin1(b.objectName), QString::fromLatin1(b.picture),
+                                           QString::fromLatin1(b.text), this);
+        connect(button, &QToolButton::clicked, this, b.signal);
+        row->addWidget(button, 1);
+    }
+    return row;
+}
+
+QList<QLabel*> PhotoEditorPanel::addFieldSections(QWidget* content, QVBoxLayout* contentLayout)
+{
     QList<QLabel*> captions;
     QFormLayout* form = nullptr;
-    const QString* currentGroup = nullptr;
-    for (const FieldSlot& slot : kFields) {
-        if (slot.group != currentGroup) {
-            currentGroup = slot.group;
-            const QString title = currentGroup == &kBasic    ? QStringLiteral("Description")
-                                  : currentGroup == &kCamera ? QStringLiteral("Camera")
-                                                             : QStringLiteral("Location");
-            form = sectionForm(title, content, contentLayout);
+    std::optional<PhotoSection> currentSection;
+    for (const PhotoFieldSpec& spec : photoFieldSpecs()) {
+        const SectionLook& look = sectionLook(spec.section);
+        if (spec.section != currentSection) {
+            currentSection = spec.section;
+            form = sectionForm(QString::fromLatin1(look.heading), content, contentLayout);
         }
-        auto* caption = labelWithRole(QString::fromLatin1(slot.caption), "caption", content);
+        auto* caption = labelWithRole(QString::fromLatin1(spec.label), "caption", content);
         captions << caption;
-        form->addRow(caption, addField(slot.objectName, *slot.group));
+        form->addRow(caption, addField(spec.editorName, *look.group));
     }
     fields_.value(QStringLiteral("keywordField"))->setPlaceholderText(QStringLiteral("comma, separated"));
     QLineEdit* cameraDate = fields_.value(QStringLiteral("cameraDateField"));
     cameraDate->setMinimumWidth(dateFieldMinimumWidth(cameraDate->fontMetrics()));
+    return captions;
+}
 
-    form = sectionForm(QStringLiteral("File"), content, contentLayout);
+QList<QLabel*> PhotoEditorPanel::addFactSection(QWidget* content, QVBoxLayout* contentLayout)
+{
+    QList<QLabel*> captions;
+    QFormLayout* form = sectionForm(QStringLiteral("File"), content, contentLayout);
     for (const FactSlot& slot : kFacts) {
         auto* caption = labelWithRole(QString::fromLatin1(slot.caption), "caption", content);
         captions << caption;
@@ -165,20 +186,7 @@ PhotoEditorPanel::PhotoEditorPanel(QWidget* parent) : QFrame(parent)
         facts_.insert(fact->objectName(), fact);
         form->addRow(caption, fact);
     }
-    contentLayout->addStretch(1);
-
-    // One caption width for every group, so the fields line up down the whole panel.
-    int captionWidth = 0;
-    for (QLabel* caption : captions)
-        captionWidth = std::max(captionWidth, caption->sizeHint().width());
-    for (QLabel* caption : captions) {
-        caption->setMinimumWidth(captionWidth);
-        caption->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
-    }
-
-    fillPanelWithScrollArea(this, content, QStringLiteral("photoEditorScroll"), buttonRow);
-
-    resize(kPanelWidth, 720);
+    return captions;
 }
 
 QLineEdit* PhotoEditorPanel::addField(const char* objectName, const QString& group)
@@ -199,26 +207,54 @@ QLineEdit* PhotoEditorPanel::addField(const char* objectName, const QString& gro
 
 void PhotoEditorPanel::setTexts(const PhotoEditorTexts& texts)
 {
-    for (const FieldSlot& slot : kFields)
-        fields_.value(QString::fromLatin1(slot.objectName))->setText(texts.*slot.member);
+    for (const PhotoFieldSpec& spec : photoFieldSpecs())
+        fields_.value(QString::fromLatin1(spec.editorName))->setText(texts.*spec.member);
     for (const FactSlot& slot : kFacts) {
         QLabel* fact = facts_.value(QString::fromLatin1(slot.objectName));
         fact->setText(texts.*slot.member);
         fact->setToolTip(texts.*slot.member);
     }
     modificationDate_ = texts.modificationDate;
+    // Read back, so a change is judged against exactly what the user saw.
+    openingTexts_.clear();
+    for (const PhotoFieldSpec& spec : photoFieldSpecs())
+        openingTexts_.insert(spec.field, fieldText(spec));
     groupEdited_.clear();
+}
+
+QString PhotoEditorPanel::fieldText(const PhotoFieldSpec& spec) const
+{
+    return fields_.value(QString::fromLatin1(spec.editorName))->text();
 }
 
 PhotoEditorTexts PhotoEditorPanel::texts() const
 {
     PhotoEditorTexts texts;
-    for (const FieldSlot& slot : kFields)
-        texts.*slot.member = fields_.value(QString::fromLatin1(slot.objectName))->text();
+    for (const PhotoFieldSpec& spec : photoFieldSpecs())
+        texts.*spec.member = fieldText(spec);
     for (const FactSlot& slot : kFacts)
         texts.*slot.member = facts_.value(QString::fromLatin1(slot.objectName))->text();
     texts.modificationDate = modificationDate_;
     return texts;
+}
+
+PhotoFieldChanges PhotoEditorPanel::changes() const
+{
+    PhotoFieldChanges changes;
+    bool locationChanged = false;
+    for (const PhotoFieldSpec& spec : photoFieldSpecs()) {
+        const QString text = fieldText(spec);
+        if (text == openingTexts_.value(spec.field))
+            continue;
+        changes.fields.insert(spec.field, text);
+        locationChanged = locationChanged || spec.section == PhotoSection::Location;
+    }
+    // The location is written as one: its unchanged fields go along with the changed ones.
+    if (locationChanged)
+        for (const PhotoFieldSpec& spec : photoFieldSpecs())
+            if (spec.section == PhotoSection::Location)
+                changes.fields.insert(spec.field, fieldText(spec));
+    return changes;
 }
 
 void PhotoEditorPanel::setPreview(const QImage& image)

@@ -1,13 +1,15 @@
 #pragma once
 
-#include "photo/PhotoEditorFields.h"
+#include "photo/PhotoFields.h"
 
 #include <QFrame>
 #include <QImage>
 #include <QMap>
 
+class QHBoxLayout;
 class QLabel;
 class QLineEdit;
+class QVBoxLayout;
 
 namespace pelorin {
 
@@ -22,6 +24,9 @@ public:
 
     void setTexts(const PhotoEditorTexts& texts);
     PhotoEditorTexts texts() const;
+    // The fields the user changed since setTexts; when a location field changed, every location
+    // field is named, since the location is written as one.
+    PhotoFieldChanges changes() const;
     void setPreview(const QImage& image);
     void clear();
     HoverToolButton* button(const QString& objectName) const;
@@ -37,7 +42,11 @@ signals:
     void editingStarted(const QString& group);
 
 private:
+    QHBoxLayout* addButtonRow();
+    QList<QLabel*> addFieldSections(QWidget* content, QVBoxLayout* contentLayout);
+    QList<QLabel*> addFactSection(QWidget* content, QVBoxLayout* contentLayout);
     QLineEdit* addField(const char* objectName, const QString& group);
+    QString fieldText(const PhotoFieldSpec& spec) const;
     void showPreview();
 
     QLabel* preview_ = nullptr;
@@ -45,6 +54,7 @@ private:
     QMap<QString, QLineEdit*> fields_;
     QMap<QString, QLabel*> facts_;
     QString modificationDate_;  // not shown, but handed back with the rest
+    QMap<PhotoField, QString> openingTexts_;  // each field's text right after setTexts
     QMap<QString, bool> groupEdited_;
 };
 

@@ -2,80 +2,68 @@
 
 #include "cli/CliOutput.h"
 #include "cli/CliValues.h"
-#include "model/PhotoBatch.h"
 #include "dates/EditorApply.h"
-#include "model/SafeOutput.h"
-#include "photo/PhotoInspection.h"
-
 
 #include <optional>
 
 namespace pelorin::cli {
 namespace {
 
-struct FieldOption {
-    const char* name;
-    QString PhotoEditorTexts::*field;
-    const char* help;
-    std::optional<ValueKind> kind = std::nullopt;  // free text when unset
-};
+// The check of an option's value; free text and keywords take anything.
+std::optional<ValueKind> valueKind(PhotoValue value)
+{
+    switch (value) {
+    case PhotoValue::DateTime: return ValueKind::DateTime;
+    case PhotoValue::Date: return ValueKind::Date;
+    case PhotoValue::Time: return ValueKind::Time;
+    case PhotoValue::Latitude: return ValueKind::Latitude;
+    case PhotoValue::Longitude: return ValueKind::Longitude;
+    case PhotoValue::Altitude: return ValueKind::Altitude;
+    case PhotoValue::Text:
+    case PhotoValue::Keywords: break;
+    }
+    return std::nullopt;
+}
 
-const FieldOption kFieldOptions[] = {
-    {"title", &PhotoEditorTexts::title, "title (IPTC object name)"},
-    {"artist", &PhotoEditorTexts::artist, "artist"},
-    {"description", &PhotoEditorTexts::imageDescription, "image description"},
-    {"copyright", &PhotoEditorTexts::copyright, "copyright"},
-    {"comment", &PhotoEditorTexts::comments, "EXIF user comment"},
-    {"keywords", &PhotoEditorTexts::keywords, "IPTC keywords, separated by commas"},
-    {"make", &PhotoEditorTexts::cameraMake, "camera make"},
-    {"model", &PhotoEditorTexts::cameraModel, "camera model"},
-    {"camera-date", &PhotoEditorTexts::cameraDate, "date digitized, YYYY:MM:DD HH:MM:SS or YYYY-MM-DD HH:MM:SS", ValueKind::DateTime},
-    {"gps-date", &PhotoEditorTexts::gpsDate, "GPS date stamp, YYYY:MM:DD", ValueKind::Date},
-    {"gps-time", &PhotoEditorTexts::gpsTime, "GPS time stamp, HH:MM:SS (UTC)", ValueKind::Time},
-    {"altitude", &PhotoEditorTexts::gpsAltitude, "altitude in metres, negative below sea level", ValueKind::Altitude},
-    {"lat", &PhotoEditorTexts::gpsLatitude, "latitude in degrees, negative south", ValueKind::Latitude},
-    {"lon", &PhotoEditorTexts::gpsLongitude, "longitude in degrees, negative west", ValueKind::Longitude},
-};
+// The field an argument names ("--title" or "--title=T"), with the inline value if any.
+std::optional<PhotoField> fieldOfArgument(const QString& arg, std::optional<QString>* inlineValue)
+{
+    if (!arg.startsWith(QLatin1String("--")))
+        return std::nullopt;
+    const qsizetype equals = arg.indexOf(QLatin1Char('='));
+    const std::optional<PhotoField> field = photoFieldOfOption(arg.mid(2, equals < 0 ? -1 : equals - 2));
+    if (field && equals >= 0)
+        *inlineValue = arg.mid(equals + 1);
+    return field;
+}
 
 }  // namespace
 
-bool takeEditorFieldOptions(const QStringList& args, QList<EditorFieldValue>* fields, QStringList* rest,
+bool takeEditorFieldOptions(const QStringList& args, PhotoFieldChanges* changes, QStringList* rest,
                             QString* error)
 {
     for (qsizetype i = 0; i < args.size(); ++i) {
         const QString& arg = args[i];
-        const FieldOption* match = nullptr;
-        QString value;
-        bool inline_ = false;
-        for (const FieldOption& option : kFieldOptions) {
-            const QString name = QStringLiteral("--") + QLatin1String(option.name);
-            if (arg == name) {
-                match = &option;
-            } else if (arg.startsWith(name + QLatin1Char('='))) {
-                match = &option;
-                value = arg.mid(name.size() + 1);
-                inline_ = true;
-            }
-            if (match)
-                break;
-        }
-        if (!match) {
+        std::optional<QString> value;
+        const std::optional<PhotoField> field = fieldOfArgument(arg, &value);
+        if (!field) {
             rest->append(arg);
             continue;
         }
-        if (!inline_) {
+        if (!value) {
             if (i + 1 >= args.size()) {
                 *error = QStringLiteral("%1 needs a value").arg(arg);
                 return false;
             }
             value = args[++i];
         }
-        if (match->kind) {
-            *error = checkOptionValue(*match->kind, QStringLiteral("--") + QLatin1String(match->name), value);
+        const PhotoFieldSpec& spec = photoFieldSpec(*field);
+        if (const std::optional<ValueKind> kind = valueKind(spec.value)) {
+            *error = checkOptionValue(*kind, QStringLiteral("--") + QLatin1String(spec.option), *value);
             if (!error->isEmpty())
                 return false;
         }
-        fields->append({match->field, value});
+        changes->fields.insert(*field, *value);
     }
     return true;
 }
@@ -83,8 +71,8 @@ bool takeEditorFieldOptions(const QStringList& args, QList<EditorFieldValue>* fi
 QString editorFieldOptionsHelp()
 {
     QString text;
-    for (const FieldOption& option : kFieldOptions)
-        text += QStringLiteral("  --%1 TEXT  %2\n").arg(QLatin1String(option.name), -12).arg(QLatin1String(option.help));
+    for (const PhotoFieldSpec& spec : photoFieldSpecs())
+        text += QStringLiteral("  --%1 TEXT  %2\n").arg(QLatin1String(spec.option), -12).arg(QLatin1String(spec.help));
     return text;
 }
 
@@ -100,8 +88,9 @@ QString ApplyCommand::help() const
                "\n"
                "Writes a copy of each photo into the output folder with the given fields changed,\n"
                "as the photo editor's Apply does; every other value is kept. An empty text removes\n"
-               "that value; emptying every GPS field removes the location. A field given with the\n"
-               "photo's own text is not written.\n"
+               "that value; emptying every GPS field removes the location, and GPS fields not given\n"
+               "keep the photo's own values. A field given with the photo's own text is not\n"
+               "written, and a photo that already has every given text is not written at all.\n"
                "\n"
                "Field options:\n")
            + editorFieldOptionsHelp()
@@ -113,48 +102,20 @@ QString ApplyCommand::help() const
 
 int ApplyCommand::run(CliInvocation& invocation)
 {
-    QList<EditorFieldValue> given;
+    PhotoFieldChanges changes;
     QStringList rest;
     QString error;
-    if (!takeEditorFieldOptions(invocation.args, &given, &rest, &error))
+    if (!takeEditorFieldOptions(invocation.args, &changes, &rest, &error))
         return usageError(invocation, name(), error);
-    if (given.isEmpty())
+    if (changes.isEmpty())
         return usageError(invocation, name(), QStringLiteral("give at least one field to change"));
-    PhotoSource source = PhotoSource::Computer;
-    QStringList files;
-    for (const QString& arg : rest) {
-        if (arg == QLatin1String("--camera"))
-            source = PhotoSource::Camera;
-        else if (arg.startsWith(QLatin1String("--")))
-            return usageError(invocation, name(), QStringLiteral("unknown option '%1'").arg(arg));
-        else
-            files << arg;
-    }
-    if (files.isEmpty())
-        return usageError(invocation, name(), QStringLiteral("give at least one file"));
+    PhotoSelection selection;
+    if (!photoSelectionFromArguments(rest, selection, &error))
+        return usageError(invocation, name(), error);
 
+    // The changes are built from the options alone: each photo is read once, by the engine.
     CliReporter reporter(invocation);
-    const CommandContext context = reporter.context();
-    CommandResult result;
-    // Each photo compares against its own fields, as if the editor showed it.
-    for (const QString& file : files) {
-        PhotoSelection one;
-        one.source = source;
-        const IKImageItem item = itemFromArgument(file);
-        one.items << item;
-        const QString input = photoInputPath(item, source, context.storageFolder);
-        const PhotoInspection inspection = inspectPhoto(input, item.fileName);
-        if (!inspection.photo.ok()) {
-            result.skip(input, inspection.photo.error);
-            continue;
-        }
-        const PhotoEditorFill& fill = inspection.fill;
-        PhotoEditorTexts fields = fill.old;
-        for (const auto& [field, value] : given)
-            fields.*field = value;
-        result.merge(applyPhotoEditorChanges(fields, fill.old, one, context));
-    }
-    return reporter.report(result);
+    return reporter.report(applyPhotoFieldChanges(selection, changes, reporter.context()));
 }
 
 }  // namespace pelorin::cli

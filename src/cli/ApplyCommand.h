@@ -1,20 +1,14 @@
 #pragma once
 
 #include "cli/CliCommand.h"
-#include "photo/PhotoEditorFields.h"
-
-#include <QList>
-#include <utility>
+#include "photo/PhotoFields.h"
 
 namespace pelorin::cli {
 
-// One editor field given on the command line: which field, and its new text.
-using EditorFieldValue = std::pair<QString PhotoEditorTexts::*, QString>;
-
 // Takes the editor field options ("--title T" or "--title=T", see editorFieldOptionsHelp())
-// out of args; everything else stays in rest. False with the reason for an option without its
-// value.
-bool takeEditorFieldOptions(const QStringList& args, QList<EditorFieldValue>* fields, QStringList* rest,
+// out of args into changes; everything else stays in rest. False with the reason for an option
+// without its value or with a value its field cannot take.
+bool takeEditorFieldOptions(const QStringList& args, PhotoFieldChanges* changes, QStringList* rest,
                             QString* error);
 QString editorFieldOptionsHelp();
 

@@ -70,7 +70,7 @@ int ExportPlistCommand::run(CliInvocation& invocation)
     const QStringList args = invocation.args.mid(1);
 
     if (what == QLatin1String("template")) {
-        QList<EditorFieldValue> given;
+        PhotoFieldChanges given;
         QStringList rest;
         QString error;
         if (!takeEditorFieldOptions(args, &given, &rest, &error))
@@ -78,8 +78,8 @@ int ExportPlistCommand::run(CliInvocation& invocation)
         if (!rest.isEmpty())
             return usageError(invocation, name(), QStringLiteral("unexpected '%1'").arg(rest.first()));
         PhotoEditorTexts fields;
-        for (const auto& [field, value] : given)
-            fields.*field = value;
+        for (auto it = given.fields.cbegin(); it != given.fields.cend(); ++it)
+            fields.*photoFieldSpec(it.key()).member = it.value();
         CliReporter reporter(invocation);
         return reporter.report(exportTemplatePlist(fields, reporter.context()));
     }

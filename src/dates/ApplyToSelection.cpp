@@ -20,6 +20,7 @@ CommandResult applyToSelection(const PhotoSelection& selection, const PhotoChang
         QString input;
         QString output;
         QString reason;  // set when the photo was passed over before writing
+        bool unchanged = false;  // the photo needs no change: nothing written, nothing to report
         PhotoWriteResult written;
     };
     std::vector<Outcome> outcomes(selection.items.size());
@@ -40,6 +41,8 @@ CommandResult applyToSelection(const PhotoSelection& selection, const PhotoChang
             o.written = CopyPhotoWithProperties(o.input, *changes, o.output, photoOptions);
             if (!o.written.ok())
                 o.reason = o.written.reason;
+        } else {
+            o.unchanged = o.reason.isEmpty();
         }
     });
 
@@ -47,6 +50,8 @@ CommandResult applyToSelection(const PhotoSelection& selection, const PhotoChang
         if (!ran[i])
             continue;  // cancelled before it started
         const Outcome& o = outcomes[i];
+        if (o.unchanged)
+            continue;
         if (!o.written.ok()) {
             result.skip(o.input, o.reason.isEmpty() ? QStringLiteral("the photo could not be written") : o.reason);
             continue;

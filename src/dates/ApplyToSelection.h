@@ -14,7 +14,7 @@
 namespace pelorin {
 
 // The changes one photo gets, worked out from the photo at inputPath; nullopt with a reason
-// skips that photo.
+// skips that photo, nullopt without one passes over a photo that needs no change.
 using PhotoChangesFor = std::function<std::optional<PhotoChanges>(const QString& inputPath, QString* reason)>;
 
 // Writes every selected photo with its changes: computer photos to "<storage>/<fileName>",

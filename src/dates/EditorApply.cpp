@@ -8,112 +8,155 @@
 namespace pelorin {
 namespace {
 
-const QString kExif = QStringLiteral("{Exif}");
-const QString kTiff = QStringLiteral("{TIFF}");
-const QString kIptc = QStringLiteral("{IPTC}");
-const QString kGps = QStringLiteral("{GPS}");
+using FieldTexts = QMap<PhotoField, QString>;
 
-void gpsEdits(const PhotoEditorTexts& f, EditorEdits& out)
+bool blank(const FieldTexts& texts, PhotoField field)
 {
-    const QString latitude = f.gpsLatitude.trimmed();
-    const QString longitude = f.gpsLongitude.trimmed();
-    const QString altitude = f.gpsAltitude.trimmed();
-    if (latitude.isEmpty() && longitude.isEmpty() && altitude.isEmpty() && f.gpsDate.trimmed().isEmpty()
-        && f.gpsTime.trimmed().isEmpty()) {
-        out.edits.removedGroups << kGps;
+    return texts.value(field).trimmed().isEmpty();
+}
+
+bool everyLocationFieldBlank(const FieldTexts& texts)
+{
+    for (const PhotoFieldSpec& spec : photoFieldSpecs())
+        if (spec.section == PhotoSection::Location && !blank(texts, spec.field))
+            return false;
+    return true;
+}
+
+GpsInput gpsInput(const FieldTexts& texts)
+{
+    return {texts.value(PhotoField::GpsLatitude).trimmed(), texts.value(PhotoField::GpsLongitude).trimmed(),
+            texts.value(PhotoField::GpsAltitude).trimmed(), texts.value(PhotoField::GpsDate),
+            texts.value(PhotoField::GpsTime)};
+}
+
+// For a complete set of location texts: none when they give a location or remove it.
+std::optional<Alert> locationAlert(const FieldTexts& texts)
+{
+    if (everyLocationFieldBlank(texts))
+        return std::nullopt;
+    if (blank(texts, PhotoField::GpsLatitude) || blank(texts, PhotoField::GpsLongitude))
+        return Alerts::valueError();
+    return buildGpsGroup(gpsInput(texts)).alert;
+}
+
+void addFieldEdit(const PhotoFieldSpec& spec, const QString& text, GroupEdits& edits)
+{
+    const QString group = QLatin1String(spec.group);
+    const QString key = QLatin1String(spec.key);
+    const QString value = text.trimmed();
+    if (value.isEmpty()) {
+        edits.remove(group, key);
         return;
     }
-    if (latitude.isEmpty() || longitude.isEmpty()) {
-        out.alert = Alerts::valueError();
-        return;
+    if (spec.value == PhotoValue::Keywords) {
+        const QVariantList keywords = keywordList(text);
+        if (keywords.isEmpty())
+            edits.remove(group, key);
+        else
+            edits.set(group, key, keywords);
+    } else if (spec.value == PhotoValue::DateTime) {
+        if (const auto clock = parseDateText(value))  // checked before any photo was read
+            edits.set(group, key, renderDateText(*clock, DateTextForm::Exif));
+    } else {
+        edits.set(group, key, value);
     }
-    const GpsGroupResult built = buildGpsGroup(
-        {latitude, longitude, altitude, f.gpsDate, f.gpsTime});
+}
+
+// The photo's own location texts with the changed ones laid over them, as one new GPS group.
+bool addLocationEdits(const QVariantMap& properties, const PhotoFieldChanges& changes, GroupEdits& edits,
+                      QString* reason)
+{
+    FieldTexts texts;
+    for (const PhotoFieldSpec& spec : photoFieldSpecs())
+        if (spec.section == PhotoSection::Location)
+            texts.insert(spec.field, changes.fields.value(spec.field, photoFieldText(properties, spec.field)));
+    if (everyLocationFieldBlank(texts)) {
+        edits.removedGroups << locationGroup();
+        return true;
+    }
+    if (blank(texts, PhotoField::GpsLatitude) || blank(texts, PhotoField::GpsLongitude)) {
+        *reason = QStringLiteral("a location needs both a latitude and a longitude");
+        return false;
+    }
+    const GpsGroupResult built = buildGpsGroup(gpsInput(texts));
     if (built.alert) {
-        out.alert = built.alert;
-        return;
+        *reason = QStringLiteral("the location is not valid: %1").arg(built.alert->informativeText);
+        return false;
     }
     for (auto it = built.group.cbegin(); it != built.group.cend(); ++it)
-        out.edits.set(kGps, it.key(), it.value());
+        edits.set(locationGroup(), it.key(), it.value());
     // Laid over the photo's group, so what the builder leaves out for an empty field goes.
-    if (altitude.isEmpty()) {
-        out.edits.remove(kGps, QStringLiteral("Altitude"));
-        out.edits.remove(kGps, QStringLiteral("AltitudeRef"));
+    for (auto it = texts.cbegin(); it != texts.cend(); ++it) {
+        const PhotoFieldSpec& spec = photoFieldSpec(it.key());
+        if (!it.value().trimmed().isEmpty())
+            continue;
+        edits.remove(locationGroup(), QLatin1String(spec.key));
+        if (spec.refKey)
+            edits.remove(locationGroup(), QLatin1String(spec.refKey));
     }
-    if (f.gpsDate.trimmed().isEmpty())
-        out.edits.remove(kGps, QStringLiteral("DateStamp"));
-    if (f.gpsTime.trimmed().isEmpty())
-        out.edits.remove(kGps, QStringLiteral("TimeStamp"));
+    return true;
 }
 
 }  // namespace
 
-EditorEdits editorEdits(const PhotoEditorTexts& f, const PhotoEditorTexts& old)
+std::optional<Alert> photoFieldChangesAlert(const PhotoFieldChanges& changes)
 {
-    EditorEdits out;
-    GroupEdits& e = out.edits;
-    auto text = [&](const QString PhotoEditorTexts::*field, const QString& group, const char* key) {
-        if (f.*field == old.*field)
-            return;
-        const QString value = (f.*field).trimmed();
-        if (value.isEmpty())
-            e.remove(group, QString::fromLatin1(key));
-        else
-            e.set(group, QString::fromLatin1(key), value);
-    };
-    text(&PhotoEditorTexts::title, kIptc, "ObjectName");
-    text(&PhotoEditorTexts::artist, kTiff, "Artist");
-    text(&PhotoEditorTexts::imageDescription, kTiff, "ImageDescription");
-    text(&PhotoEditorTexts::copyright, kTiff, "Copyright");
-    text(&PhotoEditorTexts::comments, kExif, "UserComment");
-    text(&PhotoEditorTexts::cameraMake, kTiff, "Make");
-    text(&PhotoEditorTexts::cameraModel, kTiff, "Model");
-    if (f.keywords != old.keywords) {
-        const QVariantList keywords = keywordList(f.keywords);
-        if (keywords.isEmpty())
-            e.remove(kIptc, QStringLiteral("Keywords"));
-        else
-            e.set(kIptc, QStringLiteral("Keywords"), keywords);
+    const QString date = changes.fields.value(PhotoField::CameraDate).trimmed();
+    if (!date.isEmpty() && !parseDateText(date))
+        return Alerts::invalidDateFormat();
+    if (changes.fields.contains(PhotoField::GpsLatitude) && changes.fields.contains(PhotoField::GpsLongitude)) {
+        FieldTexts location;
+        for (auto it = changes.fields.cbegin(); it != changes.fields.cend(); ++it)
+            if (isLocationField(it.key()))
+                location.insert(it.key(), it.value());
+        return locationAlert(location);
     }
-    if (f.cameraDate != old.cameraDate) {
-        const QString date = f.cameraDate.trimmed();
-        if (date.isEmpty()) {
-            e.remove(kExif, QStringLiteral("DateTimeDigitized"));
-        } else if (const auto clock = parseDateText(date)) {
-            e.set(kExif, QStringLiteral("DateTimeDigitized"), renderDateText(*clock, DateTextForm::Exif));
-        } else {
-            out.alert = Alerts::invalidDateFormat();
-            return out;
-        }
-    }
-    if (f.gpsDate != old.gpsDate || f.gpsTime != old.gpsTime || f.gpsAltitude != old.gpsAltitude
-        || f.gpsLatitude != old.gpsLatitude || f.gpsLongitude != old.gpsLongitude)
-        gpsEdits(f, out);
-    return out;
+    return std::nullopt;
 }
 
-CommandResult applyPhotoEditorChanges(const PhotoEditorTexts& fields, const PhotoEditorTexts& old,
-                                      const PhotoSelection& selection, const CommandContext& context)
+std::optional<GroupEdits> photoFieldEdits(const QVariantMap& properties, const PhotoFieldChanges& changes,
+                                          QString* reason)
+{
+    GroupEdits edits;
+    bool locationChanged = false;
+    for (auto it = changes.fields.cbegin(); it != changes.fields.cend(); ++it) {
+        if (photoFieldText(properties, it.key()) == it.value())
+            continue;
+        if (isLocationField(it.key()))
+            locationChanged = true;
+        else
+            addFieldEdit(photoFieldSpec(it.key()), it.value(), edits);
+    }
+    if (locationChanged && !addLocationEdits(properties, changes, edits, reason))
+        return std::nullopt;
+    return edits;
+}
+
+CommandResult applyPhotoFieldChanges(const PhotoSelection& selection, const PhotoFieldChanges& changes,
+                                     const CommandContext& context)
 {
     CommandResult result;
     if (selection.items.isEmpty()) {
         result.alert = Alerts::noSelection();
         return result;
     }
-    const EditorEdits edits = editorEdits(fields, old);
-    if (edits.alert) {
-        result.alert = edits.alert;
+    if (const std::optional<Alert> alert = photoFieldChangesAlert(changes)) {
+        result.alert = alert;
         return result;
     }
-    if (edits.edits.isEmpty())
+    if (changes.isEmpty())
         return result;
-    const auto changesFor = [&edits](const QString& input, QString* reason) -> std::optional<PhotoChanges> {
+    const auto changesFor = [&changes](const QString& input, QString* reason) -> std::optional<PhotoChanges> {
         const PhotoProperties photo = readPhotoProperties(input);
         if (!photo.ok()) {
             *reason = photo.error;
             return std::nullopt;
         }
-        return edits.edits.changesFor(photo.properties);
+        const std::optional<GroupEdits> edits = photoFieldEdits(photo.properties, changes, reason);
+        if (!edits || edits->isEmpty())
+            return std::nullopt;  // with no reason when the photo already holds every change
+        return edits->changesFor(photo.properties);
     };
     return applyToSelection(selection, changesFor, context);
 }

@@ -4,28 +4,30 @@
 #include "model/CommandContext.h"
 #include "model/CommandResult.h"
 #include "model/PhotoSelection.h"
-#include "photo/PhotoEditorFields.h"
+#include "photo/PhotoFields.h"
 
 #include <optional>
 
 namespace pelorin {
 
-struct EditorEdits {
-    GroupEdits edits;            // empty when no field differs from its old text
-    std::optional<Alert> alert;  // "Invalid date format" or "Vaule Error": nothing may be written
-};
+// The alert for a value that can be judged without a photo: a camera date that is no date
+// ("Invalid date format"), or a location whose latitude and longitude are not both given and
+// valid ("Vaule Error"). None when every value may be written.
+std::optional<Alert> photoFieldChangesAlert(const PhotoFieldChanges& changes);
 
-// The values the editor's apply writes: only the fields whose text differs from the old one.
-// Title and keywords (split at commas) go to "{IPTC}" ObjectName and Keywords; artist,
-// description, copyright, camera make and model to "{TIFF}"; comments and the camera date (in
-// EXIF form) to "{Exif}" UserComment and DateTimeDigitized; the GPS fields, when any changed,
-// through the GPS group builder. An emptied field removes its value; emptying every GPS field
-// removes the location.
-EditorEdits editorEdits(const PhotoEditorTexts& fields, const PhotoEditorTexts& old);
+// The edits that bring a photo with these properties to the changed texts: fields whose stored
+// text already equals the new one are left out. Texts are written trimmed; keywords are split at
+// commas; the camera date goes in EXIF form. A location edit rebuilds the whole GPS group from
+// the photo's own location texts with the changed ones laid over them; emptying every location
+// field removes the group. Nullopt with the reason when the location this gives is incomplete.
+std::optional<GroupEdits> photoFieldEdits(const QVariantMap& properties, const PhotoFieldChanges& changes,
+                                          QString* reason);
 
-// Writes the changed fields into every selected photo (outputs as every photo command names
-// them). Nothing changed: nothing written and no alert.
-CommandResult applyPhotoEditorChanges(const PhotoEditorTexts& fields, const PhotoEditorTexts& old,
-                                      const PhotoSelection& selection, const CommandContext& context);
+// Writes the changes into every selected photo (outputs as every photo command names them).
+// Each photo is read once; one whose stored texts already hold every change is not written.
+// Progress is reported per photo and the batch stops when cancelled. A bad value raises its
+// alert before any photo is read; no changes: nothing written and no alert.
+CommandResult applyPhotoFieldChanges(const PhotoSelection& selection, const PhotoFieldChanges& changes,
+                                     const CommandContext& context);
 
 }  // namespace pelorin

@@ -23,11 +23,9 @@ struct PhotoEditorTexts {
     friend bool operator==(const PhotoEditorTexts&, const PhotoEditorTexts&) = default;
 };
 
-// What the editor shows for one photo: the field texts, the "old" texts the saves compare
-// against (each field's own text right after filling), and the map coordinate.
+// What the editor shows for one photo: the field texts and the map coordinate.
 struct PhotoEditorFill {
     PhotoEditorTexts fields;
-    PhotoEditorTexts old;
     bool hasGps = false;     // the photo has a GPS group: show the map
     double latitude = 0.0;   // signed by the references
     double longitude = 0.0;

@@ -4,11 +4,13 @@
 #include "Cr3Samples.h"
 #include "ExifTool.h"
 #include "ImageMagick.h"
+#include "TestPaths.h"
 
 #include <QDir>
 #include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
+#include <QProcess>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -20,6 +22,24 @@ using pelorin::test::exiftoolExtract;
 using pelorin::test::exiftool;
 using pelorin::test::exiftoolWrite;
 using pelorin::test::imageMagick;
+
+// How many times a run of pelorin-cli opens path, as strace sees its openat calls.
+int opensOf(const QString& path, const QStringList& args, const QTemporaryDir& home)
+{
+    const QString trace = home.filePath(QStringLiteral("openat.trace"));
+    QProcess strace;
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert(QStringLiteral("HOME"), home.path());
+    strace.setProcessEnvironment(env);
+    strace.start(QStringLiteral("strace"), QStringList{QStringLiteral("-f"), QStringLiteral("-e"), QStringLiteral("trace=openat"),
+                                                      QStringLiteral("-o"), trace, QStringLiteral(PELORIN_CLI_PATH)} + args);
+    if (!strace.waitForFinished(60000) || strace.exitCode() != 0)
+        return -1;
+    QFile file(trace);
+    if (!file.open(QIODevice::ReadOnly))
+        return -1;
+    return int(file.readAll().count('"' + QFile::encodeName(path) + '"'));
+}
 
 class CliPhotoFilesTest : public pelorin::test::CliTestBase {
 protected:
@@ -253,6 +273,28 @@ TEST_F(CliPhotoFilesTest, RemovalsTakeThePngTextChunksOfTheirGroup)
     EXPECT_EQ(keysStartingWith(iptc, QStringLiteral("IPTC:")), QStringList{});
     EXPECT_EQ(keysStartingWith(iptc, QStringLiteral("Photoshop:")), QStringList{});
     EXPECT_TRUE(iptc.contains(QStringLiteral("ExifIFD:DateTimeOriginal")));
+}
+
+}  // namespace
+
+namespace {
+
+// apply reads a photo's metadata once, in the engine: it opens the photo as often as info (the
+// read) and strip (the rewrite) together, and never to look at the photo on its own first.
+TEST_F(CliPhotoFilesTest, ApplyReadsEachPhotoOnce)
+{
+    for (const char* sample : {"et-GPS.jpg", "exiv2-iPhoneXR_orient6.heic"}) {
+        const QString photo = path(QString::fromLatin1(sample));
+        ASSERT_TRUE(QFile::copy(pelorin::test::dataPath(QString::fromLatin1(sample)), photo));
+        const int read = opensOf(photo, {QStringLiteral("info"), photo}, home);
+        const int rewrite = opensOf(photo, {QStringLiteral("-o"), path(QStringLiteral("strip")), QStringLiteral("strip"),
+                                            QStringLiteral("gps"), photo}, home);
+        const int apply = opensOf(photo, {QStringLiteral("-o"), path(QStringLiteral("apply")), QStringLiteral("apply"),
+                                          QStringLiteral("--title"), QStringLiteral("Once"), photo}, home);
+        ASSERT_GT(read, 0) << sample;
+        ASSERT_GT(rewrite, 0) << sample;
+        EXPECT_EQ(apply, read + rewrite) << sample;
+    }
 }
 
 }  // namespace

@@ -12,25 +12,21 @@ using test::exiftool;
 
 class EditorApplyTest : public test::PlistTestFixture {
 protected:
-    static PhotoEditorFill fill(const QString& photo)
+    static PhotoFieldChanges changes(std::initializer_list<std::pair<const PhotoField, QString>> fields)
     {
-        return fillPhotoEditorFields(readPhotoProperties(photo).properties, {QFileInfo(photo).fileName(), {}, {}, -1});
+        return {QMap<PhotoField, QString>(fields)};
     }
 };
 
-TEST_F(EditorApplyTest, WritesOnlyChangedFieldsAndRemovesEmptiedOnes)
+TEST_F(EditorApplyTest, WritesTheChangedFieldsAndRemovesEmptiedOnes)
 {
     const QString photo = copyOf(QStringLiteral("et-GPS.jpg"));
-    PhotoEditorFill f = fill(photo);
-    f.fields.artist = QStringLiteral("New Artist");
-    f.fields.copyright.clear();
-    f.fields.keywords = QStringLiteral("harbour, boats ,");
-    f.fields.cameraDate = QStringLiteral("2015-06-01 10:00:00");
-    // A field the user did not touch is not written, even where it differs from the photo
-    // (the editor showed another photo when the selection changed).
-    f.fields.title = f.old.title = QStringLiteral("Shown elsewhere");
-
-    const CommandResult r = applyPhotoEditorChanges(f.fields, f.old, select({photo}), context());
+    const CommandResult r = applyPhotoFieldChanges(select({photo}),
+                                                   changes({{PhotoField::Artist, QStringLiteral("New Artist")},
+                                                            {PhotoField::Copyright, QString()},
+                                                            {PhotoField::Keywords, QStringLiteral("harbour, boats ,")},
+                                                            {PhotoField::CameraDate, QStringLiteral("2015-06-01 10:00:00")}}),
+                                                   context());
     ASSERT_TRUE(r.succeeded()) << r.skipped.value(0).reason.toStdString();
     const QString out = stored(QStringLiteral("et-GPS.jpg"));
     EXPECT_EQ(r.written, QStringList{out});
@@ -48,60 +44,87 @@ TEST_F(EditorApplyTest, WritesOnlyChangedFieldsAndRemovesEmptiedOnes)
 TEST_F(EditorApplyTest, GpsFieldsGoThroughTheBuilderAndEmptyingThemRemovesTheLocation)
 {
     const QString photo = copyOf(QStringLiteral("exiv2-nikon-d70.jpg"));
-    PhotoEditorFill f = fill(photo);
-    f.fields.gpsLatitude = QStringLiteral("-33.5");
-    f.fields.gpsLongitude = QStringLiteral("-70.25");
-    f.fields.gpsDate = QStringLiteral("2015:06:01");
-    ASSERT_TRUE(applyPhotoEditorChanges(f.fields, f.old, select({photo}), context()).succeeded());
+    ASSERT_TRUE(applyPhotoFieldChanges(select({photo}),
+                                       changes({{PhotoField::GpsLatitude, QStringLiteral("-33.5")},
+                                                {PhotoField::GpsLongitude, QStringLiteral("-70.25")},
+                                                {PhotoField::GpsDate, QStringLiteral("2015:06:01")}}),
+                                       context())
+                    .succeeded());
     const QString out = stored(QStringLiteral("exiv2-nikon-d70.jpg"));
     QJsonObject tags = exiftool(out);
     EXPECT_DOUBLE_EQ(tags.value(QStringLiteral("GPS:GPSLatitude")).toDouble(), 33.5);
     EXPECT_EQ(tags.value(QStringLiteral("GPS:GPSLatitudeRef")).toString(), QStringLiteral("S"));
     EXPECT_EQ(tags.value(QStringLiteral("GPS:GPSLongitudeRef")).toString(), QStringLiteral("W"));
     EXPECT_EQ(tags.value(QStringLiteral("GPS:GPSDateStamp")).toString(), QStringLiteral("2015:06:01"));
-    EXPECT_FALSE(tags.contains(QStringLiteral("GPS:GPSAltitude")));  // left empty
+    EXPECT_FALSE(tags.contains(QStringLiteral("GPS:GPSAltitude")));  // never given
 
-    // The output, edited again as a camera photo in place: every GPS field emptied.
-    PhotoSelection camera = select({out}, PhotoSource::Camera);
-    PhotoEditorFill g = fill(out);
-    g.fields.gpsLatitude.clear();
-    g.fields.gpsLongitude.clear();
-    g.fields.gpsDate.clear();
-    g.fields.gpsTime.clear();
-    g.fields.gpsAltitude.clear();
-    ASSERT_TRUE(applyPhotoEditorChanges(g.fields, g.old, camera, context()).succeeded());
+    // The output, edited again as a camera photo in place: every location field emptied.
+    PhotoFieldChanges emptied;
+    for (const PhotoFieldSpec& spec : photoFieldSpecs())
+        if (spec.section == PhotoSection::Location)
+            emptied.fields.insert(spec.field, QString());
+    ASSERT_TRUE(applyPhotoFieldChanges(select({out}, PhotoSource::Camera), emptied, context()).succeeded());
     tags = exiftool(out);
     EXPECT_FALSE(tags.contains(QStringLiteral("GPS:GPSLatitude")));
     EXPECT_FALSE(tags.contains(QStringLiteral("XMP-exif:GPSLatitude")));
 }
 
-TEST_F(EditorApplyTest, BadValuesAlertAndUnchangedFieldsWriteNothing)
+// A latitude alone is laid over each photo's own location; a photo without one cannot take it.
+TEST_F(EditorApplyTest, ALatitudeAloneKeepsEachPhotosOwnLongitude)
+{
+    const QString located = copyOf(QStringLiteral("et-GPS.jpg"));
+    const QString bare = copyOf(QStringLiteral("exiv2-nikon-d70.jpg"));
+    const QJsonObject before = exiftool(located);
+    const CommandResult r =
+        applyPhotoFieldChanges(select({located, bare}), changes({{PhotoField::GpsLatitude, QStringLiteral("-12.5")}}), context());
+    EXPECT_EQ(r.written, QStringList{stored(QStringLiteral("et-GPS.jpg"))});
+    ASSERT_EQ(r.skipped.size(), 1);
+    EXPECT_EQ(r.skipped[0].path, bare);
+    EXPECT_TRUE(r.skipped[0].reason.contains(QStringLiteral("longitude")));
+    const QJsonObject tags = exiftool(stored(QStringLiteral("et-GPS.jpg")));
+    EXPECT_DOUBLE_EQ(tags.value(QStringLiteral("GPS:GPSLatitude")).toDouble(), 12.5);
+    EXPECT_EQ(tags.value(QStringLiteral("GPS:GPSLatitudeRef")).toString(), QStringLiteral("S"));
+    // Kept as the editor shows them: to six decimals of a degree, three of a metre.
+    for (const char* kept : {"GPS:GPSLongitude", "GPS:GPSAltitude"})
+        EXPECT_NEAR(tags.value(QLatin1String(kept)).toDouble(), before.value(QLatin1String(kept)).toDouble(), 1e-6) << kept;
+    EXPECT_EQ(tags.value(QStringLiteral("GPS:GPSLongitudeRef")), before.value(QStringLiteral("GPS:GPSLongitudeRef")));
+}
+
+TEST_F(EditorApplyTest, BadValuesAlertAndTheStoredTextsAreNotWrittenAgain)
 {
     const QString photo = copyOf(QStringLiteral("et-GPS.jpg"));
-    const PhotoEditorFill f = fill(photo);
-    PhotoEditorTexts badDate = f.fields;
-    badDate.artist = QStringLiteral("Someone");
-    badDate.cameraDate = QStringLiteral("2015/06/01");
-    EXPECT_EQ(applyPhotoEditorChanges(badDate, f.old, select({photo}), context()).alert, Alerts::invalidDateFormat());
-    PhotoEditorTexts badGps = f.fields;
-    badGps.gpsLatitude = QStringLiteral("95");
-    EXPECT_EQ(applyPhotoEditorChanges(badGps, f.old, select({photo}), context()).alert, Alerts::valueError());
-    PhotoEditorTexts halfGps = f.fields;
-    halfGps.gpsLongitude.clear();
-    EXPECT_EQ(applyPhotoEditorChanges(halfGps, f.old, select({photo}), context()).alert, Alerts::valueError());
+    const QString artist = QStringLiteral("Someone");
+    EXPECT_EQ(applyPhotoFieldChanges(select({photo}),
+                                     changes({{PhotoField::Artist, artist}, {PhotoField::CameraDate, QStringLiteral("2015/06/01")}}),
+                                     context())
+                  .alert,
+              Alerts::invalidDateFormat());
+    EXPECT_EQ(applyPhotoFieldChanges(select({photo}),
+                                     changes({{PhotoField::GpsLatitude, QStringLiteral("95")}, {PhotoField::GpsLongitude, QStringLiteral("1")}}),
+                                     context())
+                  .alert,
+              Alerts::valueError());
+    EXPECT_EQ(applyPhotoFieldChanges(select({photo}),
+                                     changes({{PhotoField::GpsLatitude, QStringLiteral("5")}, {PhotoField::GpsLongitude, QString()}}),
+                                     context())
+                  .alert,
+              Alerts::valueError());
+    EXPECT_EQ(applyPhotoFieldChanges({}, changes({{PhotoField::Artist, artist}}), context()).alert, Alerts::noSelection());
 
-    const CommandResult unchanged = applyPhotoEditorChanges(f.fields, f.old, select({photo}), context());
-    EXPECT_FALSE(unchanged.alert);
+    // The photo's own texts: nothing to write, and no word about it.
+    const PhotoFieldChanges own = changes({{PhotoField::Title, QStringLiteral("Communications")},
+                                           {PhotoField::GpsLatitude, photoFieldText(readPhotoProperties(photo).properties, PhotoField::GpsLatitude)}});
+    const CommandResult unchanged = applyPhotoFieldChanges(select({photo}), own, context());
+    EXPECT_TRUE(unchanged.succeeded());
     EXPECT_TRUE(unchanged.written.isEmpty());
-    EXPECT_EQ(applyPhotoEditorChanges(badDate, f.old, {}, context()).alert, Alerts::noSelection());
     EXPECT_TRUE(storedFiles().isEmpty());
 
-    PhotoEditorTexts fine = f.fields;
-    fine.artist = QStringLiteral("Someone");
-    const CommandResult planned = applyPhotoEditorChanges(fine, f.old, select({photo}), context(true));
+    PhotoFieldChanges fine = own;
+    fine.fields.insert(PhotoField::Artist, artist);
+    const CommandResult planned = applyPhotoFieldChanges(select({photo}), fine, context(true));
     ASSERT_EQ(planned.planned.size(), 1);
     EXPECT_EQ(planned.planned[0].property, QStringLiteral("{TIFF}/Artist"));
-    EXPECT_EQ(planned.planned[0].after, QStringLiteral("Someone"));
+    EXPECT_EQ(planned.planned[0].after, artist);
     EXPECT_TRUE(storedFiles().isEmpty());
 }
 

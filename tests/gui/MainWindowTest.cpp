@@ -569,12 +569,20 @@ private slots:
         auto* title = app_->window()->photoEditorView->findChild<QLineEdit*>(QStringLiteral("titleField"));
         title->clear();
         QTest::keyClicks(title, QStringLiteral("Harbour at dawn"));
+        auto* latitude = app_->window()->photoEditorView->findChild<QLineEdit*>(QStringLiteral("gpsLatitudeField"));
+        latitude->clear();
+        QTest::keyClicks(latitude, QStringLiteral("-34.5"));
         QTest::mouseClick(app_->window()->photoEditorView->button(QStringLiteral("editApplyBtn")), Qt::LeftButton);
         app_->runner()->waitForDone();
         const QJsonObject edited = test::exiftool(output(QStringLiteral("exiv2-nikon-d70.jpg")));
         QCOMPARE(edited.value(QStringLiteral("IPTC:ObjectName")).toString(), QStringLiteral("Harbour at dawn"));
-        // The editor's save builds on the GPS save: both are in the record's working copy.
+        // The editor's save builds on the GPS save: both are in the record's working copy, and
+        // the location keeps what was not typed over.
         QCOMPARE(edited.value(QStringLiteral("GPS:GPSLatitudeRef")).toString(), QStringLiteral("S"));
+        QVERIFY(std::abs(edited.value(QStringLiteral("GPS:GPSLatitude")).toDouble() - 34.5) < 1e-4);
+        QVERIFY(std::abs(edited.value(QStringLiteral("GPS:GPSLongitude")).toDouble() - 70.66) < 1e-4);
+        QCOMPARE(edited.value(QStringLiteral("GPS:GPSAltitudeRef")).toInt(), 1);
+        QCOMPARE(edited.value(QStringLiteral("GPS:GPSTimeStamp")).toString(), QStringLiteral("10:20:30"));
 
         QTest::mouseClick(app_->window()->photoEditorView->button(QStringLiteral("editTemplateBtn")), Qt::LeftButton);
         app_->runner()->waitForDone();

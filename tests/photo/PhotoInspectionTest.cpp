@@ -157,7 +157,7 @@ TEST(PropertyTree, GroupsBecomeNodesSortedByRawKeyWithDisplayNames)
     EXPECT_TRUE(propTree({}).isEmpty());
 }
 
-TEST(PhotoEditorFields, FieldsOldValuesAndMapFollowTheProperties)
+TEST(PhotoEditorFields, FieldsAndMapFollowTheProperties)
 {
     QVariantMap properties{
         {QStringLiteral("PixelWidth"), 4000}, {QStringLiteral("PixelHeight"), 3000},
@@ -191,7 +191,6 @@ TEST(PhotoEditorFields, FieldsOldValuesAndMapFollowTheProperties)
     EXPECT_EQ(f.keywords, QStringLiteral("sea, sky"));
     EXPECT_EQ(f.title, QStringLiteral("Evening"));
     EXPECT_EQ(f.comments, QStringLiteral("sunset"));
-    EXPECT_TRUE(fill.old == fill.fields);
     EXPECT_TRUE(fill.hasGps);
     EXPECT_DOUBLE_EQ(fill.latitude, -33.5);
     EXPECT_DOUBLE_EQ(fill.longitude, -70.6);
@@ -202,8 +201,8 @@ TEST(PhotoEditorFields, FieldsOldValuesAndMapFollowTheProperties)
     const PhotoEditorFill plain = fillPhotoEditorFields(properties, facts);
     EXPECT_FALSE(plain.hasGps);
     EXPECT_TRUE(plain.fields.gpsLatitude.isEmpty());
-    EXPECT_TRUE(plain.old.keywords.isEmpty());
-    EXPECT_TRUE(plain.old.title.isEmpty());
+    EXPECT_TRUE(plain.fields.keywords.isEmpty());
+    EXPECT_TRUE(plain.fields.title.isEmpty());
 }
 
 }  // namespace

@@ -23,24 +23,6 @@ using pelorin::test::exiftool;
 using pelorin::test::exiftoolWrite;
 using pelorin::test::imageMagick;
 
-// How many times a run of pelorin-cli opens path, as strace sees its openat calls.
-int opensOf(const QString& path, const QStringList& args, const QTemporaryDir& home)
-{
-    const QString trace = home.filePath(QStringLiteral("openat.trace"));
-    QProcess strace;
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.insert(QStringLiteral("HOME"), home.path());
-    strace.setProcessEnvironment(env);
-    strace.start(QStringLiteral("strace"), QStringList{QStringLiteral("-f"), QStringLiteral("-e"), QStringLiteral("trace=openat"),
-                                                      QStringLiteral("-o"), trace, QStringLiteral(PELORIN_CLI_PATH)} + args);
-    if (!strace.waitForFinished(60000) || strace.exitCode() != 0)
-        return -1;
-    QFile file(trace);
-    if (!file.open(QIODevice::ReadOnly))
-        return -1;
-    return int(file.readAll().count('"' + QFile::encodeName(path) + '"'));
-}
-
 class CliPhotoFilesTest : public pelorin::test::CliTestBase {
 protected:
     QString path(const QString& name) const { return home.filePath(name); }
@@ -286,10 +268,10 @@ TEST_F(CliPhotoFilesTest, ApplyReadsEachPhotoOnce)
     for (const char* sample : {"et-GPS.jpg", "exiv2-iPhoneXR_orient6.heic"}) {
         const QString photo = path(QString::fromLatin1(sample));
         ASSERT_TRUE(QFile::copy(pelorin::test::dataPath(QString::fromLatin1(sample)), photo));
-        const int read = opensOf(photo, {QStringLiteral("info"), photo}, home);
-        const int rewrite = opensOf(photo, {QStringLiteral("-o"), path(QStringLiteral("strip")), QStringLiteral("strip"),
+        const int read = pelorin::test::opensOf(photo, {QStringLiteral("info"), photo}, home);
+        const int rewrite = pelorin::test::opensOf(photo, {QStringLiteral("-o"), path(QStringLiteral("strip")), QStringLiteral("strip"),
                                             QStringLiteral("gps"), photo}, home);
-        const int apply = opensOf(photo, {QStringLiteral("-o"), path(QStringLiteral("apply")), QStringLiteral("apply"),
+        const int apply = pelorin::test::opensOf(photo, {QStringLiteral("-o"), path(QStringLiteral("apply")), QStringLiteral("apply"),
                                           QStringLiteral("--title"), QStringLiteral("Once"), photo}, home);
         ASSERT_GT(read, 0) << sample;
         ASSERT_GT(rewrite, 0) << sample;

@@ -13,25 +13,6 @@ using namespace pelorin;
 
 namespace {
 
-// How many times a run of pelorin-cli opens path, as strace sees its openat calls.
-int opensOf(const QString& path, const QStringList& args, const QTemporaryDir& home)
-{
-    const QString trace = home.filePath(QStringLiteral("openat.trace"));
-    QProcess strace;
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.insert(QStringLiteral("HOME"), home.path());
-    strace.setProcessEnvironment(env);
-    strace.start(QStringLiteral("strace"), QStringList{QStringLiteral("-f"), QStringLiteral("-e"), QStringLiteral("trace=openat"),
-                                                      QStringLiteral("-o"), trace, QStringLiteral(PELORIN_CLI_PATH)} + args);
-    if (!strace.waitForFinished(60000) || strace.exitCode() != 0)
-        return -1;
-    QFile file(trace);
-    if (!file.open(QIODevice::ReadOnly))
-        return -1;
-    const QByteArray quoted = '"' + QFile::encodeName(path) + '"';
-    return int(file.readAll().count(quoted));
-}
-
 class CliTagsTest : public test::CliTestBase {
 protected:
     QTemporaryDir work;
@@ -50,9 +31,9 @@ TEST_F(CliTagsTest, SetReadsEachSongsTagsOnce)
 {
     for (const char* sample : {"atl-id3v23_utf16_apic.mp3", "beets-image.m4a", "atl-audacity_info_id3.wav"}) {
         const QString song = copyOfSample(QString::fromLatin1(sample), QString::fromLatin1(sample));
-        const int show = opensOf(song, {QStringLiteral("tags"), QStringLiteral("show"), song}, home);
+        const int show = test::opensOf(song, {QStringLiteral("tags"), QStringLiteral("show"), song}, home);
         const QString out = work.filePath(QStringLiteral("out-") + QString::fromLatin1(sample));
-        const int set = opensOf(song, {QStringLiteral("-o"), out, QStringLiteral("tags"), QStringLiteral("set"),
+        const int set = test::opensOf(song, {QStringLiteral("-o"), out, QStringLiteral("tags"), QStringLiteral("set"),
                                        QStringLiteral("--title"), QStringLiteral("Once"), song}, home);
         ASSERT_GT(show, 0) << sample;
         ASSERT_TRUE(QFile::exists(out + QLatin1Char('/') + QString::fromLatin1(sample))) << sample;

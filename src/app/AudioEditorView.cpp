@@ -90,18 +90,18 @@ AudioEditorView::AudioEditorView(QWidget* parent) : QFrame(parent)
     QList<QLabel*> captions;
     auto* track = new FieldSection(QStringLiteral("Track"), contentWidget);
     auto* release = new FieldSection(QStringLiteral("Release"), contentWidget);
-    for (const AudioFieldSpec& spec : audioFieldSpecs()) {
-        const bool inTrack = spec.section == AudioSection::Track;
+    for (const AudioFieldRow& row : audioFieldRows()) {
+        const bool inTrack = row.section == AudioSection::Track;
         FieldSection* section = inTrack ? track : release;
         const QString group = inTrack ? kBasic : kCamera;
         // Lyrics, the only multi-line field, comes last and takes a text box.
-        if (spec.field == AudioField::Lyrics) {
-            lyrics_ = section->addTextEdit(spec.editorName, QString::fromLatin1(spec.label));
+        if (row.field == AudioField::Lyrics) {
+            lyrics_ = section->addTextEdit(row.editorName, QString::fromLatin1(row.label));
             tracker_->watch(lyrics_, group);
             continue;
         }
-        QLineEdit* field = section->addLineEdit(spec.editorName, QString::fromLatin1(spec.label));
-        lineFields_.insert(spec.field, field);
+        QLineEdit* field = section->addLineEdit(row.editorName, QString::fromLatin1(row.label));
+        lineFields_.insert(row.field, field);
         tracker_->watch(field, group);
     }
     captions << track->captions() << release->captions();
@@ -133,8 +133,8 @@ void AudioEditorView::showItem(const IKImageItem& item)
             infoLines_[i]->setLine(QString::fromLatin1(kInfo[i].caption), kInfo[i].value(item));
         createdDateLine_->setLine(kCreatedCaption, item.fileCreateDateStr);
 
-        for (const AudioFieldSpec& spec : audioFieldSpecs())
-            setFieldText(spec.field, item.*spec.member);
+        for (const AudioFieldRow& row : audioFieldRows())
+            setFieldText(row.field, item.*row.member);
         createdDateField_->setText(item.fileCreateDateStr);
     }
     // Read back, so an edit is judged against exactly what the user saw.
@@ -152,8 +152,8 @@ void AudioEditorView::showItem(const IKImageItem& item)
 QMap<AudioField, QString> AudioEditorView::currentTexts() const
 {
     QMap<AudioField, QString> texts;
-    for (const AudioFieldSpec& spec : audioFieldSpecs())
-        texts.insert(spec.field, fieldText(spec.field));
+    for (const AudioFieldRow& row : audioFieldRows())
+        texts.insert(row.field, fieldText(row.field));
     return texts;
 }
 

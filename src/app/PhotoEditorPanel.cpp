@@ -153,15 +153,15 @@ QList<QLabel*> PhotoEditorPanel::addFieldSections(QWidget* content, QVBoxLayout*
     QList<QLabel*> captions;
     QFormLayout* form = nullptr;
     std::optional<PhotoSection> currentSection;
-    for (const PhotoFieldSpec& spec : photoFieldSpecs()) {
-        const SectionLook& look = sectionLook(spec.section);
-        if (spec.section != currentSection) {
-            currentSection = spec.section;
+    for (const PhotoFieldRow& row : photoFieldRows()) {
+        const SectionLook& look = sectionLook(row.section);
+        if (row.section != currentSection) {
+            currentSection = row.section;
             form = sectionForm(QString::fromLatin1(look.heading), content, contentLayout);
         }
-        auto* caption = labelWithRole(QString::fromLatin1(spec.label), "caption", content);
+        auto* caption = labelWithRole(QString::fromLatin1(row.label), "caption", content);
         captions << caption;
-        form->addRow(caption, addField(spec.editorName, *look.group));
+        form->addRow(caption, addField(row.editorName, *look.group));
     }
     fields_.value(QStringLiteral("keywordField"))->setPlaceholderText(QStringLiteral("comma, separated"));
     QLineEdit* cameraDate = fields_.value(QStringLiteral("cameraDateField"));
@@ -207,8 +207,8 @@ QLineEdit* PhotoEditorPanel::addField(const char* objectName, const QString& gro
 
 void PhotoEditorPanel::setTexts(const PhotoEditorTexts& texts)
 {
-    for (const PhotoFieldSpec& spec : photoFieldSpecs())
-        fields_.value(QString::fromLatin1(spec.editorName))->setText(texts.*spec.member);
+    for (const PhotoFieldRow& row : photoFieldRows())
+        fields_.value(QString::fromLatin1(row.editorName))->setText(texts.*row.member);
     for (const FactSlot& slot : kFacts) {
         QLabel* fact = facts_.value(QString::fromLatin1(slot.objectName));
         fact->setText(texts.*slot.member);
@@ -217,21 +217,21 @@ void PhotoEditorPanel::setTexts(const PhotoEditorTexts& texts)
     modificationDate_ = texts.modificationDate;
     // Read back, so a change is judged against exactly what the user saw.
     openingTexts_.clear();
-    for (const PhotoFieldSpec& spec : photoFieldSpecs())
-        openingTexts_.insert(spec.field, fieldText(spec));
+    for (const PhotoFieldRow& row : photoFieldRows())
+        openingTexts_.insert(row.field, fieldText(row));
     groupEdited_.clear();
 }
 
-QString PhotoEditorPanel::fieldText(const PhotoFieldSpec& spec) const
+QString PhotoEditorPanel::fieldText(const PhotoFieldRow& row) const
 {
-    return fields_.value(QString::fromLatin1(spec.editorName))->text();
+    return fields_.value(QString::fromLatin1(row.editorName))->text();
 }
 
 PhotoEditorTexts PhotoEditorPanel::texts() const
 {
     PhotoEditorTexts texts;
-    for (const PhotoFieldSpec& spec : photoFieldSpecs())
-        texts.*spec.member = fieldText(spec);
+    for (const PhotoFieldRow& row : photoFieldRows())
+        texts.*row.member = fieldText(row);
     for (const FactSlot& slot : kFacts)
         texts.*slot.member = facts_.value(QString::fromLatin1(slot.objectName))->text();
     texts.modificationDate = modificationDate_;
@@ -242,18 +242,18 @@ PhotoFieldChanges PhotoEditorPanel::changes() const
 {
     PhotoFieldChanges changes;
     bool locationChanged = false;
-    for (const PhotoFieldSpec& spec : photoFieldSpecs()) {
-        const QString text = fieldText(spec);
-        if (text == openingTexts_.value(spec.field))
+    for (const PhotoFieldRow& row : photoFieldRows()) {
+        const QString text = fieldText(row);
+        if (text == openingTexts_.value(row.field))
             continue;
-        changes.fields.insert(spec.field, text);
-        locationChanged = locationChanged || spec.section == PhotoSection::Location;
+        changes.fields.insert(row.field, text);
+        locationChanged = locationChanged || row.section == PhotoSection::Location;
     }
     // The location is written as one: its unchanged fields go along with the changed ones.
     if (locationChanged)
-        for (const PhotoFieldSpec& spec : photoFieldSpecs())
-            if (spec.section == PhotoSection::Location)
-                changes.fields.insert(spec.field, fieldText(spec));
+        for (const PhotoFieldRow& row : photoFieldRows())
+            if (row.section == PhotoSection::Location)
+                changes.fields.insert(row.field, fieldText(row));
     return changes;
 }
 

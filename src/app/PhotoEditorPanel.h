@@ -46,7 +46,7 @@ private:
     QList<QLabel*> addFieldSections(QWidget* content, QVBoxLayout* contentLayout);
     QList<QLabel*> addFactSection(QWidget* content, QVBoxLayout* contentLayout);
     QLineEdit* addField(const char* objectName, const QString& group);
-    QString fieldText(const PhotoFieldSpec& spec) const;
+    QString fieldText(const PhotoFieldRow& row) const;
     void showPreview();
 
     QLabel* preview_ = nullptr;

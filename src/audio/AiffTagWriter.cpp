@@ -31,7 +31,7 @@ protected:
             return true;
         }
         for (const AudioFieldChange& c : edit.changes) {
-            if (const char* chunk = audioFieldSpec(c.field).aiff) {
+            if (const char* chunk = audioFieldRow(c.field).aiff) {
                 file.remove(chunk);
                 if (!c.after.isEmpty())
                     file.set(chunk, toVector(chunkText(c.after)));

@@ -81,8 +81,8 @@ QVariantMap audioMetadataEntries(const IKImageItem& r)
     };
     add("Created Date", r.fileCreateDateStr);
     add("Keywords", r.fileKeyWords);
-    for (const AudioFieldSpec& spec : audioFieldSpecs())
-        add(spec.exportKey, r.*spec.member);
+    for (const AudioFieldRow& row : audioFieldRows())
+        add(row.exportKey, r.*row.member);
     return map;
 }
 

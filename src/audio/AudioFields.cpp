@@ -19,7 +19,7 @@ using S = AudioSection;
 using R = IKImageItem;
 
 // clang-format off
-constexpr AudioFieldSpec kFields[] = {
+constexpr AudioFieldRow kFields[] = {
 //   field           name            option           label             editor name      section      export key       member               value           id3     riff    aiff     xiph             mp4                                    ffmpeg          info
     {F::Title,       "title",        "--title",       "Title",          "titlelab",      S::Track,   "Title",         &R::fileTitle,       V::Text,        "TIT2", "INAM", "NAME",  "TITLE",         itunesAtom::title,                     ffmpegKey::title,       "title"},
     {F::Subtitle,    "subtitle",     "--subtitle",    "Subtitle",       "subtitlelab",   S::Track,   "Subtitle",      &R::fileSubTitle,    V::Text,        "TIT3", "ISBJ", nullptr, "SUBTITLE",      itunesAtom::subtitle,                  ffmpegKey::subtitle,    "subtitle"},
@@ -152,21 +152,21 @@ AudioRecordRole infoRole(const QString& key)
 {
     if (key == QLatin1String(kArtwork.info))
         return kPicture;
-    for (const AudioFieldSpec& spec : kFields)
-        if (spec.info && key == QLatin1String(spec.info))
-            return field(spec.field);
+    for (const AudioFieldRow& row : kFields)
+        if (row.info && key == QLatin1String(row.info))
+            return field(row.field);
     return {};
 }
 
 // A container key -> info name map from one column of the table and its extras.
 template <typename Key, std::size_t N>
-QHash<Key, QString> infoMap(const char* AudioFieldSpec::*column,
+QHash<Key, QString> infoMap(const char* AudioFieldRow::*column,
                             const std::pair<const char*, const char*> (&extras)[N])
 {
     QHash<Key, QString> map;
-    for (const AudioFieldSpec& spec : kFields)
-        if (spec.*column && spec.info)
-            map.insert(Key(spec.*column), QString::fromLatin1(spec.info));
+    for (const AudioFieldRow& row : kFields)
+        if (row.*column && row.info)
+            map.insert(Key(row.*column), QString::fromLatin1(row.info));
     for (const auto& [key, info] : extras)
         map.insert(Key(key), QString::fromLatin1(info));
     return map;
@@ -174,23 +174,23 @@ QHash<Key, QString> infoMap(const char* AudioFieldSpec::*column,
 
 }  // namespace
 
-std::span<const AudioFieldSpec> audioFieldSpecs() { return kFields; }
+std::span<const AudioFieldRow> audioFieldRows() { return kFields; }
 
-const AudioFieldSpec& audioFieldSpec(AudioField f) { return kFields[static_cast<int>(f)]; }
+const AudioFieldRow& audioFieldRow(AudioField f) { return kFields[static_cast<int>(f)]; }
 
-QString audioFieldName(AudioField f) { return QString::fromLatin1(audioFieldSpec(f).name); }
+QString audioFieldName(AudioField f) { return QString::fromLatin1(audioFieldRow(f).name); }
 
 std::optional<AudioField> audioFieldOfOption(const QString& option)
 {
-    for (const AudioFieldSpec& spec : kFields)
-        if (option == QLatin1String(spec.option))
-            return spec.field;
+    for (const AudioFieldRow& row : kFields)
+        if (option == QLatin1String(row.option))
+            return row.field;
     return std::nullopt;
 }
 
 const AudioArtworkKeys& audioArtworkKeys() { return kArtwork; }
 
-const char* id3CommentFrame() { return audioFieldSpec(F::Comments).id3; }
+const char* id3CommentFrame() { return audioFieldRow(F::Comments).id3; }
 QList<QByteArray> id3OlderDateFrames() { return {"TYER", "TDAT", "TIME"}; }
 QList<QByteArray> xiphTrackTotalNames() { return {"TRACKTOTAL", "TOTALTRACKS"}; }
 const char* xiphTrackTotalName() { return "TRACKTOTAL"; }
@@ -198,9 +198,9 @@ const char* xiphTrackTotalName() { return "TRACKTOTAL"; }
 QList<QByteArray> aiffTagChunks()
 {
     QList<QByteArray> chunks;
-    for (const AudioFieldSpec& spec : kFields)
-        if (spec.aiff)
-            chunks.append(spec.aiff);
+    for (const AudioFieldRow& row : kFields)
+        if (row.aiff)
+            chunks.append(row.aiff);
     for (const auto& [chunk, info] : kAiffInfoExtras)
         chunks.append(chunk);
     chunks << "ID3 " << "id3 ";
@@ -209,25 +209,25 @@ QList<QByteArray> aiffTagChunks()
 
 QString infoKeyOfId3Frame(const QByteArray& frame)
 {
-    static const QHash<QByteArray, QString> map = infoMap<QByteArray>(&AudioFieldSpec::id3, kId3InfoExtras);
+    static const QHash<QByteArray, QString> map = infoMap<QByteArray>(&AudioFieldRow::id3, kId3InfoExtras);
     return map.value(frame);
 }
 
 QString infoKeyOfXiphName(const QString& name)
 {
-    static const QHash<QString, QString> map = infoMap<QString>(&AudioFieldSpec::xiph, kXiphInfoExtras);
+    static const QHash<QString, QString> map = infoMap<QString>(&AudioFieldRow::xiph, kXiphInfoExtras);
     return map.value(name.toUpper());
 }
 
 QString infoKeyOfRiffId(const QByteArray& id)
 {
-    static const QHash<QByteArray, QString> map = infoMap<QByteArray>(&AudioFieldSpec::riff, kRiffInfoExtras);
+    static const QHash<QByteArray, QString> map = infoMap<QByteArray>(&AudioFieldRow::riff, kRiffInfoExtras);
     return map.value(id);
 }
 
 QString infoKeyOfAiffChunk(const QByteArray& chunk)
 {
-    static const QHash<QByteArray, QString> map = infoMap<QByteArray>(&AudioFieldSpec::aiff, kAiffInfoExtras);
+    static const QHash<QByteArray, QString> map = infoMap<QByteArray>(&AudioFieldRow::aiff, kAiffInfoExtras);
     return map.value(chunk);
 }
 

@@ -27,7 +27,7 @@ enum class AudioSection { Track, Release };
 // One field: how people and files name it. This table is the only place in the program that
 // spells a song's tag keys; readers, writers, the editor, the command line and the exports all
 // look them up here. A null key means the container has no place for the field.
-struct AudioFieldSpec {
+struct AudioFieldRow {
     AudioField field;
     const char* name;        // "title": `tags show`, plan lines
     const char* option;      // "--title"
@@ -46,8 +46,8 @@ struct AudioFieldSpec {
     const char* info;    // the info dictionary's key; CAF files store the field under it
 };
 
-std::span<const AudioFieldSpec> audioFieldSpecs();
-const AudioFieldSpec& audioFieldSpec(AudioField field);
+std::span<const AudioFieldRow> audioFieldRows();
+const AudioFieldRow& audioFieldRow(AudioField field);
 QString audioFieldName(AudioField field);  // "title", "track number", ...
 std::optional<AudioField> audioFieldOfOption(const QString& option);
 

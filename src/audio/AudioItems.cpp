@@ -88,7 +88,7 @@ QByteArray frameIdOnDisk(const TagLib::ID3v2::Frame* frame, int version)
 {
     QByteArray id = toBytes(frame->frameID());
     // TagLib turns a v2.3 TYER into TDRC; name the frame the file holds.
-    if (version == 3 && id == audioFieldSpec(AudioField::Year).id3)
+    if (version == 3 && id == audioFieldRow(AudioField::Year).id3)
         id = id3OlderDateFrames().first();
     return id;
 }
@@ -222,7 +222,7 @@ void mp4Item(const TagLib::String& name, const TagLib::MP4::Item& item, MediaMet
             }
             return;
         }
-        if (name == audioFieldSpec(AudioField::TrackNumber).mp4 || name == itunesAtom::discNumber) {
+        if (name == audioFieldRow(AudioField::TrackNumber).mp4 || name == itunesAtom::discNumber) {
             const auto pair = item.toIntPair();
             add(items, QStringLiteral("itsk"), key,
                 pair.second ? QStringLiteral("%1/%2").arg(pair.first).arg(pair.second)

@@ -134,7 +134,7 @@ void applyAudioItems(const MediaMetadataItems& items, AudioReaderRoute route, IK
             if (role.field == AudioField::RecordDate)
                 applyRecordingDateText(item.value.toString(), record);
             else
-                record.*audioFieldSpec(role.field).member = item.value.toString();
+                record.*audioFieldRow(role.field).member = item.value.toString();
             break;
         }
     }

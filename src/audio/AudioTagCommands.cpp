@@ -30,7 +30,7 @@ QList<AudioFieldChange> realChanges(const AudioTagChanges& changes, const AudioR
     applyAudioItems(reading.items, audioReaderRoute(QFileInfo(path).suffix()), stored, RecordPicture::Skipped);
     QList<AudioFieldChange> real;
     for (auto it = changes.fields.begin(); it != changes.fields.end(); ++it) {
-        const QString before = stored.*audioFieldSpec(it.key()).member;
+        const QString before = stored.*audioFieldRow(it.key()).member;
         if (before != it.value())
             real.append({it.key(), before, it.value()});
     }

@@ -13,7 +13,7 @@ namespace {
 void applyChanges(CafInfoEntries& entries, const QList<AudioFieldChange>& changes)
 {
     for (const AudioFieldChange& c : changes) {
-        const char* key = audioFieldSpec(c.field).info;
+        const char* key = audioFieldRow(c.field).info;
         if (!key)
             continue;
         const QString name = QString::fromLatin1(key);

@@ -65,7 +65,7 @@ QString id3Text(TagLib::ID3v2::Tag* tag, const char* id)
 void setId3Fields(TagLib::ID3v2::Tag* tag, const QList<AudioFieldChange>& changes)
 {
     for (const AudioFieldChange& change : changes) {
-        const char* frame = audioFieldSpec(change.field).id3;
+        const char* frame = audioFieldRow(change.field).id3;
         if (change.field == AudioField::Comments) {
             setId3Comment(tag, change.after);
         } else if (change.field == AudioField::TrackNumber) {

@@ -65,7 +65,7 @@ bool writeMp4KeyTags(const QString& source, const QString& target, const QList<A
         for (const AudioFieldChange& change : changes) {
             const std::optional<QVariant> value =
                 change.after.isEmpty() ? std::nullopt : std::optional<QVariant>(change.after);
-            if (!changeQuickTimeKey(moov, QString::fromLatin1(audioFieldSpec(change.field).ffmpeg), value, {}, error))
+            if (!changeQuickTimeKey(moov, QString::fromLatin1(audioFieldRow(change.field).ffmpeg), value, {}, error))
                 return false;
         }
         if (!artwork.isEmpty()) {

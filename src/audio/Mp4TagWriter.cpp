@@ -23,7 +23,7 @@ void setTrack(TagLib::MP4::Tag* tag, const TagLib::String& atom, const QString& 
 void setFields(TagLib::MP4::Tag* tag, const QList<AudioFieldChange>& changes)
 {
     for (const AudioFieldChange& c : changes) {
-        const TagLib::String atom(audioFieldSpec(c.field).mp4, TagLib::String::Latin1);
+        const TagLib::String atom(audioFieldRow(c.field).mp4, TagLib::String::Latin1);
         if (c.after.isEmpty())
             tag->removeItem(atom);
         else if (c.field == AudioField::TrackNumber)

@@ -17,7 +17,7 @@ inline QList<AudioFieldChange> changesOfHeldFields(const TagLib::PropertyMap& he
 {
     QList<AudioFieldChange> kept;
     for (const AudioFieldChange& c : changes)
-        if (held.contains(audioFieldSpec(c.field).xiph))
+        if (held.contains(audioFieldRow(c.field).xiph))
             kept.append(c);
     return kept;
 }
@@ -28,7 +28,7 @@ void setProperties(Holder& holder, const QList<AudioFieldChange>& changes)
 {
     TagLib::PropertyMap properties = holder.properties();
     for (const AudioFieldChange& c : changes) {
-        const TagLib::String name = audioFieldSpec(c.field).xiph;
+        const TagLib::String name = audioFieldRow(c.field).xiph;
         QString text = c.after;
         if (c.field == AudioField::TrackNumber && properties.contains(name) && !properties[name].isEmpty())
             text = trackTextKeepingTotal(toQString(properties[name].front()), c.after);

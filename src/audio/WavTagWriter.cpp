@@ -18,7 +18,7 @@ using namespace taglib;
 void setInfoFields(TagLib::RIFF::Info::Tag* info, const QList<AudioFieldChange>& changes)
 {
     for (const AudioFieldChange& c : changes) {
-        const char* id = audioFieldSpec(c.field).riff;
+        const char* id = audioFieldRow(c.field).riff;
         if (!id)
             continue;
         if (c.after.isEmpty())

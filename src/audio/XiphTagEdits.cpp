@@ -12,7 +12,7 @@ namespace {
 // an edit keeps whichever form the file uses.
 void setXiphTrack(TagLib::Ogg::XiphComment* xiph, const QString& typed)
 {
-    const TagLib::String number = audioFieldSpec(AudioField::TrackNumber).xiph;
+    const TagLib::String number = audioFieldRow(AudioField::TrackNumber).xiph;
     const TagLib::Ogg::FieldListMap fields = xiph->fieldListMap();
     const auto stored = fields.find(number);
     const QString storedText = stored == fields.end() || stored->second.isEmpty()
@@ -44,7 +44,7 @@ void setXiphFields(TagLib::Ogg::XiphComment* xiph, const QList<AudioFieldChange>
             setXiphTrack(xiph, c.after);
             continue;
         }
-        const TagLib::String name = audioFieldSpec(c.field).xiph;
+        const TagLib::String name = audioFieldRow(c.field).xiph;
         xiph->removeFields(name);
         if (!c.after.isEmpty())
             xiph->addField(name, toTString(c.after));

@@ -57,9 +57,9 @@ bool takeEditorFieldOptions(const QStringList& args, PhotoFieldChanges* changes,
             }
             value = args[++i];
         }
-        const PhotoFieldSpec& spec = photoFieldSpec(*field);
-        if (const std::optional<ValueKind> kind = valueKind(spec.value)) {
-            *error = checkOptionValue(*kind, QStringLiteral("--") + QLatin1String(spec.option), *value);
+        const PhotoFieldRow& row = photoFieldRow(*field);
+        if (const std::optional<ValueKind> kind = valueKind(row.value)) {
+            *error = checkOptionValue(*kind, QStringLiteral("--") + QLatin1String(row.option), *value);
             if (!error->isEmpty())
                 return false;
         }
@@ -71,8 +71,8 @@ bool takeEditorFieldOptions(const QStringList& args, PhotoFieldChanges* changes,
 QString editorFieldOptionsHelp()
 {
     QString text;
-    for (const PhotoFieldSpec& spec : photoFieldSpecs())
-        text += QStringLiteral("  --%1 TEXT  %2\n").arg(QLatin1String(spec.option), -12).arg(QLatin1String(spec.help));
+    for (const PhotoFieldRow& row : photoFieldRows())
+        text += QStringLiteral("  --%1 TEXT  %2\n").arg(QLatin1String(row.option), -12).arg(QLatin1String(row.help));
     return text;
 }
 

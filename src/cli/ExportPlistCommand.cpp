@@ -79,7 +79,7 @@ int ExportPlistCommand::run(CliInvocation& invocation)
             return usageError(invocation, name(), QStringLiteral("unexpected '%1'").arg(rest.first()));
         PhotoEditorTexts fields;
         for (auto it = given.fields.cbegin(); it != given.fields.cend(); ++it)
-            fields.*photoFieldSpec(it.key()).member = it.value();
+            fields.*photoFieldRow(it.key()).member = it.value();
         CliReporter reporter(invocation);
         return reporter.report(exportTemplatePlist(fields, reporter.context()));
     }

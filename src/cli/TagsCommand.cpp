@@ -53,8 +53,8 @@ QString fieldOptions()
 {
     QString text;
     qsizetype line = 8;
-    for (const AudioFieldSpec& spec : audioFieldSpecs()) {
-        const QString option = QString::fromLatin1(spec.option);
+    for (const AudioFieldRow& row : audioFieldRows()) {
+        const QString option = QString::fromLatin1(row.option);
         if (line + option.size() + 1 > 88) {
             text.chop(1);
             text += QStringLiteral("\n        ");
@@ -122,9 +122,9 @@ int TagsCommand::show(CliInvocation& invocation, const QStringList& files)
         const IKImageItem record = readAudioRecord(file, &problem, &reading, RecordPicture::Skipped);
         failed = failed || !problem.isEmpty();
         QJsonObject fields;
-        for (const AudioFieldSpec& spec : audioFieldSpecs())
-            if (const QString text = record.*spec.member; !text.isEmpty())
-                fields.insert(QString::fromLatin1(spec.name), text);
+        for (const AudioFieldRow& row : audioFieldRows())
+            if (const QString text = record.*row.member; !text.isEmpty())
+                fields.insert(QString::fromLatin1(row.name), text);
         QJsonArray items;
         for (const MediaMetadataItem& item : reading.items)
             items.append(QJsonObject{{QStringLiteral("identifier"), item.identifier},
@@ -173,7 +173,7 @@ int TagsCommand::set(CliInvocation& invocation, const QStringList& args)
             return usageError(invocation, name(), QStringLiteral("%1 needs a value").arg(arg));
         const QString value = args[++i];
         if (const std::optional<AudioField> field = audioFieldOfOption(arg)) {
-            if (const QString error = checkFieldValue(audioFieldSpec(*field).value, arg, value); !error.isEmpty())
+            if (const QString error = checkFieldValue(audioFieldRow(*field).value, arg, value); !error.isEmpty())
                 return usageError(invocation, name(), error);
             changes.fields.insert(*field, value);
         } else if (arg == QLatin1String("--created-date")) {

@@ -17,8 +17,8 @@ bool blank(const FieldTexts& texts, PhotoField field)
 
 bool everyLocationFieldBlank(const FieldTexts& texts)
 {
-    for (const PhotoFieldSpec& spec : photoFieldSpecs())
-        if (spec.section == PhotoSection::Location && !blank(texts, spec.field))
+    for (const PhotoFieldRow& row : photoFieldRows())
+        if (row.section == PhotoSection::Location && !blank(texts, row.field))
             return false;
     return true;
 }
@@ -40,22 +40,22 @@ std::optional<Alert> locationAlert(const FieldTexts& texts)
     return buildGpsGroup(gpsInput(texts)).alert;
 }
 
-void addFieldEdit(const PhotoFieldSpec& spec, const QString& text, GroupEdits& edits)
+void addFieldEdit(const PhotoFieldRow& row, const QString& text, GroupEdits& edits)
 {
-    const QString group = QLatin1String(spec.group);
-    const QString key = QLatin1String(spec.key);
+    const QString group = QLatin1String(row.group);
+    const QString key = QLatin1String(row.key);
     const QString value = text.trimmed();
     if (value.isEmpty()) {
         edits.remove(group, key);
         return;
     }
-    if (spec.value == PhotoValue::Keywords) {
+    if (row.value == PhotoValue::Keywords) {
         const QVariantList keywords = keywordList(text);
         if (keywords.isEmpty())
             edits.remove(group, key);
         else
             edits.set(group, key, keywords);
-    } else if (spec.value == PhotoValue::DateTime) {
+    } else if (row.value == PhotoValue::DateTime) {
         if (const auto clock = parseDateText(value))  // checked before any photo was read
             edits.set(group, key, renderDateText(*clock, DateTextForm::Exif));
     } else {
@@ -68,9 +68,9 @@ bool addLocationEdits(const QVariantMap& properties, const PhotoFieldChanges& ch
                       QString* reason)
 {
     FieldTexts texts;
-    for (const PhotoFieldSpec& spec : photoFieldSpecs())
-        if (spec.section == PhotoSection::Location)
-            texts.insert(spec.field, changes.fields.value(spec.field, photoFieldText(properties, spec.field)));
+    for (const PhotoFieldRow& row : photoFieldRows())
+        if (row.section == PhotoSection::Location)
+            texts.insert(row.field, changes.fields.value(row.field, photoFieldText(properties, row.field)));
     if (everyLocationFieldBlank(texts)) {
         edits.removedGroups << locationGroup();
         return true;
@@ -88,12 +88,12 @@ bool addLocationEdits(const QVariantMap& properties, const PhotoFieldChanges& ch
         edits.set(locationGroup(), it.key(), it.value());
     // Laid over the photo's group, so what the builder leaves out for an empty field goes.
     for (auto it = texts.cbegin(); it != texts.cend(); ++it) {
-        const PhotoFieldSpec& spec = photoFieldSpec(it.key());
+        const PhotoFieldRow& row = photoFieldRow(it.key());
         if (!it.value().trimmed().isEmpty())
             continue;
-        edits.remove(locationGroup(), QLatin1String(spec.key));
-        if (spec.refKey)
-            edits.remove(locationGroup(), QLatin1String(spec.refKey));
+        edits.remove(locationGroup(), QLatin1String(row.key));
+        if (row.refKey)
+            edits.remove(locationGroup(), QLatin1String(row.refKey));
     }
     return true;
 }
@@ -126,7 +126,7 @@ std::optional<GroupEdits> photoFieldEdits(const QVariantMap& properties, const P
         if (isLocationField(it.key()))
             locationChanged = true;
         else
-            addFieldEdit(photoFieldSpec(it.key()), it.value(), edits);
+            addFieldEdit(photoFieldRow(it.key()), it.value(), edits);
     }
     if (locationChanged && !addLocationEdits(properties, changes, edits, reason))
         return std::nullopt;

@@ -30,8 +30,8 @@ PhotoEditorFill fillPhotoEditorFields(const QVariantMap& properties, const Photo
 {
     PhotoEditorFill fill;
     PhotoEditorTexts& f = fill.fields;
-    for (const PhotoFieldSpec& spec : photoFieldSpecs())
-        f.*spec.member = photoFieldText(properties, spec.field);
+    for (const PhotoFieldRow& row : photoFieldRows())
+        f.*row.member = photoFieldText(properties, row.field);
     f.modificationDate = f.cameraDate;
 
     f.fileName = facts.fileName;

@@ -13,7 +13,7 @@ using S = PhotoSection;
 using V = PhotoValue;
 
 // In the editor's order: the panel shows the fields from top to bottom as listed here.
-const PhotoFieldSpec kSpecs[] = {
+const PhotoFieldRow kRows[] = {
     {PhotoField::Title, "title", "title (IPTC object name)", "Title:", "titleField", S::Description, &T::title,
      V::Text, "{IPTC}", "ObjectName", nullptr, nullptr, nullptr},
     {PhotoField::Artist, "artist", "artist", "Artist:", "artistField", S::Description, &T::artist,
@@ -69,63 +69,63 @@ bool positiveReference(PhotoValue value, const QVariant& reference)
 
 }  // namespace
 
-std::span<const PhotoFieldSpec> photoFieldSpecs()
+std::span<const PhotoFieldRow> photoFieldRows()
 {
-    return kSpecs;
+    return kRows;
 }
 
-const PhotoFieldSpec& photoFieldSpec(PhotoField field)
+const PhotoFieldRow& photoFieldRow(PhotoField field)
 {
-    return *std::find_if(std::begin(kSpecs), std::end(kSpecs), [field](const PhotoFieldSpec& s) { return s.field == field; });
+    return *std::find_if(std::begin(kRows), std::end(kRows), [field](const PhotoFieldRow& s) { return s.field == field; });
 }
 
 std::optional<PhotoField> photoFieldOfOption(const QString& option)
 {
-    for (const PhotoFieldSpec& spec : kSpecs)
-        if (option == QLatin1String(spec.option))
-            return spec.field;
+    for (const PhotoFieldRow& row : kRows)
+        if (option == QLatin1String(row.option))
+            return row.field;
     return std::nullopt;
 }
 
 bool isLocationField(PhotoField field)
 {
-    return photoFieldSpec(field).section == PhotoSection::Location;
+    return photoFieldRow(field).section == PhotoSection::Location;
 }
 
 QString locationGroup()
 {
-    return QLatin1String(photoFieldSpec(PhotoField::GpsLatitude).group);
+    return QLatin1String(photoFieldRow(PhotoField::GpsLatitude).group);
 }
 
 std::optional<double> photoFieldNumber(const QVariantMap& properties, PhotoField field)
 {
-    const PhotoFieldSpec& spec = photoFieldSpec(field);
-    if (!spec.refKey)
+    const PhotoFieldRow& row = photoFieldRow(field);
+    if (!row.refKey)
         return std::nullopt;
-    const QVariant magnitude = propertyValue(properties, spec.group, spec.key);
+    const QVariant magnitude = propertyValue(properties, row.group, row.key);
     if (!magnitude.isValid())
         return std::nullopt;
-    const bool positive = positiveReference(spec.value, propertyValue(properties, spec.group, spec.refKey));
+    const bool positive = positiveReference(row.value, propertyValue(properties, row.group, row.refKey));
     return positive ? magnitude.toDouble() : -magnitude.toDouble();
 }
 
 QString photoFieldText(const QVariantMap& properties, PhotoField field)
 {
-    const PhotoFieldSpec& spec = photoFieldSpec(field);
-    if (spec.refKey) {
+    const PhotoFieldRow& row = photoFieldRow(field);
+    if (row.refKey) {
         const std::optional<double> number = photoFieldNumber(properties, field);
         if (!number)
             return {};
-        return spec.value == PhotoValue::Altitude ? decimalText(*number, 3) : coordinateText(*number);
+        return row.value == PhotoValue::Altitude ? decimalText(*number, 3) : coordinateText(*number);
     }
-    if (spec.fallbackKey) {
-        const PhotoFieldSpec& make = photoFieldSpec(PhotoField::CameraMake);
+    if (row.fallbackKey) {
+        const PhotoFieldRow& make = photoFieldRow(PhotoField::CameraMake);
         const bool lensOnly = propertyText(properties, make.group, make.key).isEmpty()
-                              && !properties.value(QLatin1String(spec.fallbackGroup)).toMap().isEmpty();
+                              && !properties.value(QLatin1String(row.fallbackGroup)).toMap().isEmpty();
         if (lensOnly)
-            return propertyText(properties, spec.fallbackGroup, spec.fallbackKey);
+            return propertyText(properties, row.fallbackGroup, row.fallbackKey);
     }
-    return propertyText(properties, spec.group, spec.key);
+    return propertyText(properties, row.group, row.key);
 }
 
 bool PhotoFieldChanges::namesLocation() const

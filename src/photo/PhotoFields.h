@@ -27,7 +27,7 @@ enum class PhotoSection { Description, Camera, Location };
 // One field: how people and files name it. This table is the only place in the program that
 // spells the property keys of the editor's fields; the fill, the apply, `apply`'s options and
 // the editor's panel all look them up here.
-struct PhotoFieldSpec {
+struct PhotoFieldRow {
     PhotoField field;
     const char* option;      // `apply --title`
     const char* help;        // the option's help text
@@ -45,8 +45,8 @@ struct PhotoFieldSpec {
     const char* fallbackKey;
 };
 
-std::span<const PhotoFieldSpec> photoFieldSpecs();
-const PhotoFieldSpec& photoFieldSpec(PhotoField field);
+std::span<const PhotoFieldRow> photoFieldRows();
+const PhotoFieldRow& photoFieldRow(PhotoField field);
 // The field of an option name without its dashes ("camera-date").
 std::optional<PhotoField> photoFieldOfOption(const QString& option);
 bool isLocationField(PhotoField field);

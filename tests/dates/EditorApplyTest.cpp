@@ -60,9 +60,9 @@ TEST_F(EditorApplyTest, GpsFieldsGoThroughTheBuilderAndEmptyingThemRemovesTheLoc
 
     // The output, edited again as a camera photo in place: every location field emptied.
     PhotoFieldChanges emptied;
-    for (const PhotoFieldSpec& spec : photoFieldSpecs())
-        if (spec.section == PhotoSection::Location)
-            emptied.fields.insert(spec.field, QString());
+    for (const PhotoFieldRow& row : photoFieldRows())
+        if (row.section == PhotoSection::Location)
+            emptied.fields.insert(row.field, QString());
     ASSERT_TRUE(applyPhotoFieldChanges(select({out}, PhotoSource::Camera), emptied, context()).succeeded());
     tags = exiftool(out);
     EXPECT_FALSE(tags.contains(QStringLiteral("GPS:GPSLatitude")));

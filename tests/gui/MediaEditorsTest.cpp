@@ -241,11 +241,11 @@ void MediaEditorsTest::audioCaptionsAreBareWithoutValues()
                              "audioDurationLabel", "audioBitrateLabel", "audioSampleRateLabel",
                              "audioCreateDatelab"})
         QVERIFY2(labelText(&view, name).endsWith(QLatin1Char(':')), qPrintable(labelText(&view, name)));
-    for (const AudioFieldSpec& spec : audioFieldSpecs()) {
-        if (spec.field == AudioField::Lyrics)
-            QVERIFY(child<QPlainTextEdit>(&view, spec.editorName)->toPlainText().isEmpty());
+    for (const AudioFieldRow& row : audioFieldRows()) {
+        if (row.field == AudioField::Lyrics)
+            QVERIFY(child<QPlainTextEdit>(&view, row.editorName)->toPlainText().isEmpty());
         else
-            QVERIFY(edit(&view, spec.editorName)->text().isEmpty());
+            QVERIFY(edit(&view, row.editorName)->text().isEmpty());
     }
     QVERIFY(edit(&view, "createdDatelab")->text().isEmpty());
     QVERIFY(view.changes().isEmpty());
